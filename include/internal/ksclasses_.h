@@ -1,0 +1,78 @@
+// Scoped owners of what the framework hands out, so that a function may return early.
+#pragma once
+
+#include "kskernel.h"
+
+#include <cstdint>
+#include <utility>
+
+/** An array of zeroed records from KsCalloc. `T` must be fine with bytes of 0. */
+template <class T>
+class KsArray {
+ public:
+  KsArray() = default;
+  KsArray(const KsArray &) = delete;
+  KsArray &operator=(const KsArray &) = delete;
+  KsArray(KsArray &&other) noexcept : items(std::exchange(other.items, nullptr)) {}
+  KsArray &operator=(KsArray &&other) noexcept {
+    if (this != &other) {
+      Free();
+      items = std::exchange(other.items, nullptr);
+    }
+    return *this;
+  }
+  ~KsArray() { Free(); }
+
+  /** Replaces what is held by `count` zeroed items. False without memory. */
+  [[nodiscard]] bool Allocate(std::uint64_t count) {
+    Free();
+    items = static_cast<T *>(KsCalloc(count, sizeof(T), __LINE__, __FILE__));
+    return items != nullptr;
+  }
+  /** Gives the block away; the receiver releases it with KsFree. */
+  T *Release() { return std::exchange(items, nullptr); }
+
+  T *Get() const { return items; }
+  T &operator[](std::uint64_t index) const { return items[index]; }
+  explicit operator bool() const { return items != nullptr; }
+
+ private:
+  void Free() {
+    if (items != nullptr) KsFree(items, __LINE__, __FILE__);
+    items = nullptr;
+  }
+
+  T *items = nullptr;
+};
+
+/** A bitmap record that is empty at first and freed at the end of its scope. */
+class KsLocalBitmap {
+ public:
+  KsLocalBitmap() { KsBitmapInit(&bitmap, sizeof bitmap, 0, 0, 0); }
+  KsLocalBitmap(const KsLocalBitmap &) = delete;
+  KsLocalBitmap &operator=(const KsLocalBitmap &) = delete;
+  ~KsLocalBitmap() { KsBitmapFree(&bitmap); }
+
+  KsBitmap *Get() { return &bitmap; }
+  KsBitmap *operator->() { return &bitmap; }
+
+ private:
+  KsBitmap bitmap;
+};
+
+/** A device context on a bitmap, null where there is none. */
+class KsLocalContext {
+ public:
+  KsLocalContext() = default;
+  explicit KsLocalContext(KsBitmap *bitmap) : context(KsBitmapDC(bitmap)) {}
+  KsLocalContext(const KsLocalContext &) = delete;
+  KsLocalContext &operator=(const KsLocalContext &) = delete;
+  ~KsLocalContext() {
+    if (context != nullptr) KsBitmapDCFree(context);
+  }
+
+  KsDeviceContext *Get() const { return context; }
+
+ private:
+  KsDeviceContext *context = nullptr;
+};

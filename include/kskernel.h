@@ -1,0 +1,391 @@
+/*
+ * The imaging framework as its clients see it: files, memory, bitmaps, palettes, device contexts, and the operations on
+ * pixels that the NITF library is built on. Usable from C11 and C++.
+ *
+ * Conventions
+ *   Results        A signed 32-bit status unless told otherwise: SUCCESS (1), or a negative KsStatus.
+ *   Bitmaps        Go with their size, sizeof(KsBitmap), so that a caller built against another layout is refused
+ * (-13). Colours        u32, red in the low byte, then green, then blue; the top byte is ignored. Pixels         Rows
+ * run from the top down. 24 bits: blue, green, red. 32 bits: blue, green, red, unused. 16 bits: gray in the machine's
+ * order. 12 bits: two samples p, q in three bytes, the low eight bits of p, then the high four bits of p (low nibble)
+ * with the low four of q (high nibble), then the high eight bits of q. 1 bit: the leftmost pixel in the top bit.
+ *   Threads        No operation may run twice on one file, bitmap or context at a time; different ones are independent.
+ */
+#ifndef KSKERNEL_H
+#define KSKERNEL_H
+
+#include <stddef.h>
+#include <stdint.h>
+#ifndef __cplusplus
+#include <uchar.h>
+#endif
+
+#if defined(_WIN32)
+#if defined(KSKERNEL_BUILD)
+#define KS_API __declspec(dllexport)
+#else
+#define KS_API __declspec(dllimport)
+#endif
+#else
+#define KS_API __attribute__((visibility("default")))
+#endif
+
+/* The Windows headers have another ERROR_NOT_SUPPORTED; the framework's own value is meant wherever this file is used.
+ */
+#ifdef ERROR_NOT_SUPPORTED
+#undef ERROR_NOT_SUPPORTED
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** What an operation answers. Compare with SUCCESS: some results are neither SUCCESS nor negative. */
+enum KsStatus {
+  SUCCESS = 1,
+  ERROR_NO_MEMORY = -1,      /**< an allocation failed, or a bitmap above the limit of KsSetBitmapLimit */
+  ERROR_NO_STORAGE = -2,     /**< a bitmap without storage */
+  ERROR_FILE_WRITE = -5,     /**< a short write */
+  ERROR_FILE_READ = -7,      /**< a short read */
+  ERROR_FILE_FORMAT = -9,    /**< data that is not what it should be */
+  ERROR_NO_FILE = -10,       /**< no file of that name */
+  ERROR_INVALID_VALUE = -13, /**< a null or unusable argument */
+  ERROR_NOT_SUPPORTED = -16, /**< no codec for it, or no conversion between two bit depths */
+  ERROR_BITS_PER_PIXEL = -27 /**< a number of bits per pixel that the operation doesn't take */
+};
+
+#pragma pack(push, 1)
+
+/** A colour of a palette, in the byte order of a 24-bit pixel. */
+typedef struct KsPaletteEntry {
+  uint8_t blue;
+  uint8_t green;
+  uint8_t red;
+  uint8_t reserved;
+} KsPaletteEntry;
+
+/** A palette as a system object: what KsPaletteFromLut and KsPaintPalette give and KsObjectFree releases. */
+typedef struct KsPalette KsPalette;
+
+/** A device context on a bitmap. */
+typedef struct KsDeviceContext KsDeviceContext;
+
+/** Pixels lie from `left` and `top` up to, and without, `right` and `bottom`. */
+typedef struct KsRect {
+  int32_t left;
+  int32_t top;
+  int32_t right;
+  int32_t bottom;
+} KsRect;
+
+/** How the pixels of a bitmap are to be read, the values of KsBitmap::order. */
+enum KsColorOrder { KS_ORDER_PALETTE = 0, KS_ORDER_BGR = 1, KS_ORDER_GRAY = 2, KS_ORDER_CODEC = 4 };
+
+/** Whose pixels a bitmap shows, the values of KsBitmap::kind. */
+enum KsBitmapKind { KS_BITMAP_OWN = 1, KS_BITMAP_CALLER = 2 };
+
+/** Bit 0 of KsBitmap::flags: the bitmap has storage. */
+#define KS_BITMAP_ALLOCATED 1u
+
+/** A bitmap. Callers read the documented members and leave the others alone; KsBitmapInit makes an empty one. */
+typedef struct KsBitmap {
+  uint32_t structureSize;   /* 0: 284 */
+  uint32_t kind;            /* 4: KsBitmapKind */
+  uint8_t *pixels;          /* 8: first row; owned by the bitmap for KS_BITMAP_OWN */
+  uint32_t memory;          /* 16: the memory kind given to KsBitmapCreate */
+  uint32_t width;           /* 20: pixels */
+  uint32_t height;          /* 24: rows */
+  uint32_t bitsPerPixel;    /* 28 */
+  uint32_t bytesPerLine;    /* 32: bytes from one row to the next, a multiple of 4 */
+  uint64_t storageBytes;    /* 36: bytes at `pixels` */
+  uint32_t accessCount;     /* 44: KsBitmapAccess calls not yet released */
+  uint32_t flags;           /* 48: KS_BITMAP_ALLOCATED and bits of the framework's own */
+  uint32_t colorCount;      /* 52: colours of the palette, 0 without one */
+  KsPaletteEntry *palette;  /* 56: at least 2^bitsPerPixel entries up to 8 bits; owned by the bitmap */
+  uint32_t paletteCapacity; /* 64: entries at `palette` */
+  uint32_t order;           /* 68: KsColorOrder; a caller may set it */
+  uint8_t reserved[212];    /* 72 */
+} KsBitmap;
+
+/** Options of a load. `loadFlags` is the only word that clients of the filter set. */
+typedef struct KsLoadOptions {
+  uint8_t reserved0[12];
+  uint32_t loadFlags; /* 12 */
+  uint8_t reserved16[20];
+  uint32_t bands[3]; /* 36, 40, 44: band numbers of the red, green and blue channel, from 0 */
+  uint8_t reserved48[36];
+} KsLoadOptions;
+
+/** What a filter or a codec tells of a file. */
+typedef struct KsFileInfo {
+  uint8_t reserved0[4];
+  uint32_t formatId; /* 4: the framework's number for the format */
+  uint8_t reserved8[1024];
+  uint32_t width;        /* 1032: pixels */
+  uint32_t height;       /* 1036: rows */
+  uint32_t bitsPerPixel; /* 1040 */
+  uint8_t reserved1044[8];
+  uint64_t imageBytes; /* 1052: bytes of the picture with rows padded to 4 bytes */
+  uint8_t reserved1060[40];
+  uint32_t pageCount;  /* 1100 */
+  uint32_t pageNumber; /* 1104 */
+  uint8_t reserved1108[1208];
+} KsFileInfo;
+
+#pragma pack(pop)
+
+/* ---- files ------------------------------------------------------------------------------------------------------- */
+
+/** An open file; -1 is none. Files are buffered both ways: small reads and writes are cheap. */
+typedef int64_t KsHandle;
+
+#define KS_INVALID_HANDLE ((KsHandle)-1)
+#define KS_OPEN_READ 0x8000u /* read only, binary */
+#define KS_MODE_READ 0x100u
+#define KS_OPEN_CREATE 0x8302u /* read and write, binary, created or emptied */
+#define KS_MODE_CREATE 0x80u
+
+enum KsSeekOrigin { KS_SEEK_START = 0, KS_SEEK_CURRENT = 1, KS_SEEK_END = 2 };
+
+/**
+ * Opens a file. `name` is UTF-16 and zero-terminated; `flags` and `mode` are KS_OPEN_READ with KS_MODE_READ or
+ * KS_OPEN_CREATE with KS_MODE_CREATE. A folder is not opened. KS_INVALID_HANDLE where it fails. The caller closes it.
+ */
+KS_API KsHandle KsOpen(const char16_t *name, uint32_t flags, uint32_t mode);
+
+/** Writes what is still held back and closes. SUCCESS, or ERROR_FILE_WRITE where any write to the file failed. */
+KS_API int32_t KsClose(KsHandle handle);
+
+/** Moves up to `bytes` bytes from the position into `buffer`: the bytes moved, fewer at the end or on an error. */
+KS_API uint64_t KsRead(KsHandle handle, void *buffer, uint64_t bytes);
+
+/** Moves `bytes` bytes to the position: the bytes moved. Errors may show later, at the latest at KsClose. */
+KS_API uint64_t KsWrite(KsHandle handle, const void *buffer, uint64_t bytes);
+
+/** As KsWrite, for bodies of segments. */
+KS_API uint64_t KsWriteBlock(KsHandle handle, const void *buffer, uint64_t bytes);
+
+/** Moves the position by `offset` bytes from `origin` (KsSeekOrigin): the new position, or -1 with nothing moved. */
+KS_API int64_t KsSeek(KsHandle handle, int64_t offset, uint32_t origin);
+
+/** Turns a UTF-8 name into UTF-16. Null where it is no UTF-8 or memory runs out. Freed with KsToWideFree. */
+KS_API char16_t *KsToWide(const char *name);
+KS_API void KsToWideFree(char16_t *name);
+
+/* ---- memory ------------------------------------------------------------------------------------------------------ */
+
+/** What a traced block is. */
+enum KsMemoryKind {
+  KS_MEMORY_BLOCK = 1,  /**< KsCalloc, KsAllocBlock, KsRealloc */
+  KS_MEMORY_PIXELS = 2, /**< storage and palettes of bitmaps */
+  KS_MEMORY_GLOBAL = 3,
+  KS_MEMORY_OBJECT = 4, /**< palettes and device contexts */
+  KS_MEMORY_ARRAY = 5,  /**< blocks of the plain heap that were reported */
+  KS_MEMORY_FILE = 6,   /**< open files */
+  KS_MEMORY_KINDS = 7
+};
+
+/** A zeroed block of `count` times `size` bytes (one byte at least), or null. Freed with KsFree. */
+KS_API void *KsCalloc(uint64_t count, uint64_t size, int32_t line, const char *file);
+/** The same without zeroing. */
+KS_API void *KsAllocBlock(uint64_t count, uint64_t size, int32_t line, const char *file);
+/** Resizes a block of KsCalloc or KsAllocBlock, or makes one where `block` is null. Null leaves `block` as it was. */
+KS_API void *KsRealloc(void *block, uint64_t bytes, int32_t line, const char *file);
+KS_API void KsFree(void *block, int32_t line, const char *file);
+KS_API void KsFreeGlobal(void *handle, int32_t line, const char *file);
+/** Releases a system object, such as a palette. Null is none. */
+KS_API void KsObjectFree(void *object, int32_t line, const char *file);
+/** Reports that a block of the plain heap was taken or given back. Null is none. `kind` is a KsMemoryKind. */
+KS_API void KsTrackAlloc(uint32_t kind, const void *block, int32_t line, const char *file);
+KS_API void KsTrackFree(uint32_t kind, const void *block, int32_t line, const char *file);
+
+/** Live blocks of a KsMemoryKind in this process. A build without tracing (release) always gives 0. */
+KS_API int64_t KsLiveBlocks(uint32_t kind);
+
+/**
+ * For tests: lets the framework's allocations succeed `successes` more times and then fail, until the call is made
+ * again; a negative number ends it. A build without tracing ignores it.
+ */
+KS_API void KsFailAllocationsAfter(int64_t successes);
+
+/* ---- bitmaps ----------------------------------------------------------------------------------------------------- */
+
+/** Makes `bitmap` an empty one. Whatever it held is forgotten, not released. The last three arguments are 0. */
+KS_API void KsBitmapInit(KsBitmap *bitmap, uint32_t bitmapSize, uint32_t, uint32_t, uint32_t);
+
+/**
+ * Creates a bitmap of `width` by `height` pixels of 1 to 255 `bits`. Conversions know 1, 8, 12, 16, 24 and 32 bits;
+ * others are storage that combines with its like. `palette` may be null; otherwise 2^bits entries are copied, for up to
+ * 8 bits. `memory` is 1, or 4 for a canvas. KS_BITMAP_OWN has zeroed storage of its own; KS_BITMAP_CALLER shows `data`,
+ * of `size` bytes, that the caller keeps alive (null: see KsBitmapSetData), with rows of bytesPerLine bytes. -1 above
+ * the limit or without memory, -13 for arguments that make no bitmap. Freed with KsBitmapFree.
+ */
+KS_API int32_t KsBitmapCreate(KsBitmap *bitmap, uint32_t bitmapSize, uint32_t kind, uint32_t width, uint32_t height,
+                              uint32_t bits, uint32_t order, const KsPaletteEntry *palette, uint32_t memory, void *data,
+                              uint64_t size);
+
+/** Gives a KS_BITMAP_CALLER bitmap its pixels: `bytes` at `data`, at least height times bytesPerLine, else -13. */
+KS_API int32_t KsBitmapSetData(KsBitmap *bitmap, void *data, uint64_t bytes, uint32_t);
+
+/** Releases storage and palette and leaves an empty bitmap. Harmless on an empty one. */
+KS_API void KsBitmapFree(KsBitmap *bitmap);
+
+/** Sets all pixels to 0. */
+KS_API void KsBitmapClear(KsBitmap *bitmap);
+
+/**
+ * Sets all pixels to a colour: as it is for 24 and 32 bits, its brightness for grays, the nearest entry with a palette.
+ * -2 without storage, -27 for depths without conversion.
+ */
+KS_API int32_t KsBitmapFill(KsBitmap *bitmap, uint32_t color);
+
+/** Opens the pixels for row calls; `bitmap` must have storage, else -2. Each success is paired with KsBitmapRelease. */
+KS_API int32_t KsBitmapAccess(KsBitmap *bitmap, uint32_t);
+KS_API void KsBitmapRelease(KsBitmap *bitmap, uint32_t, uint32_t);
+
+/** Copies up to `bytes` bytes of a row, counted from 0 at the top, out of or into the bitmap. The bytes moved, or
+ * -13/-2. */
+KS_API int64_t KsBitmapGetRow(const KsBitmap *bitmap, void *buffer, uint32_t row, uint64_t bytes);
+KS_API int64_t KsBitmapPutRow(KsBitmap *bitmap, const void *buffer, uint32_t row, uint64_t bytes);
+
+/** Copies palette entries out. Entries beyond the palette are not touched. -13 without a palette. */
+KS_API int32_t KsBitmapGetPalette(const KsBitmap *bitmap, uint32_t first, uint32_t count, KsPaletteEntry *entries);
+
+/**
+ * Sets `count` palette entries from `first`, cut to what the depth has. A bitmap without a palette gets one first, in
+ * which the entries that are not set stand for the gray ramp of its depth. -27 above 8 bits per pixel.
+ */
+KS_API int32_t KsBitmapSetPalette(KsBitmap *bitmap, uint32_t first, uint32_t count, const KsPaletteEntry *entries);
+
+/** The gray ramp for 1 to 8 bits, 2^bits entries, or null. Freed with KsPaletteFree. */
+KS_API KsPaletteEntry *KsDefaultPalette(uint32_t bits);
+KS_API void KsPaletteFree(KsPaletteEntry *palette);
+
+/** A palette of `count` (up to 65536) entries of 0x00RRGGBB, or null. Freed with KsObjectFree. */
+KS_API KsPalette *KsPaletteFromLut(const uint32_t *table, uint32_t count);
+
+/**
+ * Attaches a copy of a palette to a bitmap of up to 16 bits per pixel; -27 above. Indices beyond its end are black. At
+ * 12 and 16 bits the palette is carried, and the pixels are still shown as grays.
+ */
+KS_API int32_t KsBitmapSetLut(KsBitmap *bitmap, const KsPalette *palette);
+
+/**
+ * The bound on the bytes of one bitmap's pixels, 4 GiB at first, above which KsBitmapCreate gives -1. Set gives the
+ * bound before; 0 restores the first one.
+ */
+KS_API uint64_t KsSetBitmapLimit(uint64_t bytes);
+
+/* ---- combining and painting -------------------------------------------------------------------------------------- */
+
+/**
+ * Copies `source`, from its pixel (`sourceLeft`, `sourceTop`), over the rectangle of `target` with its upper left
+ * corner at
+ * (`left`, `top`), unscaled, as far as both reach: the rectangle is clipped on all sides, positions may be negative,
+ * and a source smaller than the rectangle covers only its own size. Colours are converted to the target's depth:
+ *   - equal depths are copied bit by bit; 8-bit indices too, where the source has no palette or the same as the target;
+ *   - indices of 1 and 8 bits become their palette's colours, and the gray ramp without a palette;
+ *   - grays of 12 and 16 bits give their high eight bits;
+ *   - colours become grays by (77 red + 151 green + 28 blue) / 256, or the nearest colour of a target's palette.
+ * `operation` is 288 (copy), `flags` 0. -2 without storage, -16 where there is no conversion.
+ */
+KS_API int32_t KsCombine(KsBitmap *target, int32_t left, int32_t top, int32_t width, int32_t height,
+                         const KsBitmap *source, int32_t sourceLeft, int32_t sourceTop, uint32_t operation,
+                         uint32_t flags);
+
+/** A context on the bitmap's own pixels, or null. The bitmap must outlive it. Freed with KsBitmapDCFree. */
+KS_API KsDeviceContext *KsBitmapDC(KsBitmap *bitmap);
+KS_API void KsBitmapDCFree(KsDeviceContext *context);
+
+/** A palette object with the bitmap's palette, or null where it has none. Freed with KsObjectFree. */
+KS_API KsPalette *KsPaintPalette(KsDeviceContext *context, const KsBitmap *bitmap);
+
+#define KS_ROP_COPY 0xCC0020u
+
+/** Paints a bitmap at the upper left corner of `rectangle`, unscaled and clipped to it, converted as in KsCombine. */
+KS_API int32_t KsPaintBitmap(KsDeviceContext *context, const KsBitmap *bitmap, const KsRect *source, const KsRect *clip,
+                             const KsRect *rectangle, const void *reserved, uint32_t rasterOperation);
+
+/**
+ * As KsPaintBitmap, and leaves the canvas alone under pixels whose colour is exactly `color`. A gray of 12 or 16 bits
+ * is of that colour where all its bits are, not the high eight alone. `scale` is 1000, the seven numbers after it
+ * are 1.
+ */
+KS_API int32_t KsPaintTransparent(KsDeviceContext *context, const KsBitmap *bitmap, const KsRect *source,
+                                  const KsRect *clip, const KsRect *rectangle, const void *reserved, uint32_t scale,
+                                  uint32_t, uint32_t, uint32_t, uint32_t, uint32_t, uint32_t, uint32_t, uint32_t color,
+                                  uint32_t, uint32_t, uint32_t rasterOperation);
+
+/* ---- tone and bands ---------------------------------------------------------------------------------------------- */
+
+/**
+ * Adds to `counters[level]` the number of pixels of each of the 256 levels: the brightness that a pixel shows, which is
+ * the high byte of a 12 or 16 bit gray, and the gray of KsCombine for palettes and colours. `count` is 256.
+ */
+KS_API int32_t KsHistogram(const KsBitmap *bitmap, uint64_t *counters, uint32_t count, uint32_t);
+
+/**
+ * Spreads the occupied range of values over the full one. With `low` and `high` the least and greatest value in use,
+ * over all channels, each value v becomes (v - low) * full / (high - low), rounded down, where full is 255, 4095 or
+ * 65535 by depth. With a palette the colours in use are spread and the pixels stay. A bitmap of one single value stays
+ * as it is. `amount` is 350. -27 for other depths than those of the conversions.
+ */
+KS_API int32_t KsToneAdjust(KsBitmap *bitmap, uint32_t amount, uint32_t);
+
+/**
+ * Makes `target` (empty, or released first) a 24-bit bitmap from one to four band bitmaps of 8 bits and equal size.
+ * `bands` runs from the last band to the first and ends at a null pointer or after four: its last entry is red, the one
+ * before it green, the one before that blue, and one or two bands repeat the last entry as a gray.
+ */
+KS_API int32_t KsBandsMerge(KsBitmap *target, KsBitmap *const *bands, uint32_t bitmapSize, uint32_t);
+
+/* ---- codecs ------------------------------------------------------------------------------------------------------ */
+
+/** What a redirect callback fills for a stream that has no header of its own. */
+typedef struct KsRawFormatInfo KsRawFormatInfo;
+typedef int32_t (*KsRedirectCallback)(KsRawFormatInfo *info, void *userData);
+
+/**
+ * Decodes `size` bytes at `buffer` into `bitmap`. `bits` 0 and `order` KS_ORDER_CODEC leave both to the codec.
+ * ERROR_NOT_SUPPORTED where no codec knows the stream.
+ */
+KS_API int32_t KsLoadMemory(const void *buffer, KsBitmap *bitmap, uint32_t bitmapSize, int32_t bits, int32_t order,
+                            uint64_t size, const KsLoadOptions *options, void *reserved);
+
+/** Sets who answers for the next load of a stream without a header; the callback before, or null. One per thread. */
+KS_API KsRedirectCallback KsSetRedirect(KsRedirectCallback callback, void *userData);
+
+/* ---- platform and start ------------------------------------------------------------------------------------------ */
+
+/**
+ * What a program may take over of the window system. A null member stands for the default: the message box writes one
+ * line to the standard error output and answers OK (1), debug output is dropped, a rectangle is filled with its four
+ * edges.
+ */
+typedef struct KsPlatformHandlers {
+  int32_t (*messageBox)(const char *text, const char *caption, uint32_t type, void *userData);
+  void (*debugOutput)(const char *text, void *userData);
+  void (*setRect)(KsRect *rectangle, int32_t left, int32_t top, int32_t right, int32_t bottom, void *userData);
+  void *userData;
+} KsPlatformHandlers;
+
+/** Sets the handlers of the process; null restores the defaults. Not to be called while another thread is in the
+ * library. */
+KS_API void KsSetPlatformHandlers(const KsPlatformHandlers *handlers);
+
+/** A function that a filter entry is handed to, with the entry's address first and the caller's other arguments behind.
+ */
+typedef intptr_t (*KsFilterHandler)(void *entry, ...);
+
+/** Hands a filter to the framework: jumps to the handler with all arguments and the stack as they came. 1 by default.
+ */
+KS_API intptr_t KsFilterEntry(void *entry, ...);
+
+/** Sets what KsFilterEntry jumps to; null restores the default. */
+KS_API void KsSetFilterHandler(KsFilterHandler handler);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,36 @@
+// The window system's calls that the library names, on the framework's own device contexts. They carry the names of the
+// system that the library is at home on; the namespace keeps them apart from it.
+#pragma once
+
+#include "kskernel.h"
+
+namespace platform {
+
+/** A window, of which the library never has one. */
+using Window = void *;
+
+/** The OK button, the only style in use. */
+constexpr std::uint32_t MB_OK = 0;
+
+/** Shows a message and waits for the answer. The handler of KsPlatformHandlers decides how. */
+KS_API int MessageBoxA(Window owner, const char *text, const char *caption, std::uint32_t type);
+
+/** Writes a line to the debug output. */
+KS_API void OutputDebugStringA(const char *text);
+
+/** Sets the four edges of a rectangle. */
+KS_API void SetRect(KsRect *rectangle, std::int32_t left, std::int32_t top, std::int32_t right, std::int32_t bottom);
+
+/** Selects a palette into a context: the palette before, or null. `background` is whether it yields to others. */
+KS_API KsPalette *SelectPalette(KsDeviceContext *context, KsPalette *palette, bool background);
+
+/** Maps the selected palette to the device: the number of its colours. */
+KS_API std::uint32_t RealizePalette(KsDeviceContext *context);
+
+/** Keeps the context's state: a number for RestoreDC, from 1, or 0 without memory. */
+KS_API int SaveDC(KsDeviceContext *context);
+
+/** Brings back a kept state and drops those kept after it; -1 is the last one. False where there is no such state. */
+KS_API bool RestoreDC(KsDeviceContext *context, int saved);
+
+}  // namespace platform
