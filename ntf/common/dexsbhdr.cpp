@@ -1,0 +1,53 @@
+#include "dexsbhdr.h"
+
+#include "fields.h"
+#include "strmfhdr.h"
+
+namespace {
+
+/** The identifier of a segment that holds what found no room in another header (MIL-STD-2500C, 5.8.1.3). */
+constexpr std::string_view kOverflowIdentifier = "TRE_OVERFLOW             ";
+
+std::int32_t CheckMarker(HeaderReader &reader, std::string_view text) {
+  if (text != "DE") return ERROR_FILE_FORMAT;
+  reader.As<DataExtensionSubheader>().valid = 1;
+  return SUCCESS;
+}
+
+std::int32_t CheckVersion(HeaderReader &, std::string_view text) {
+  return static_cast<std::uint32_t>(ParseNumber(text)) > 99 ? ERROR_FILE_FORMAT : SUCCESS;
+}
+
+bool IsOverflow(const void *record, bool) {
+  const char *identifier = static_cast<const DataExtensionSubheader *>(record)->DESID;
+  return std::string_view(identifier, kOverflowIdentifier.size()) == kOverflowIdentifier;
+}
+
+using Record = DataExtensionSubheader;
+
+constexpr HeaderRow kRows[] = {
+    TextRow(NITF_TEXT(Record, DE), 2).Then(CheckMarker),
+    TextRow(NITF_TEXT(Record, DESID), 25),
+    TextRow(NITF_TEXT(Record, DESVER), 2).Digits().Then(CheckVersion),
+    SecurityRow("DE", offsetof(Record, security), kCheckClassification | kEventAlways),
+    TextRow(NITF_TEXT(Record, DESOFLW), 6).If(IsOverflow),
+    TextRow(NITF_TEXT(Record, DESITEM), 3).Digits().If(IsOverflow),
+    TextRow(NITF_TEXT(Record, DESSHL), 4).Digits(),
+    BytesRow("DESSHF", offsetof(Record, userData), offsetof(Record, DESSHL), 0),
+};
+
+}  // namespace
+
+const HeaderTable kDataExtensionTable = {kRows};
+
+void DataExtensionSubheaderInit(DataExtensionSubheader *record) { *record = DataExtensionSubheader{}; }
+
+void DataExtensionSubheaderFree(DataExtensionSubheader *record) {
+  if (record->userData != nullptr) KsFree(record->userData, __LINE__, __FILE__);
+  record->userData = nullptr;
+}
+
+std::int32_t DataExtensionSubheaderRead(DataExtensionSubheader *record, NitfFile &file) {
+  HeaderReader reader(file, record);
+  return ReadSubheader(reader, kDataExtensionTable, file, StreamFileHeader{}, false);
+}

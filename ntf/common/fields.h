@@ -1,0 +1,66 @@
+// The fixed-width text fields of all headers: how a number becomes text, how a short text fills its field, what a date
+// looks like. A field in memory is a buffer of its width plus one byte for a NUL; a field on file has no terminator.
+#pragma once
+
+#include "kskernel.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+/** One two-character part of a date, with room for the NUL of SetNumberField. */
+using DatePart = std::array<char, 3>;
+
+/** Century, year, month, day, hour, minute, second. */
+using DateParts = std::array<DatePart, 7>;
+
+/**
+ * Formats like the C library into `buffer`, never past `size` bytes with the NUL. The characters written, or -1 with an
+ * empty buffer where the text doesn't fit.
+ */
+[[gnu::format(printf, 3, 4)]] int FormatBounded(char *buffer, std::size_t size, const char *format, ...);
+
+/**
+ * The decimal number at the front of a text: white space is skipped, a sign taken, digits run up to the first other
+ * character. No digit gives 0, and a value beyond 32 bits stays at its limit. There is no error.
+ */
+std::int32_t ParseNumber(std::string_view text);
+
+/** The same for a fraction, as in IMAG; 0 where there is none. */
+double ParseFraction(std::string_view text);
+
+/**
+ * Stores a text at the front of a field of `width` bytes plus NUL, spaces behind it. SUCCESS, or ERROR_INVALID_VALUE with
+ * the field as it was: null target, text longer than the field.
+ */
+std::int32_t SetField(char *target, std::uint32_t width, const char *text);
+
+/**
+ * Stores a number, taken as signed, at the back of a field, zeros in front. One with more digits than the field leaves it
+ * all zeros. Always SUCCESS.
+ */
+std::int32_t SetNumberField(char *target, std::uint32_t width, std::uint32_t value);
+
+/**
+ * Writes a field at its exact width. With the fill " " the text stands at the front and spaces follow; with any other fill
+ * its first character goes in front and the text stands at the back. A longer text is cut to the width. The first argument
+ * has no effect. SUCCESS or ERROR_FILE_WRITE.
+ */
+std::int32_t WriteField(const void *, KsHandle out, const char *text, std::uint32_t width, const char *fill);
+
+/** Stores a new copy of `text` from KsCalloc in `*target`, or null without memory. The caller frees it with KsFree. */
+void CopyOutString(char **target, std::string_view text);
+
+/** Joins the seven parts of a date into `target`, 15 bytes. */
+void FormatDateTime(char *target, const DateParts &parts);
+
+/** Joins century, year, month and day into `target`, 9 bytes. */
+void FormatDate(char *target, const std::array<DatePart, 4> &parts);
+
+/**
+ * The date that is written into a segment appended to a file dated `date` (14 characters): one part of it goes down by one,
+ * the first of second (with `secondsToo`), minute, hour, day, month, year, century that is above 1. An empty date gives a
+ * fixed one.
+ */
+DateParts EarlierDate(const char *date, bool secondsToo);

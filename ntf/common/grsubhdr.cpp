@@ -1,0 +1,95 @@
+#include "grsubhdr.h"
+
+#include "internal/ksclasses_.h"
+#include "nitffile.h"
+#include "strmfhdr.h"
+
+namespace {
+
+std::int32_t CheckMarker(HeaderReader &reader, std::string_view text) {
+  if (text != "SY") return ERROR_FILE_FORMAT;
+  reader.As<GraphicSubheader>().headerRead = 1;
+  return SUCCESS;
+}
+
+std::int32_t CheckFormat(HeaderReader &, std::string_view text) {
+  return std::string_view("BCO").find(text[0]) == std::string_view::npos ? ERROR_FILE_FORMAT : SUCCESS;
+}
+
+/** The lookup table of the 2.0 layout: a row for red, green and blue each, or for one entry a single gray byte. */
+std::int32_t ReadLut(HeaderReader &reader) {
+  auto &graphic = reader.As<GraphicSubheader>();
+  const std::uint32_t entries = graphic.lutEntries;
+  graphic.lutEntries = 0;
+  if (graphic.lut != nullptr) KsFree(graphic.lut, __LINE__, __FILE__);
+  graphic.lut = nullptr;
+  if (entries == 0) return SUCCESS;
+  if (!reader.Holds(entries, entries == 1 ? 1 : 3)) return ERROR_FILE_READ;
+  KsArray<std::uint32_t> lut;
+  KsArray<std::uint8_t> row;
+  if (!lut.Allocate(entries) || !row.Allocate(entries)) return ERROR_NO_MEMORY;
+  graphic.lut = lut.Release();
+  graphic.lutEntries = entries;
+  for (const std::uint32_t channels : {entries == 1 ? 0x010101U : 0x010000U, 0x000100U, 0x000001U}) {
+    const std::int32_t status = reader.Take(row.Get(), entries);
+    if (status != SUCCESS) return status;
+    for (std::uint32_t entry = 0; entry < entries; ++entry) graphic.lut[entry] |= row[entry] * channels;
+    if (entries == 1) break;
+  }
+  return SUCCESS;
+}
+
+using Record = GraphicSubheader;
+
+constexpr HeaderRow kRows[] = {
+    TextRow(NITF_TEXT(Record, SY), 2).Default("SY").Then(CheckMarker),
+    TextRow(NITF_TEXT(Record, SID), 10).Default("ID        "),
+    TextRow(NITF_TEXT(Record, SNAME), 20).Blank(),
+    SecurityRow("S", offsetof(Record, security), kCheckClassification),
+    TextRow(NITF_TEXT(Record, ENCRYP), 1).Digits(),
+    TextRow(NITF_TEXT(Record, SFMT), 1).Default("C").Then(CheckFormat),
+    TextRow(NITF_TEXT(Record, SSTRUCT), 13).Only21(),
+    TextRow(NITF_TEXT(Record, NLIPS), 4).Only20().Digits(),
+    TextRow(NITF_TEXT(Record, NPIXPL), 4).Only20().Digits(),
+    TextRow(NITF_TEXT(Record, NWDTH), 4).Only20().Digits(),
+    TextRow(NITF_TEXT(Record, NBPP), 1).Only20().Number(offsetof(Record, bitsPerPixel)),
+    TextRow(NITF_TEXT(Record, SDLVL), 3).Number(offsetof(Record, displayLevel)),
+    TextRow(NITF_TEXT(Record, SALVL), 3).Number(offsetof(Record, attachmentLevel)),
+    TextRow(NITF_TEXT(Record, SLOC), 10).Halves(offsetof(Record, locationRow)),
+    TextRow(NITF_TEXT(Record, SBND1), 10).Only21().Halves(offsetof(Record, firstBound)),
+    TextRow(NITF_TEXT(Record, SCOLOR), 1).Only21().Blank(),
+    TextRow(NITF_TEXT(Record, SBND2), 10).Halves(offsetof(Record, secondBound)),
+    TextRow(NITF_TEXT(Record, SCOLOR), 1).Only20().Blank(),
+    TextRow(NITF_TEXT(Record, SRES2), 2).Only21(),
+    TextRow(NITF_TEXT(Record, SNUM), 6).Only20().Digits(),
+    TextRow(NITF_TEXT(Record, SROT), 3).Only20().Digits(),
+    TextRow(NITF_TEXT(Record, NELUT), 3).Only20().Number(offsetof(Record, lutEntries)),
+    GroupRow(ReadLut),
+    TextRow(NITF_TEXT(Record, SXSHDL), 5).Digits(),
+    TextRow(NITF_TEXT(Record, SXSOFL), 3).Digits().CountedBy(offsetof(Record, SXSHDL)),
+    BytesRow("SXSHD", offsetof(Record, extendedData), offsetof(Record, SXSHDL), 3),
+};
+
+}  // namespace
+
+const HeaderTable kGraphicTable = {kRows};
+
+void GraphicSubheaderInit(GraphicSubheader *record, NitfFile *file) {
+  *record = GraphicSubheader{};
+  SetDefaults(kGraphicTable, record);
+  record->file = file;
+}
+
+void GraphicSubheaderFree(GraphicSubheader *record) {
+  for (char **data : {&record->extendedData, &record->memoryData}) {
+    if (*data != nullptr) KsFree(*data, __LINE__, __FILE__);
+    *data = nullptr;
+  }
+  if (record->lut != nullptr) KsFree(record->lut, __LINE__, __FILE__);
+  record->lut = nullptr;
+}
+
+std::int32_t GraphicSubheaderRead(GraphicSubheader *record, NitfFile &file, StreamFileHeader &stream, bool replay) {
+  HeaderReader reader(file, record);
+  return ReadSubheader(reader, kGraphicTable, file, stream, replay);
+}

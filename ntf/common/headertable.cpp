@@ -1,0 +1,233 @@
+#include "headertable.h"
+
+#include "fields.h"
+#include "nitffile.h"
+#include "strmfhdr.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+/** The downgrade field's value that a downgrade event goes with (MIL-STD-2500A, table A-1, FSDWNG). */
+constexpr std::string_view kDowngradeByEvent = "999998";
+
+std::string_view BufferText(const char *buffer, std::size_t capacity) {
+  return {buffer, strnlen(buffer, capacity)};
+}
+
+bool DowngradeByEvent(const void *security, bool) {
+  const char *text = static_cast<const SecurityFields *>(security)->DWNG;
+  return BufferText(text, sizeof(SecurityFields::DWNG)) == kDowngradeByEvent;
+}
+
+std::int32_t CheckClassification(HeaderReader &, std::string_view text) {
+  return std::string_view("CRSTU").find(text[0]) == std::string_view::npos ? ERROR_FILE_FORMAT : SUCCESS;
+}
+
+#define SECURITY(member) "S" #member, offsetof(SecurityFields, member), sizeof(SecurityFields::member)
+
+constexpr HeaderRow kSecurityRows[] = {
+    TextRow(SECURITY(CLAS), 1).Default("U").Then(CheckClassification),
+    TextRow(SECURITY(CLSY), 2).Only21().Blank(),
+    TextRow(SECURITY(CODE), 11).In20(40).Blank(),
+    TextRow(SECURITY(CTLH), 2).In20(40).Blank(),
+    TextRow(SECURITY(REL), 20).In20(40).Blank(),
+    TextRow(SECURITY(DCTP), 2).Only21().Blank(),
+    TextRow(SECURITY(DCDT), 8).Only21().Blank(),
+    TextRow(SECURITY(DCXM), 4).Only21().Blank(),
+    TextRow(SECURITY(DG), 1).Only21().Blank(),
+    TextRow(SECURITY(DGDT), 8).Only21().Blank(),
+    TextRow(SECURITY(CLTX), 43).Only21().Blank(),
+    TextRow(SECURITY(CATP), 1).Only21().Blank(),
+    TextRow(SECURITY(CAUT), 40).In20(20).Blank(),
+    TextRow(SECURITY(CRSN), 1).Only21().Blank(),
+    TextRow(SECURITY(SRDT), 8).Only21().Blank(),
+    TextRow(SECURITY(CTLN), 15).In20(20).Blank(),
+    TextRow(SECURITY(DWNG), 6).Only20().Blank(),
+    TextRow(SECURITY(DEVT), 40).Only20().Blank().If(DowngradeByEvent),
+};
+
+#undef SECURITY
+
+void SetRowDefault(const HeaderRow &row, char *base) {
+  char *text = base + row.place;
+  std::memset(text, row.initial == Initial::Blanks ? ' ' : '\0', row.capacity - 1U);
+  text[row.capacity - 1U] = '\0';
+  if (row.initial == Initial::Text) std::memcpy(text, row.initialText.data(), row.initialText.size());
+}
+
+/** The number in a length text of the record, which may lack a NUL of its own at the full width of five digits. */
+std::int32_t LengthAt(const char *base, std::uint32_t place) {
+  constexpr std::size_t kLongestLength = 5;
+  return ParseNumber(BufferText(base + place, kLongestLength));
+}
+
+bool AllNines(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char digit) { return digit == '9'; });
+}
+
+}  // namespace
+
+void SetDefaults(const HeaderTable &table, void *record) {
+  auto *base = static_cast<char *>(record);
+  for (const HeaderRow &row : table.rows) {
+    if (row.kind == HeaderRow::Kind::Text) SetRowDefault(row, base);
+    if (row.kind != HeaderRow::Kind::Security) continue;
+    for (const HeaderRow &security : kSecurityRows) SetRowDefault(security, base + row.place);
+  }
+}
+
+HeaderReader::HeaderReader(NitfFile &source, void *target)
+    : file(&source), record(target), nitf20(source.nitf20Layout != 0) {
+  const std::int64_t here = KsSeek(file->fileHandle, 0, KS_SEEK_CURRENT);
+  const std::int64_t end = KsSeek(file->fileHandle, 0, KS_SEEK_END);
+  KsSeek(file->fileHandle, here, KS_SEEK_START);
+  position = static_cast<std::uint64_t>(std::max<std::int64_t>(here, 0));
+  fileSize = static_cast<std::uint64_t>(std::max<std::int64_t>(end, 0));
+}
+
+void HeaderReader::ReplayFrom(const StreamFileHeader &stream) {
+  const std::uint32_t consumed = file->streamBytesConsumed;
+  budget = stream.streamLengthFirst > consumed ? stream.streamLengthFirst - consumed : 0;
+}
+
+void HeaderReader::CountReplayed() {
+  const auto count = static_cast<std::uint32_t>(used);
+  file->streamBytesConsumed += count;
+  file->streamBytesLeft -= count;
+}
+
+std::int32_t HeaderReader::Read(const HeaderTable &table) {
+  for (const HeaderRow &row : table.rows) {
+    const std::int32_t status = ReadRow(row, static_cast<char *>(record), table.terminates);
+    if (status != SUCCESS) return status;
+  }
+  return SUCCESS;
+}
+
+std::int32_t HeaderReader::ReadRow(const HeaderRow &row, char *base, bool terminates) {
+  switch (row.kind) {
+    case HeaderRow::Kind::Text:
+      return Present(row, base) ? ReadText(row, base, terminates) : SUCCESS;
+    case HeaderRow::Kind::Security:
+      return ReadSecurity(row, terminates);
+    case HeaderRow::Kind::Bytes:
+      return Present(row, base) ? ReadBytes(row, base) : SUCCESS;
+    case HeaderRow::Kind::Group:
+      return row.group(*this);
+  }
+  return ERROR_FILE_FORMAT;
+}
+
+bool HeaderReader::Present(const HeaderRow &row, const char *base) const {
+  if (row.kind == HeaderRow::Kind::Text && (nitf20 ? row.width20 : row.width21) == 0) return false;
+  if (row.countedBy != HeaderRow::kNowhere && LengthAt(base, row.countedBy) == 0) return false;
+  if ((securityRules & kEventAlways) != 0 && row.present == DowngradeByEvent) return true;
+  return row.present == nullptr || row.present(base, nitf20);
+}
+
+std::int32_t HeaderReader::ReadText(const HeaderRow &row, char *base, bool terminates) {
+  const std::uint32_t width = nitf20 ? row.width20 : row.width21;
+  char *text = base + row.place;
+  const std::int32_t taken = Take(text, width);
+  if (taken != SUCCESS) return taken;
+  if (terminates) text[width] = '\0';
+  const std::string_view field(text, width);
+  if (row.allNinesUnknown && AllNines(field)) sawUnknown = true;
+  if (row.number != HeaderRow::kNowhere) {
+    const std::int32_t number = ParseNumber(field);
+    std::memcpy(base + row.number, &number, sizeof number);
+  }
+  if (row.halves != HeaderRow::kNowhere) {
+    const std::int32_t halves[2] = {ParseNumber(field.substr(0, width / 2)), ParseNumber(field.substr(width / 2))};
+    std::memcpy(base + row.halves, halves, sizeof halves);
+  }
+  if (row.decode == CheckClassification && (securityRules & kCheckClassification) == 0) return SUCCESS;
+  return row.decode == nullptr ? SUCCESS : row.decode(*this, field);
+}
+
+std::int32_t HeaderReader::ReadSecurity(const HeaderRow &row, bool terminates) {
+  securityRules = row.securityRules;
+  for (const HeaderRow &security : kSecurityRows) {
+    const std::int32_t status = ReadRow(security, static_cast<char *>(record) + row.place, terminates);
+    if (status != SUCCESS) return status;
+  }
+  return SUCCESS;
+}
+
+std::int32_t HeaderReader::ReadBytes(const HeaderRow &row, char *base) {
+  const std::int32_t length = LengthAt(base, row.countedBy);
+  if (length < row.overhead) return ERROR_FILE_FORMAT;
+  char *buffer = nullptr;
+  std::memcpy(&buffer, base + row.place, sizeof buffer);
+  std::int32_t status = SUCCESS;
+  if (length > row.emptyUpTo) status = TakeNew(&buffer, static_cast<std::uint32_t>(length - row.overhead));
+  std::memcpy(base + row.place, &buffer, sizeof buffer);
+  return status;
+}
+
+std::int32_t HeaderReader::Take(void *buffer, std::uint64_t bytes) {
+  if (bytes > budget - used) return kBudgetSpent;
+  used += bytes;
+  if (KsRead(file->fileHandle, buffer, bytes) != bytes) return ERROR_FILE_READ;
+  position += bytes;
+  return SUCCESS;
+}
+
+std::int32_t HeaderReader::TakeNumber(std::uint32_t width, bool nineIsUnknown, std::uint32_t *number) {
+  char digits[16];
+  const std::int32_t taken = Take(digits, width);
+  if (taken != SUCCESS) return taken;
+  const std::string_view text(digits, width);
+  if (nineIsUnknown && AllNines(text)) sawUnknown = true;
+  *number = static_cast<std::uint32_t>(ParseNumber(text));
+  return SUCCESS;
+}
+
+std::int32_t HeaderReader::TakeNew(char **buffer, std::uint64_t bytes) {
+  if (bytes > budget - used) return kBudgetSpent;
+  if (!Holds(bytes, 1)) return ERROR_FILE_READ;
+  KsFree(*buffer, __LINE__, __FILE__);
+  *buffer = static_cast<char *>(KsCalloc(bytes + 1, 1, __LINE__, __FILE__));
+  return *buffer == nullptr ? static_cast<std::int32_t>(ERROR_NO_MEMORY) : Take(*buffer, bytes);
+}
+
+bool HeaderReader::Holds(std::uint64_t count, std::uint64_t bytes) const {
+  const std::uint64_t left = fileSize > position ? fileSize - position : 0;
+  return bytes == 0 || count <= left / bytes;
+}
+
+std::int32_t ReadSubheader(HeaderReader &reader, const HeaderTable &table, NitfFile &file,
+                           const StreamFileHeader &stream, bool replay) {
+  const std::int64_t start = KsSeek(file.fileHandle, 0, KS_SEEK_CURRENT);
+  if (replay) reader.ReplayFrom(stream);
+  const std::int32_t status = reader.Read(table);
+  if (status == kBudgetSpent) return SUCCESS;
+  if (status != SUCCESS) return status;
+  if (replay) reader.CountReplayed();
+  KsSeek(file.fileHandle, start, KS_SEEK_START);
+  return SUCCESS;
+}
+
+namespace {
+
+void ListRow(const HeaderRow &row, const char *base, bool nitf20, std::string_view prefix,
+             const std::function<void(const FieldView &)> &visit) {
+  const std::uint32_t width = nitf20 ? row.width20 : row.width21;
+  if (width == 0 || (row.present != nullptr && !row.present(base, nitf20))) return;
+  if (row.countedBy != HeaderRow::kNowhere && LengthAt(base, row.countedBy) == 0) return;
+  visit({std::string(prefix).append(row.name), std::string_view(base + row.place, width), row.digits});
+}
+
+}  // namespace
+
+void ListFields(const HeaderTable &table, const void *record, bool nitf20,
+                const std::function<void(const FieldView &)> &visit) {
+  const auto *base = static_cast<const char *>(record);
+  for (const HeaderRow &row : table.rows) {
+    if (row.kind == HeaderRow::Kind::Text) ListRow(row, base, nitf20, {}, visit);
+    if (row.kind != HeaderRow::Kind::Security) continue;
+    for (const HeaderRow &security : kSecurityRows) ListRow(security, base + row.place, nitf20, row.name, visit);
+  }
+}

@@ -1,0 +1,245 @@
+// The format as data. Every header is a table: a row a field, in file order, with its name, its place in the record, its
+// width in either layout, when it is present, and what becomes of it. One walk reads a header from such a table, for the
+// first pass over a file and for the replay from a stream file header alike; another sets the defaults.
+#pragma once
+
+#include "kskernel.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+
+struct NitfFile;
+struct StreamFileHeader;
+class HeaderReader;
+
+/** What a header reading step gives beside the status values: the replacement data of a replay are used up. */
+constexpr std::int32_t kBudgetSpent = 2;
+
+/** The security fields that every header carries under its own prefix (MIL-STD-2500C, tables ). */
+struct SecurityFields {
+  char CLAS[2];
+  char CLSY[3];
+  char CODE[41];
+  char CTLH[41];
+  char REL[41];
+  char DCTP[3];
+  char DCDT[9];
+  char DCXM[5];
+  char DG[2];
+  char DGDT[9];
+  char CLTX[44];
+  char CATP[2];
+  char CAUT[41];
+  char CRSN[2];
+  char SRDT[9];
+  char CTLN[21];
+  char DWNG[7];
+  char DEVT[41];
+};
+
+/** How a header treats its security group. */
+enum SecurityRule : std::uint8_t {
+  kAnyClassification = 0,
+  kCheckClassification = 1, /**< the classification is one of C, R, S, T, U, else ERROR_FILE_FORMAT */
+  kEventAlways = 2          /**< in the 2.0 layout the downgrade event is there whatever the downgrade field holds */
+};
+
+/** What a text field holds before anything was read. */
+enum class Initial : std::uint8_t { Empty, Blanks, Text };
+
+/** One row of a format table. Made by the functions below, refined by its members. */
+struct HeaderRow {
+  enum class Kind : std::uint8_t { Text, Security, Bytes, Group };
+  static constexpr std::uint32_t kNowhere = 0xFFFFFFFF;
+
+  Kind kind = Kind::Text;
+  std::string_view name{};
+  std::uint32_t place = kNowhere;   /**< offset of the text, the security group or the data pointer in the record */
+  std::uint16_t capacity = 0;       /**< bytes of the text's buffer, the NUL included */
+  std::uint16_t width21 = 0;        /**< bytes in the file, 0 where the layout hasn't the field */
+  std::uint16_t width20 = 0;
+  bool digits = false;              /**< the field is a decimal number */
+  bool allNinesUnknown = false;     /**< a text of nines says that the value was not known when it was written */
+  std::uint8_t securityRules = 0;
+  std::uint8_t overhead = 0;        /**< of Bytes: what its length field counts beside the bytes */
+  std::uint8_t emptyUpTo = 0;       /**< of Bytes: the length up to which there is no buffer */
+  std::uint32_t number = kNowhere;  /**< offset of the u32 that takes the value */
+  std::uint32_t halves = kNowhere;  /**< offset of two i32 that take the halves of a location */
+  std::uint32_t countedBy = kNowhere; /**< offset of a length text; the row is present where its number is not 0 */
+  bool (*present)(const void *record, bool nitf20) = nullptr;
+  std::int32_t (*decode)(HeaderReader &reader, std::string_view text) = nullptr;
+  std::int32_t (*group)(HeaderReader &reader) = nullptr;
+  Initial initial = Initial::Empty;
+  std::string_view initialText{};
+
+  /** The width in the 2.0 layout, where it is another one. */
+  constexpr HeaderRow In20(std::uint16_t width) const { return With([&](HeaderRow &row) { row.width20 = width; }); }
+  constexpr HeaderRow Only21() const { return In20(0); }
+  constexpr HeaderRow Only20() const { return With([](HeaderRow &row) { row.width21 = 0; }); }
+  /** The value is a number, and nothing computes with it. */
+  constexpr HeaderRow Digits() const { return With([](HeaderRow &row) { row.digits = true; }); }
+  /** The value goes to the u32 at `offset` too. */
+  constexpr HeaderRow Number(std::size_t offset) const {
+    return Digits().With([&](HeaderRow &row) { row.number = static_cast<std::uint32_t>(offset); });
+  }
+  /** Two signed numbers of half the width each go to the two i32 at `offset`. */
+  constexpr HeaderRow Halves(std::size_t offset) const {
+    return With([&](HeaderRow &row) { row.halves = static_cast<std::uint32_t>(offset); });
+  }
+  constexpr HeaderRow AllNinesUnknown() const { return With([](HeaderRow &row) { row.allNinesUnknown = true; }); }
+  constexpr HeaderRow If(bool (*condition)(const void *, bool)) const {
+    return With([&](HeaderRow &row) { row.present = condition; });
+  }
+  constexpr HeaderRow CountedBy(std::size_t offset) const {
+    return With([&](HeaderRow &row) { row.countedBy = static_cast<std::uint32_t>(offset); });
+  }
+  constexpr HeaderRow Then(std::int32_t (*action)(HeaderReader &, std::string_view)) const {
+    return With([&](HeaderRow &row) { row.decode = action; });
+  }
+  constexpr HeaderRow Default(std::string_view text) const {
+    return With([&](HeaderRow &row) {
+      row.initial = Initial::Text;
+      row.initialText = text;
+    });
+  }
+  constexpr HeaderRow Blank() const { return With([](HeaderRow &row) { row.initial = Initial::Blanks; }); }
+
+ private:
+  template <class Change>
+  constexpr HeaderRow With(Change change) const {
+    HeaderRow row = *this;
+    change(row);
+    return row;
+  }
+};
+
+/** A text field of the same width in both layouts. */
+constexpr HeaderRow TextRow(std::string_view name, std::size_t place, std::size_t capacity, std::uint16_t width) {
+  HeaderRow row;
+  row.name = name;
+  row.place = static_cast<std::uint32_t>(place);
+  row.capacity = static_cast<std::uint16_t>(capacity);
+  row.width21 = row.width20 = width;
+  return row;
+}
+
+/** The security group, whose fields take their names from `prefix`. `rules` are SecurityRule bits. */
+constexpr HeaderRow SecurityRow(std::string_view prefix, std::size_t place, unsigned rules) {
+  HeaderRow row;
+  row.kind = HeaderRow::Kind::Security;
+  row.name = prefix;
+  row.place = static_cast<std::uint32_t>(place);
+  row.securityRules = static_cast<std::uint8_t>(rules);
+  return row;
+}
+
+/**
+ * Bytes whose number stands in the text at `lengthPlace`, less `overhead`, into a new buffer with a NUL behind them, whose
+ * pointer goes to `place`. A length up to `emptyUpTo` leaves the pointer null; one above 0 and below the overhead is
+ * malformed.
+ */
+constexpr HeaderRow BytesRow(std::string_view name, std::size_t place, std::size_t lengthPlace, unsigned overhead,
+                             unsigned emptyUpTo = 0) {
+  HeaderRow row;
+  row.kind = HeaderRow::Kind::Bytes;
+  row.name = name;
+  row.place = static_cast<std::uint32_t>(place);
+  row.countedBy = static_cast<std::uint32_t>(lengthPlace);
+  row.overhead = static_cast<std::uint8_t>(overhead);
+  row.emptyUpTo = static_cast<std::uint8_t>(emptyUpTo);
+  return row;
+}
+
+/** What fits no row: a function that reads it. */
+constexpr HeaderRow GroupRow(std::int32_t (*read)(HeaderReader &)) {
+  HeaderRow row;
+  row.kind = HeaderRow::Kind::Group;
+  row.group = read;
+  return row;
+}
+
+/** The place and capacity of a text member, for the functions above. */
+#define NITF_TEXT(Record, member) #member, offsetof(Record, member), sizeof(Record::member)
+
+/** A header's format. */
+struct HeaderTable {
+  std::span<const HeaderRow> rows;
+  bool terminates = true; /**< a NUL is put behind each text that is read */
+};
+
+/** Gives all text fields of a record their defaults. */
+void SetDefaults(const HeaderTable &table, void *record);
+
+/** One walk over a header: where the bytes come from, and what they have cost. */
+class HeaderReader {
+ public:
+  /** Reads from the file's position, as far as the file goes. */
+  HeaderReader(NitfFile &source, void *target);
+
+  /** Limits the walk to the replacement bytes that the headers before this one have left. */
+  void ReplayFrom(const StreamFileHeader &stream);
+
+  /** Reads all rows in order: SUCCESS, kBudgetSpent, or the failure, with what was read so far in the record. */
+  std::int32_t Read(const HeaderTable &table);
+
+  /** Adds what a complete replay has used to the file's account of its replacement data. */
+  void CountReplayed();
+
+  /** Reads exactly `bytes` bytes: SUCCESS, kBudgetSpent or ERROR_FILE_READ. */
+  std::int32_t Take(void *buffer, std::uint64_t bytes);
+  /** Reads a decimal number of `width` digits; nines mark an unknown length where `nineIsUnknown`. */
+  std::int32_t TakeNumber(std::uint32_t width, bool nineIsUnknown, std::uint32_t *number);
+  /** Reads `bytes` bytes into a new buffer with a NUL behind them, which takes the place of `*buffer`. */
+  std::int32_t TakeNew(char **buffer, std::uint64_t bytes);
+  /** Whether the file holds `count` times `bytes` from here: ask before taking memory for what it claims. */
+  bool Holds(std::uint64_t count, std::uint64_t bytes) const;
+
+  template <class Record>
+  Record &As() const {
+    return *static_cast<Record *>(record);
+  }
+  bool Nitf20() const { return nitf20; }
+  /** Reads the 2.0 layout, whatever the file says. */
+  void Use20() { nitf20 = true; }
+  /** A length or size was given as unknown. */
+  bool SawUnknown() const { return sawUnknown; }
+
+ private:
+  std::int32_t ReadRow(const HeaderRow &row, char *base, bool terminates);
+  std::int32_t ReadText(const HeaderRow &row, char *base, bool terminates);
+  std::int32_t ReadSecurity(const HeaderRow &row, bool terminates);
+  std::int32_t ReadBytes(const HeaderRow &row, char *base);
+  bool Present(const HeaderRow &row, const char *base) const;
+
+  NitfFile *file;
+  void *record;
+  std::uint64_t fileSize;
+  std::uint64_t position;
+  std::uint64_t used = 0;
+  std::uint64_t budget = UINT64_MAX;
+  bool nitf20;
+  bool sawUnknown = false;
+  std::uint8_t securityRules = 0;
+};
+
+/**
+ * Reads a subheader from the file's position and puts the position back. With `replay` the bytes come from the replacement
+ * data of `stream`, and running out of them is no failure.
+ */
+std::int32_t ReadSubheader(HeaderReader &reader, const HeaderTable &table, NitfFile &file,
+                           const StreamFileHeader &stream, bool replay);
+
+/** One field of a header as a person may see it. */
+struct FieldView {
+  std::string name;      /**< the standard's name */
+  std::string_view text; /**< the field's bytes at its width in the layout; binary in FBKGC, LTC, LBC */
+  bool digits;           /**< a decimal number */
+};
+
+/** Visits all fields of a record that its layout has, in file order. Groups are not visited. */
+void ListFields(const HeaderTable &table, const void *record, bool nitf20,
+                const std::function<void(const FieldView &)> &visit);

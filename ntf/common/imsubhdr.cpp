@@ -1,0 +1,415 @@
+#include "imsubhdr.h"
+
+#include "fields.h"
+#include "ksntfx.h"
+#include "nitffile.h"
+#include "platform.h"
+#include "strmfhdr.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+
+namespace {
+
+/** A text of the format and the number that stands for it. A field matches by its first characters. */
+struct Code {
+  std::string_view text;
+  std::uint32_t value;
+};
+
+constexpr Code kCompressions[] = {{"NC", kNC}, {"NM", kNM}, {"C0", kC0}, {"C1", kC1}, {"C2", kC2}, {"C3", kC3},
+                                  {"C4", kC4}, {"C5", kC5}, {"C6", kC6}, {"C8", kC8}, {"I1", kI1}, {"M0", kM0},
+                                  {"M1", kM1}, {"M2", kM2}, {"M3", kM3}, {"M4", kM4}, {"M5", kM5}, {"M6", kM6},
+                                  {"M8", kM8}};
+
+// In the order of comparison: "RGB/LUT" begins with "RGB".
+constexpr Code kRepresentations[] = {{"MONO", kMono},           {"RGB/LUT", kRgbLut},     {"RGB", kRgb},
+                                     {"MULTI", kMulti},         {"NODISPLY", kNoDisplay}, {"NVECTOR", kVector},
+                                     {"POLAR", kPolar},         {"VPH", kVph},            {"YCbCr601", kYCbCr601}};
+
+constexpr Code kBandRepresentations[] = {{"LU", kBandLut},  {"R", kBandRed}, {"G", kBandGreen}, {"B", kBandBlue},
+                                         {"M", kBandMono},  {"Y", kBandY},   {"Cb", kBandCb},   {"Cr", kBandCr}};
+
+constexpr Code kModes[] = {
+    {"B", kBlockInterleaved}, {"P", kPixelInterleaved}, {"R", kRowInterleaved}, {"S", kBandSequential}};
+
+constexpr Code kRates[] = {{"1D", kRate1D}, {"2DS", kRate2DS}, {"2DH", kRate2DH}};
+
+/** Sets `value` to the first code that the text begins with; false where there is none. */
+template <std::size_t count>
+bool Decode(const Code (&codes)[count], std::string_view text, std::uint32_t *value) {
+  const Code *code = std::find_if(codes, codes + count, [&](const Code &entry) { return text.starts_with(entry.text); });
+  if (code == codes + count) return false;
+  *value = code->value;
+  return true;
+}
+
+template <std::size_t count>
+std::string_view CodeText(const Code (&codes)[count], std::uint32_t value) {
+  const Code *code = std::find_if(codes, codes + count, [&](const Code &entry) { return entry.value == value; });
+  return code == codes + count ? std::string_view() : code->text;
+}
+
+ImageSubheader &Image(HeaderReader &reader) { return reader.As<ImageSubheader>(); }
+
+void FreeBlock(void *block) {
+  if (block != nullptr) KsFree(block, __LINE__, __FILE__);
+}
+
+/** Replaces an array of the record by a zeroed one of `count` items. False without memory. */
+template <class Item>
+bool Renew(Item *&array, std::uint64_t count) {
+  FreeBlock(array);
+  array = static_cast<Item *>(KsCalloc(count, sizeof(Item), __LINE__, __FILE__));
+  return array != nullptr;
+}
+
+template <class Item>
+void Drop(Item *&array) {
+  FreeBlock(array);
+  array = nullptr;
+}
+
+std::int32_t Refuse(const char *message, std::int32_t status) {
+  platform::MessageBoxA(nullptr, message, "Error", platform::MB_OK);
+  return status;
+}
+
+std::int32_t CheckMarker(HeaderReader &reader, std::string_view text) {
+  if (text != "IM") return ERROR_FILE_FORMAT;
+  Image(reader).headerRead = 1;
+  return SUCCESS;
+}
+
+std::int32_t DecodePixelValueType(HeaderReader &reader, std::string_view text) {
+  if (text[0] != 'B' && text[0] != 'I') return Refuse("Unsupported PVTYPE", NITF_UNSUPPORTED_PVTYPE);
+  Image(reader).pixelValueType = text[0] == 'B' ? 1 : 0;
+  return SUCCESS;
+}
+
+std::int32_t DecodeRepresentation(HeaderReader &reader, std::string_view text) {
+  Decode(kRepresentations, text, &Image(reader).representation);
+  return SUCCESS;
+}
+
+std::int32_t DecodeJustification(HeaderReader &reader, std::string_view text) {
+  Image(reader).rightJustified = text == "L" ? 0 : 1;
+  return SUCCESS;
+}
+
+std::int32_t DecodeCompression(HeaderReader &reader, std::string_view text) {
+  Decode(kCompressions, text, &Image(reader).compression);
+  return SUCCESS;
+}
+
+std::int32_t DecodeRate(HeaderReader &reader, std::string_view text) {
+  Decode(kRates, text, &Image(reader).rateKind);
+  return SUCCESS;
+}
+
+std::int32_t DecodeBandField(HeaderReader &reader, std::string_view) {
+  ImageSubheader &image = Image(reader);
+  if (reader.Nitf20() && (image.bandField < 1 || image.bandField > 9)) return ERROR_FILE_FORMAT;
+  image.bandCount = image.bandField;
+  return SUCCESS;
+}
+
+std::int32_t DecodeMode(HeaderReader &reader, std::string_view text) {
+  return Decode(kModes, text, &Image(reader).mode) ? SUCCESS : ERROR_FILE_FORMAT;
+}
+
+std::int32_t DecodeBlockWidth(HeaderReader &reader, std::string_view) {
+  ImageSubheader &image = Image(reader);
+  if (image.blockWidth == 0) image.blockWidth = image.columns;
+  return SUCCESS;
+}
+
+std::int32_t DecodeBlockHeight(HeaderReader &reader, std::string_view) {
+  ImageSubheader &image = Image(reader);
+  if (image.blockHeight == 0) image.blockHeight = image.rows;
+  return SUCCESS;
+}
+
+std::int32_t CheckBitsPerPixel(HeaderReader &reader, std::string_view) {
+  const ImageSubheader &image = Image(reader);
+  if (image.bitsPerPixel == 16 && image.bandCount > 1) return Refuse("Unsupported BPP", NITF_UNSUPPORTED_BPP);
+  return SUCCESS;
+}
+
+std::int32_t DecodeMagnification(HeaderReader &reader, std::string_view text) {
+  double &magnification = Image(reader).magnification;
+  magnification = text.starts_with('/') ? 1.0 / ParseNumber(text.substr(1)) : ParseFraction(text);
+  return SUCCESS;
+}
+
+bool HasCoordinates(const void *record, bool nitf20) {
+  const char system = static_cast<const ImageSubheader *>(record)->ICORDS[0];
+  return nitf20 ? system != 'N' : system != ' ';
+}
+
+bool HasRate(const void *record, bool) { return static_cast<const ImageSubheader *>(record)->compression > kNM; }
+
+bool CountsInExtendedField(const void *record, bool) {
+  return static_cast<const ImageSubheader *>(record)->bandField == 0;
+}
+
+std::int32_t ReadComments(HeaderReader &reader) {
+  ImageSubheader &image = Image(reader);
+  image.commentsHeld = 0;
+  Drop(image.comments);
+  if (image.commentCount == 0) return SUCCESS;
+  if (!reader.Holds(image.commentCount, 80)) return ERROR_FILE_READ;
+  if (!Renew(image.comments, image.commentCount)) return ERROR_NO_MEMORY;
+  image.commentsHeld = image.commentCount;
+  for (std::uint32_t comment = 0; comment < image.commentCount; ++comment) {
+    const std::int32_t status = reader.Take(image.comments[comment], 80);
+    if (status != SUCCESS) return status;
+  }
+  return SUCCESS;
+}
+
+/** One row of a lookup table: its bytes go to the channels of `mask` in all entries. */
+std::int32_t ReadLutRow(HeaderReader &reader, std::uint8_t *row, std::uint32_t channels) {
+  const ImageSubheader &image = Image(reader);
+  const std::int32_t status = reader.Take(row, image.lutCount);
+  if (status != SUCCESS) return status;
+  for (std::uint32_t entry = 0; entry < image.lutCount; ++entry) image.lut[entry] |= row[entry] * channels;
+  return SUCCESS;
+}
+
+/** One table gives gray; any other number is read as three, for red, green and blue. */
+std::int32_t ReadLut(HeaderReader &reader, std::uint32_t tables, std::uint32_t entries) {
+  ImageSubheader &image = Image(reader);
+  image.lutCount = 0;
+  if (!reader.Holds(tables == 1 ? 1 : 3, entries)) return ERROR_FILE_READ;
+  std::uint8_t *row = nullptr;
+  if (!Renew(image.lut, entries) || !Renew(row, entries)) return ERROR_NO_MEMORY;
+  image.lutCount = entries;
+  std::int32_t status = SUCCESS;
+  if (tables == 1) {
+    status = ReadLutRow(reader, row, 0x010101);
+  } else {
+    for (const std::uint32_t channel : {0x010000U, 0x000100U, 0x000001U}) {
+      if (status == SUCCESS) status = ReadLutRow(reader, row, channel);
+    }
+  }
+  FreeBlock(row);
+  return status;
+}
+
+std::int32_t ReadBandLut(HeaderReader &reader, std::uint32_t band) {
+  ImageSubheader &image = Image(reader);
+  std::int32_t status = reader.TakeNumber(1, false, &image.bandLutCounts[band]);
+  if (status != SUCCESS || image.bandLutCounts[band] == 0) return status;
+  if (image.bandLutEntries == nullptr && !Renew(image.bandLutEntries, image.bandCount)) return ERROR_NO_MEMORY;
+  status = reader.TakeNumber(5, false, &image.bandLutEntries[band]);
+  if (status != SUCCESS || image.bandLutEntries[band] == 0) return status;
+  return ReadLut(reader, image.bandLutCounts[band], image.bandLutEntries[band]);
+}
+
+std::int32_t ReadBand(HeaderReader &reader, std::uint32_t band) {
+  ImageSubheader &image = Image(reader);
+  char representation[2];
+  std::int32_t status = reader.Take(representation, 2);
+  if (status != SUCCESS) return status;
+  Decode(kBandRepresentations, {representation, 2}, &image.bandRepresentation[band]);
+  status = reader.Take(image.bandSubcategories[band], 6);
+  if (status == SUCCESS) status = reader.Take(image.bandFilterConditions[band], 1);
+  if (status == SUCCESS) status = reader.Take(image.bandFilterCodes[band], 3);
+  return status == SUCCESS ? ReadBandLut(reader, band) : status;
+}
+
+void DropBands(ImageSubheader &image) {
+  image.bandsHeld = image.lutCount = 0;
+  Drop(image.lut);
+  Drop(image.bandRepresentation);
+  Drop(image.bandSubcategories);
+  Drop(image.bandFilterConditions);
+  Drop(image.bandFilterCodes);
+  Drop(image.bandLutCounts);
+  Drop(image.bandLutEntries);
+}
+
+std::int32_t ReadBands(HeaderReader &reader) {
+  constexpr std::uint32_t kLeastBytesPerBand = 2 + 6 + 1 + 3 + 1;
+  ImageSubheader &image = Image(reader);
+  DropBands(image);
+  const std::uint32_t count = image.bandCount;
+  if (count == 0) return SUCCESS;
+  if (!reader.Holds(count, kLeastBytesPerBand)) return ERROR_FILE_READ;
+  if (!Renew(image.bandRepresentation, count) || !Renew(image.bandLutCounts, count) ||
+      !Renew(image.bandSubcategories, count) || !Renew(image.bandFilterConditions, count) ||
+      !Renew(image.bandFilterCodes, count)) {
+    return ERROR_NO_MEMORY;
+  }
+  image.bandsHeld = count;
+  for (std::uint32_t band = 0; band < count; ++band) {
+    const std::int32_t status = ReadBand(reader, band);
+    if (status != SUCCESS) return status;
+  }
+  return SUCCESS;
+}
+
+template <class Number>
+std::int32_t TakeBigEndian(HeaderReader &reader, Number *number) {
+  std::uint8_t bytes[sizeof(Number)];
+  const std::int32_t status = reader.Take(bytes, sizeof bytes);
+  std::uint64_t value = 0;
+  for (const std::uint8_t byte : bytes) value = value << 8 | byte;
+  if (status == SUCCESS) *number = static_cast<Number>(value);
+  return status;
+}
+
+std::int32_t ReadPadCode(HeaderReader &reader) {
+  ImageSubheader &image = Image(reader);
+  const std::uint32_t bytes = PadCodeBytes(image);
+  Drop(image.padCode);
+  if (bytes == 0) return SUCCESS;
+  char *code = nullptr;
+  const std::int32_t status = reader.TakeNew(&code, bytes);
+  image.padCode = reinterpret_cast<std::uint8_t *>(code);
+  return status;
+}
+
+std::int32_t ReadMaskHeader(HeaderReader &reader) {
+  ImageSubheader &image = Image(reader);
+  std::int32_t status = TakeBigEndian(reader, &image.maskDataOffset);
+  if (status == SUCCESS) status = TakeBigEndian(reader, &image.blockMaskLength);
+  if (status == SUCCESS) status = TakeBigEndian(reader, &image.padMaskLength);
+  if (status == SUCCESS) status = TakeBigEndian(reader, &image.padCodeBits);
+  return status == SUCCESS ? ReadPadCode(reader) : status;
+}
+
+std::int32_t ReadMask(HeaderReader &reader, std::uint8_t (*&mask)[4], std::uint64_t entries) {
+  if (!reader.Holds(entries, 4)) return ERROR_FILE_READ;
+  if (!Renew(mask, entries + 1)) return ERROR_NO_MEMORY;
+  return entries == 0 ? static_cast<std::int32_t>(SUCCESS) : reader.Take(mask, entries * 4);
+}
+
+std::int32_t ReadMaskTable(HeaderReader &reader) {
+  ImageSubheader &image = Image(reader);
+  image.maskEntries = 0;
+  Drop(image.blockMask);
+  Drop(image.padMask);
+  std::int32_t status = HasMaskTable(image.compression) ? ReadMaskHeader(reader) : static_cast<std::int32_t>(SUCCESS);
+  // The counts are up to 9999, 9999 and 99999, or anything where the file writes a minus sign: the product is checked
+  // factor by factor, so that it can't pass the file's own size.
+  const std::uint64_t blocks = std::uint64_t{image.blocksPerRow} * image.blocksPerColumn;
+  if (image.blockMaskLength == 0 && image.padMaskLength == 0) return status;
+  if (status == SUCCESS && image.bandCount != 0 && !reader.Holds(blocks, std::uint64_t{image.bandCount} * 4)) {
+    return ERROR_FILE_READ;
+  }
+  const std::uint64_t entries = blocks * image.bandCount;
+  if (status == SUCCESS && image.blockMaskLength != 0) status = ReadMask(reader, image.blockMask, entries);
+  if (status == SUCCESS && image.padMaskLength != 0) status = ReadMask(reader, image.padMask, entries);
+  if (status == SUCCESS) image.maskEntries = static_cast<std::uint32_t>(entries);
+  return status;
+}
+
+using Record = ImageSubheader;
+
+constexpr HeaderRow kRows[] = {
+    TextRow(NITF_TEXT(Record, IM), 2).Default("IM").Then(CheckMarker),
+    TextRow(NITF_TEXT(Record, IID1), 10).Default("Missing ID"),
+    TextRow(NITF_TEXT(Record, IDATIM), 14).Blank(),
+    TextRow(NITF_TEXT(Record, TGTID), 17).Blank(),
+    TextRow(NITF_TEXT(Record, IID2), 80).Blank(),
+    SecurityRow("I", offsetof(Record, security), kCheckClassification),
+    TextRow(NITF_TEXT(Record, ENCRYP), 1).Digits(),
+    TextRow(NITF_TEXT(Record, ISORCE), 42).Blank(),
+    TextRow(NITF_TEXT(Record, NROWS), 8).Number(offsetof(Record, rows)).AllNinesUnknown(),
+    TextRow(NITF_TEXT(Record, NCOLS), 8).Number(offsetof(Record, columns)).AllNinesUnknown(),
+    TextRow(NITF_TEXT(Record, PVTYPE), 3).Blank().Then(DecodePixelValueType),
+    TextRow(NITF_TEXT(Record, IREP), 8).Blank().Then(DecodeRepresentation),
+    TextRow(NITF_TEXT(Record, ICAT), 8).Default("VIS"),
+    TextRow(NITF_TEXT(Record, ABPP), 2).Number(offsetof(Record, actualBits)),
+    TextRow(NITF_TEXT(Record, PJUST), 1).Blank().Then(DecodeJustification),
+    TextRow(NITF_TEXT(Record, ICORDS), 1).Blank(),
+    TextRow(NITF_TEXT(Record, IGEOLO), 60).Blank().If(HasCoordinates),
+    TextRow(NITF_TEXT(Record, NICOM), 1).Number(offsetof(Record, commentCount)),
+    GroupRow(ReadComments),
+    TextRow(NITF_TEXT(Record, IC), 2).Blank().Then(DecodeCompression),
+    TextRow(NITF_TEXT(Record, COMRAT), 4).Blank().If(HasRate).Then(DecodeRate),
+    TextRow(NITF_TEXT(Record, NBANDS), 1).Number(offsetof(Record, bandField)).Then(DecodeBandField),
+    TextRow(NITF_TEXT(Record, XBANDS), 5).Only21().Number(offsetof(Record, bandCount)).If(CountsInExtendedField),
+    GroupRow(ReadBands),
+    TextRow(NITF_TEXT(Record, ISYNC), 1).Digits(),
+    TextRow(NITF_TEXT(Record, IMODE), 1).Default("P").Then(DecodeMode),
+    TextRow(NITF_TEXT(Record, NBPR), 4).Number(offsetof(Record, blocksPerRow)).AllNinesUnknown(),
+    TextRow(NITF_TEXT(Record, NBPC), 4).Number(offsetof(Record, blocksPerColumn)).AllNinesUnknown(),
+    TextRow(NITF_TEXT(Record, NPPBH), 4)
+        .Number(offsetof(Record, blockWidth))
+        .AllNinesUnknown()
+        .Then(DecodeBlockWidth),
+    TextRow(NITF_TEXT(Record, NPPBV), 4)
+        .Number(offsetof(Record, blockHeight))
+        .AllNinesUnknown()
+        .Then(DecodeBlockHeight),
+    TextRow(NITF_TEXT(Record, NBPP), 2).Number(offsetof(Record, bitsPerPixel)).Then(CheckBitsPerPixel),
+    TextRow(NITF_TEXT(Record, IDLVL), 3).Number(offsetof(Record, displayLevel)),
+    TextRow(NITF_TEXT(Record, IALVL), 3).Number(offsetof(Record, attachmentLevel)),
+    TextRow(NITF_TEXT(Record, ILOC), 10).Halves(offsetof(Record, locationRow)),
+    TextRow(NITF_TEXT(Record, IMAG), 4).Blank().Then(DecodeMagnification),
+    TextRow(NITF_TEXT(Record, UDIDL), 5).Digits(),
+    TextRow(NITF_TEXT(Record, UDOFL), 3).Digits().CountedBy(offsetof(Record, UDIDL)),
+    BytesRow("UDID", offsetof(Record, userData), offsetof(Record, UDIDL), 3),
+    TextRow(NITF_TEXT(Record, IXSHDL), 5).Digits(),
+    TextRow(NITF_TEXT(Record, IXSOFL), 3).Digits().CountedBy(offsetof(Record, IXSHDL)),
+    BytesRow("IXSHD", offsetof(Record, extendedData), offsetof(Record, IXSHDL), 3, 3),
+    GroupRow(ReadMaskTable),
+};
+
+}  // namespace
+
+const HeaderTable kImageTable = {kRows};
+
+void ImageSubheaderInit(ImageSubheader *record, NitfFile *file) {
+  *record = ImageSubheader{};
+  SetDefaults(kImageTable, record);
+  record->representation = kRgb;
+  record->actualBits = record->bitsPerPixel = record->displayLevel = 1;
+  record->rightJustified = 1;
+  record->compression = kUnknownCompression;
+  record->mode = kPixelInterleaved;
+  record->magnification = 1.0;
+  record->rateKind = kRateOther;
+  std::fill(std::begin(record->displayBands), std::end(record->displayBands), -1);
+  record->file = file;
+}
+
+void ImageSubheaderFree(ImageSubheader *record) {
+  DropBands(*record);
+  record->commentsHeld = record->maskEntries = 0;
+  Drop(record->comments);
+  Drop(record->userData);
+  Drop(record->extendedData);
+  Drop(record->padCode);
+  Drop(record->blockMask);
+  Drop(record->padMask);
+  Drop(record->memoryData);
+}
+
+std::int32_t ImageSubheaderRead(ImageSubheader *record, NitfFile &file, StreamFileHeader &stream, bool replay) {
+  const std::int64_t start = KsSeek(file.fileHandle, 0, KS_SEEK_CURRENT);
+  HeaderReader reader(file, record);
+  std::int32_t status = ReadSubheader(reader, kImageTable, file, stream, replay);
+  // A replay whose own bytes are marked as unknown ends here: reading it again would give the same bytes.
+  if (status != SUCCESS || replay || !reader.SawUnknown()) return status;
+  status = SeekReplacementData(file, stream);
+  if (status != SUCCESS) return status;
+  ImageSubheaderRead(record, file, stream, true);
+  KsSeek(file.fileHandle, start, KS_SEEK_START);
+  return SUCCESS;
+}
+
+bool HasMaskTable(std::uint32_t compression) {
+  return compression == kNM || compression == kM0 || compression == kM1 || compression == kM3 || compression == kM4 ||
+         compression == kM5;
+}
+
+std::string_view CompressionText(std::uint32_t compression) { return CodeText(kCompressions, compression); }
+std::string_view RepresentationText(std::uint32_t representation) { return CodeText(kRepresentations, representation); }
+std::string_view BandRepresentationText(std::uint32_t representation) {
+  return CodeText(kBandRepresentations, representation);
+}

@@ -1,0 +1,89 @@
+#include "lbsubhdr.h"
+
+#include "fields.h"
+#include "nitffile.h"
+#include "strmfhdr.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr std::size_t kHalf = 5;
+
+std::int32_t CheckMarker(HeaderReader &reader, std::string_view text) {
+  if (text != "LA") return ERROR_FILE_FORMAT;
+  reader.As<LabelSubheader>().headerRead = 1;
+  return SUCCESS;
+}
+
+template <std::uint32_t LabelSubheader::*color>
+std::int32_t PackColor(HeaderReader &reader, std::string_view text) {
+  const auto byte = [&](std::size_t index) { return std::uint32_t{static_cast<std::uint8_t>(text[index])}; };
+  reader.As<LabelSubheader>().*color = byte(0) | byte(1) << 8 | byte(2) << 16;
+  return SUCCESS;
+}
+
+void SetHalf(char *half, std::int32_t value) {
+  char rendered[kHalf + 1];
+  FormatBounded(rendered, sizeof rendered, "%d", value);
+  std::string_view digits = rendered;
+  if (digits.starts_with('-')) digits.remove_prefix(1);
+  std::memcpy(half + kHalf - digits.size(), digits.data(), digits.size());
+  if (value < 0) half[0] = '-';
+}
+
+using Record = LabelSubheader;
+
+constexpr HeaderRow kRows[] = {
+    TextRow(NITF_TEXT(Record, LA), 2).Default("LA").Then(CheckMarker),
+    TextRow(NITF_TEXT(Record, LID), 10),
+    SecurityRow("L", offsetof(Record, security), kCheckClassification),
+    TextRow(NITF_TEXT(Record, ENCRYP), 1).Digits(),
+    TextRow(NITF_TEXT(Record, LFS), 1).Blank(),
+    TextRow(NITF_TEXT(Record, LCW), 2).Number(offsetof(Record, cellWidth)),
+    TextRow(NITF_TEXT(Record, LCH), 2).Number(offsetof(Record, cellHeight)),
+    TextRow(NITF_TEXT(Record, LDLVL), 3).Number(offsetof(Record, displayLevel)),
+    TextRow(NITF_TEXT(Record, LALVL), 3).Number(offsetof(Record, attachmentLevel)),
+    TextRow(NITF_TEXT(Record, LLOC), 10).Halves(offsetof(Record, locationRow)),
+    TextRow(NITF_TEXT(Record, LTC), 3).Default("\x01\x01\x01").Then(PackColor<&Record::textColor>),
+    TextRow(NITF_TEXT(Record, LBC), 3).Default("\xFF\xFF\xFF").Then(PackColor<&Record::backgroundColor>),
+    TextRow(NITF_TEXT(Record, LXSHDL), 5).Digits(),
+    TextRow(NITF_TEXT(Record, LXSOFL), 3).Digits().CountedBy(offsetof(Record, LXSHDL)),
+    BytesRow("LXSHD", offsetof(Record, extendedData), offsetof(Record, LXSHDL), 3),
+};
+
+}  // namespace
+
+const HeaderTable kLabelTable = {kRows};
+
+void LabelSubheaderInit(LabelSubheader *record, NitfFile *file) {
+  *record = LabelSubheader{};
+  SetDefaults(kLabelTable, record);
+  record->backgroundColor = 0xFFFFFF;
+  record->file = file;
+  LabelSetLocation(record, 0, 0);
+  SetNumberField(record->LDLVL, 3, record->displayLevel);
+}
+
+std::int32_t LabelSetLocation(LabelSubheader *record, std::int32_t row, std::int32_t column) {
+  record->locationRow = row;
+  record->locationColumn = column;
+  std::fill(record->LLOC, record->LLOC + 2 * kHalf, '0');
+  SetHalf(record->LLOC, row);
+  SetHalf(record->LLOC + kHalf, column);
+  return SUCCESS;
+}
+
+void LabelSubheaderFree(LabelSubheader *record) {
+  for (char **data : {&record->extendedData, &record->memoryData}) {
+    if (*data != nullptr) KsFree(*data, __LINE__, __FILE__);
+    *data = nullptr;
+  }
+}
+
+std::int32_t LabelSubheaderRead(LabelSubheader *record, NitfFile &file, StreamFileHeader &stream, bool replay) {
+  HeaderReader reader(file, record);
+  reader.Use20();
+  return ReadSubheader(reader, kLabelTable, file, stream, replay);
+}

@@ -1,0 +1,120 @@
+// One NITF file in memory: the open source file, its header, a list of subheaders for each kind of segment, and the
+// arithmetic that turns the header's length tables into positions. Bodies stay in the file.
+#pragma once
+
+#include "dexsbhdr.h"
+#include "grsubhdr.h"
+#include "imsubhdr.h"
+#include "ksntfx.h"
+#include "lbsubhdr.h"
+#include "ntfhdr.h"
+#include "txsubhdr.h"
+
+/** A node of a segment list. A segment's index is its position in the list of its kind, from 0. */
+struct SegmentNode {
+  void *subheader; /**< the kind's record */
+  SegmentNode *next;
+};
+
+/** The kinds of segments that have a list, in file order. */
+enum class SegmentKind : std::uint8_t { Image, Graphic, Label, Text, DataExtension };
+
+struct NitfFile {
+  KsHandle fileHandle;
+  std::uint32_t vectorRender; /**< object symbols are painted at once */
+  std::uint32_t toneCheck;    /**< images of low levels only are spread over the full range */
+  std::uint32_t fixedCanvas;  /**< the canvas is 2048 by 2048 */
+  std::uint32_t nitf20Layout; /**< headers have the layout of NITF 2.0 */
+  std::uint32_t streamBytesConsumed;
+  std::uint32_t streamHeaderLoaded;
+  std::uint32_t streamBytesLeft;
+  std::uint32_t headerValid;
+  NitfHeader header;
+  std::uint32_t backgroundColor;
+  // The live counts grow when segments are appended; those of the file are what positions are computed from.
+  std::uint32_t imageCount;
+  std::uint32_t graphicCount;
+  std::uint32_t imageCountInFile;
+  std::uint32_t graphicCountInFile;
+  std::uint32_t labelCount;
+  std::uint32_t textCount;
+  std::uint32_t labelCountInFile;
+  std::uint32_t textCountInFile;
+  std::uint32_t dataExtensionCount;
+  std::uint32_t reservedExtensionCount;
+  SegmentNode *imageList;
+  SegmentNode *graphicList;
+  SegmentNode *labelList;
+  SegmentNode *textList;
+  SegmentNode *dataExtensionList;
+};
+
+/** Gives an object its empty state. */
+void NitfFileInit(NitfFile *file);
+
+/** FreeObjects and the header's release. */
+void NitfFileDestroy(NitfFile *file);
+
+/**
+ * Opens a file and reads all headers. On failure the object holds what was read so far and is to be destroyed:
+ * ERROR_FILE_READ (also where there is no such file), ERROR_FILE_FORMAT, ERROR_INVALID_VALUE, ERROR_NO_MEMORY, or one of
+ * NitfStatus.
+ */
+std::int32_t Load(NitfFile *file, const char16_t *name);
+
+/** Makes the nodes and records that the counts call for. SUCCESS or ERROR_NO_MEMORY. */
+std::int32_t AllocateObjects(NitfFile *file);
+
+/** Closes the source file and releases all lists and the header's tables; harmless on an empty object. SUCCESS. */
+std::int32_t FreeObjects(NitfFile *file);
+
+/** Puts the file behind the last segment of a kind, or of those before it: the new position. */
+std::int64_t SeekEndOfImages(const NitfFile *file);
+std::int64_t SeekEndOfGraphics(const NitfFile *file);
+std::int64_t SeekEndOfLabels(const NitfFile *file);
+std::int64_t SeekEndOfTexts(const NitfFile *file);
+
+/** Puts the file on the first byte of a segment's subheader. */
+void SeekImage(const NitfFile *file, std::int32_t index);
+void SeekGraphic(const NitfFile *file, std::int32_t index);
+void SeekLabel(const NitfFile *file, std::int32_t index);
+void SeekText(const NitfFile *file, std::int32_t index);
+void SeekDataExtension(const NitfFile *file, std::int32_t index);
+
+/** Puts the file on the first byte of a segment's body: its position. */
+std::int64_t SeekSegmentData(const NitfFile *file, SegmentKind kind, std::uint32_t index);
+
+/** The nodes of a kind that have a subheader. */
+std::uint32_t CountImages(const NitfFile *file);
+std::uint32_t CountGraphics(const NitfFile *file);
+std::uint32_t CountLabels(const NitfFile *file);
+std::uint32_t CountTexts(const NitfFile *file);
+std::uint32_t CountSegments(const NitfFile *file, SegmentKind kind);
+
+/** The body length of a segment of the source file, 0 where the table has no such entry. */
+std::uint32_t DataLength(const NitfFile *file, SegmentKind kind, std::uint32_t index);
+std::uint32_t SubheaderLength(const NitfFile *file, SegmentKind kind, std::uint32_t index);
+std::uint32_t TextDataLength(const NitfFile *file, std::uint32_t index);
+
+/** The record of a segment, or null. */
+void *FindSubheader(const NitfFile *file, SegmentKind kind, std::uint32_t index);
+ImageSubheader *FindImage(const NitfFile *file, std::uint32_t index);
+GraphicSubheader *FindGraphic(const NitfFile *file, std::uint32_t index);
+LabelSubheader *FindLabel(const NitfFile *file, std::uint32_t index);
+TextSubheader *FindText(const NitfFile *file, std::uint32_t index);
+DataExtensionSubheader *FindDataExtension(const NitfFile *file, std::uint32_t index);
+
+/** A NitfFile that lives in a scope. */
+class LocalNitfFile {
+ public:
+  LocalNitfFile() { NitfFileInit(&file); }
+  LocalNitfFile(const LocalNitfFile &) = delete;
+  LocalNitfFile &operator=(const LocalNitfFile &) = delete;
+  ~LocalNitfFile() { NitfFileDestroy(&file); }
+
+  NitfFile *Get() { return &file; }
+  NitfFile *operator->() { return &file; }
+
+ private:
+  NitfFile file;
+};

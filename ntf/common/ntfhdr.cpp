@@ -1,0 +1,209 @@
+#include "ntfhdr.h"
+
+#include "fields.h"
+#include "ksntfx.h"
+#include "nitffile.h"
+#include "platform.h"
+#include "strmfhdr.h"
+
+#include <cstring>
+
+namespace {
+
+NitfHeader &Header(HeaderReader &reader) { return reader.As<NitfHeader>(); }
+
+std::int32_t CheckMagic(HeaderReader &reader, std::string_view text) {
+  if (text != "NITF" && text != "NSIF") return ERROR_FILE_FORMAT;
+  Header(reader).valid = 1;
+  return SUCCESS;
+}
+
+std::int32_t CheckVersion(HeaderReader &, std::string_view text) {
+  return text == "02.10" ? static_cast<std::int32_t>(SUCCESS) : NITF_UNSUPPORTED_VERSION;
+}
+
+std::int32_t CheckComplianceLevel(HeaderReader &reader, std::string_view text) {
+  if (text != "03") {
+    platform::MessageBoxA(nullptr, "Unsupported CLEVEL", "Error", platform::MB_OK);
+    return NITF_UNSUPPORTED_CLEVEL;
+  }
+  Header(reader).complianceLevel = 3;
+  return SUCCESS;
+}
+
+std::int32_t PackBackground(HeaderReader &reader, std::string_view text) {
+  const auto byte = [&](std::size_t index) { return std::uint32_t{static_cast<std::uint8_t>(text[index])}; };
+  Header(reader).backgroundColorValue = byte(0) | byte(1) << 8 | byte(2) << 16;
+  return SUCCESS;
+}
+
+std::int32_t SetBothFileLengths(HeaderReader &reader, std::string_view text) {
+  Header(reader).fileLength = Header(reader).fileLengthOut = static_cast<std::uint32_t>(ParseNumber(text));
+  return SUCCESS;
+}
+
+std::int32_t SetBothHeaderLengths(HeaderReader &reader, std::string_view text) {
+  Header(reader).headerLength = Header(reader).headerLengthOut = static_cast<std::uint32_t>(ParseNumber(text));
+  return SUCCESS;
+}
+
+std::int32_t CheckNoReservedSegments(HeaderReader &, std::string_view text) {
+  return text == "000" ? SUCCESS : ERROR_FILE_FORMAT;
+}
+
+/** One length of each segment of a kind: its digits, and the tables that it goes into. */
+struct LengthColumn {
+  std::uint32_t width;
+  bool nineIsUnknown;
+  std::uint32_t *NitfHeader::*table;
+  std::uint32_t *NitfHeader::*outTable; /**< null where the kind has none */
+};
+
+/** The segment lengths of one kind, which follow the kind's count in the header. */
+struct LengthTable {
+  std::uint32_t NitfHeader::*count;
+  LengthColumn subheader;
+  LengthColumn data;
+};
+
+constexpr LengthTable kImageLengths = {
+    &NitfHeader::imageTableCount,
+    {6, true, &NitfHeader::imageSubheaderLengths, &NitfHeader::imageSubheaderLengthsOut},
+    {10, true, &NitfHeader::imageDataLengths, &NitfHeader::imageDataLengthsOut}};
+constexpr LengthTable kGraphicLengths = {
+    &NitfHeader::graphicTableCount,
+    {4, true, &NitfHeader::graphicSubheaderLengths, &NitfHeader::graphicSubheaderLengthsOut},
+    {6, false, &NitfHeader::graphicDataLengths, &NitfHeader::graphicDataLengthsOut}};
+constexpr LengthTable kLabelLengths = {&NitfHeader::labelTableCount,
+                                       {4, true, &NitfHeader::labelSubheaderLengths, nullptr},
+                                       {3, false, &NitfHeader::labelDataLengths, &NitfHeader::labelDataLengthsOut}};
+constexpr LengthTable kTextLengths = {&NitfHeader::textTableCount,
+                                      {4, true, &NitfHeader::textSubheaderLengths, nullptr},
+                                      {5, false, &NitfHeader::textDataLengths, &NitfHeader::textDataLengthsOut}};
+constexpr LengthTable kDataExtensionLengths = {
+    &NitfHeader::dataExtensionTableCount,
+    {4, true, &NitfHeader::dataExtensionSubheaderLengths, nullptr},
+    {9, true, &NitfHeader::dataExtensionDataLengths, nullptr}};
+constexpr LengthTable kReservedLengths = {&NitfHeader::reservedExtensionTableCount,
+                                          {4, false, &NitfHeader::reservedSubheaderLengths, nullptr},
+                                          {7, false, &NitfHeader::reservedDataLengths, nullptr}};
+
+bool RenewTable(NitfHeader &header, std::uint32_t *NitfHeader::*table, std::uint32_t count) {
+  if (table == nullptr) return true;
+  if (header.*table != nullptr) KsFree(header.*table, __LINE__, __FILE__);
+  header.*table = nullptr;
+  if (count == 0) return true;
+  header.*table = static_cast<std::uint32_t *>(KsCalloc(count, sizeof(std::uint32_t), __LINE__, __FILE__));
+  return header.*table != nullptr;
+}
+
+bool RenewTables(NitfHeader &header, const LengthTable &lengths, std::uint32_t count) {
+  return RenewTable(header, lengths.subheader.table, count) && RenewTable(header, lengths.subheader.outTable, count) &&
+         RenewTable(header, lengths.data.table, count) && RenewTable(header, lengths.data.outTable, count);
+}
+
+std::int32_t ReadLength(HeaderReader &reader, const LengthColumn &column, std::uint32_t index) {
+  NitfHeader &header = Header(reader);
+  std::uint32_t length = 0;
+  const std::int32_t status = reader.TakeNumber(column.width, column.nineIsUnknown, &length);
+  if (status != SUCCESS) return status;
+  (header.*column.table)[index] = length;
+  if (column.outTable != nullptr) (header.*column.outTable)[index] = length;
+  return SUCCESS;
+}
+
+template <const LengthTable &lengths>
+std::int32_t ReadLengths(HeaderReader &reader) {
+  NitfHeader &header = Header(reader);
+  const std::uint32_t count = header.*lengths.count;
+  // Between the old tables' release and the new ones' creation no table may be thought to be longer than it is.
+  header.*lengths.count = 0;
+  if (!reader.Holds(count, lengths.subheader.width + lengths.data.width)) return ERROR_FILE_READ;
+  if (!RenewTables(header, lengths, count)) return ERROR_NO_MEMORY;
+  header.*lengths.count = count;
+  for (std::uint32_t index = 0; index < count; ++index) {
+    std::int32_t status = ReadLength(reader, lengths.subheader, index);
+    if (status == SUCCESS) status = ReadLength(reader, lengths.data, index);
+    if (status != SUCCESS) return status;
+  }
+  return SUCCESS;
+}
+
+std::int32_t ReadLabelLengths(HeaderReader &reader) {
+  return reader.Nitf20() ? ReadLengths<kLabelLengths>(reader) : static_cast<std::int32_t>(SUCCESS);
+}
+
+constexpr HeaderRow kRows[] = {
+    TextRow(NITF_TEXT(NitfHeader, FHDR), 4).Default("NITF").Then(CheckMagic),
+    TextRow(NITF_TEXT(NitfHeader, FVER), 5).Default("02.10").Then(CheckVersion),
+    TextRow(NITF_TEXT(NitfHeader, CLEVEL), 2).Default("03").Digits().Then(CheckComplianceLevel),
+    TextRow(NITF_TEXT(NitfHeader, STYPE), 4).Default("BF01"),
+    TextRow(NITF_TEXT(NitfHeader, OSTAID), 10),
+    TextRow(NITF_TEXT(NitfHeader, FDT), 14).Default("20050101010101"),
+    TextRow(NITF_TEXT(NitfHeader, FTITLE), 80).Blank(),
+    SecurityRow("F", offsetof(NitfHeader, security), kCheckClassification),
+    TextRow(NITF_TEXT(NitfHeader, FSCOP), 5).Digits(),
+    TextRow(NITF_TEXT(NitfHeader, FSCPYS), 5).Digits(),
+    TextRow(NITF_TEXT(NitfHeader, ENCRYP), 1).Digits(),
+    TextRow(NITF_TEXT(NitfHeader, FBKGC), 3).Only21().Then(PackBackground),
+    TextRow(NITF_TEXT(NitfHeader, ONAME), 24).In20(27).Blank(),
+    TextRow(NITF_TEXT(NitfHeader, OPHONE), 18).Blank(),
+    TextRow(NITF_TEXT(NitfHeader, FL), 12).Digits().AllNinesUnknown().Then(SetBothFileLengths),
+    TextRow(NITF_TEXT(NitfHeader, HL), 6).Digits().AllNinesUnknown().Then(SetBothHeaderLengths),
+    TextRow(NITF_TEXT(NitfHeader, NUMI), 3).Number(offsetof(NitfHeader, imageTableCount)),
+    GroupRow(ReadLengths<kImageLengths>),
+    TextRow(NITF_TEXT(NitfHeader, NUMS), 3).Number(offsetof(NitfHeader, graphicTableCount)),
+    GroupRow(ReadLengths<kGraphicLengths>),
+    TextRow(NITF_TEXT(NitfHeader, NUMX), 3).Only21().Digits().Then(CheckNoReservedSegments),
+    TextRow(NITF_TEXT(NitfHeader, NUML), 3).Only20().Number(offsetof(NitfHeader, labelTableCount)),
+    GroupRow(ReadLabelLengths),
+    TextRow(NITF_TEXT(NitfHeader, NUMT), 3).Number(offsetof(NitfHeader, textTableCount)),
+    GroupRow(ReadLengths<kTextLengths>),
+    TextRow(NITF_TEXT(NitfHeader, NUMDES), 3).Number(offsetof(NitfHeader, dataExtensionTableCount)),
+    GroupRow(ReadLengths<kDataExtensionLengths>),
+    TextRow(NITF_TEXT(NitfHeader, NUMRES), 3).Number(offsetof(NitfHeader, reservedExtensionTableCount)),
+    GroupRow(ReadLengths<kReservedLengths>),
+    TextRow(NITF_TEXT(NitfHeader, UDHDL), 5).Digits(),
+    TextRow(NITF_TEXT(NitfHeader, UDHOFL), 3).Digits().CountedBy(offsetof(NitfHeader, UDHDL)),
+    BytesRow("UDHD", offsetof(NitfHeader, userHeaderData), offsetof(NitfHeader, UDHDL), 3),
+    TextRow(NITF_TEXT(NitfHeader, XHDL), 5).Digits(),
+    TextRow(NITF_TEXT(NitfHeader, XHDLOFL), 3).Digits().CountedBy(offsetof(NitfHeader, XHDL)),
+    BytesRow("XHD", offsetof(NitfHeader, extendedHeaderData), offsetof(NitfHeader, XHDL), 3),
+};
+
+}  // namespace
+
+const HeaderTable kFileHeaderTable = {kRows, false};
+
+void NitfHeaderInit(NitfHeader *header) {
+  *header = NitfHeader{};
+  header->complianceLevel = 3;
+  SetDefaults(kFileHeaderTable, header);
+}
+
+void NitfHeaderFree(NitfHeader *header) {
+  for (const LengthTable *lengths : {&kImageLengths, &kGraphicLengths, &kLabelLengths, &kTextLengths,
+                                     &kDataExtensionLengths, &kReservedLengths}) {
+    RenewTables(*header, *lengths, 0);
+  }
+  for (char **data : {&header->userHeaderData, &header->extendedHeaderData}) {
+    if (*data != nullptr) KsFree(*data, __LINE__, __FILE__);
+    *data = nullptr;
+  }
+}
+
+std::int32_t NitfHeaderRead(NitfHeader *header, NitfFile &file, StreamFileHeader &stream, bool replay) {
+  HeaderReader reader(file, header);
+  if (replay) reader.ReplayFrom(stream);
+  std::int32_t status = reader.Read(kFileHeaderTable);
+  if (status == kBudgetSpent) return SUCCESS;
+  if (status != SUCCESS) return status;
+  if (replay) {
+    // A copy that is itself marked as unknown is taken as it stands: reading it again would give the same bytes.
+    reader.CountReplayed();
+    return SUCCESS;
+  }
+  if (!reader.SawUnknown()) return SUCCESS;
+  status = SeekReplacementData(file, stream);
+  return status == SUCCESS ? NitfHeaderRead(header, file, stream, true) : status;
+}

@@ -1,0 +1,53 @@
+#include "txsubhdr.h"
+
+#include "nitffile.h"
+#include "strmfhdr.h"
+
+namespace {
+
+std::int32_t CheckMarker(HeaderReader &reader, std::string_view text) {
+  if (text != "TE") return ERROR_FILE_FORMAT;
+  reader.As<TextSubheader>().headerRead = 1;
+  return SUCCESS;
+}
+
+using Record = TextSubheader;
+
+constexpr HeaderRow kRows[] = {
+    TextRow(NITF_TEXT(Record, TE), 2).Default("TE").Then(CheckMarker),
+    TextRow(NITF_TEXT(Record, TEXTID), 7).In20(10).Default("ID        "),
+    TextRow(NITF_TEXT(Record, TXTALVL), 3).Only21().Number(offsetof(Record, attachmentLevel)),
+    TextRow(NITF_TEXT(Record, TXTDT), 14).Blank(),
+    TextRow(NITF_TEXT(Record, TXTITL), 80).Blank(),
+    SecurityRow("T", offsetof(Record, security), kAnyClassification),
+    TextRow(NITF_TEXT(Record, ENCRYP), 1).Digits(),
+    TextRow(NITF_TEXT(Record, TXTFMT), 3).Default("STA"),
+    TextRow(NITF_TEXT(Record, TXSHDL), 5).Digits(),
+    TextRow(NITF_TEXT(Record, TXSOFL), 3).Digits().CountedBy(offsetof(Record, TXSHDL)),
+    BytesRow("TXSHD", offsetof(Record, extendedData), offsetof(Record, TXSHDL), 3),
+};
+
+}  // namespace
+
+const HeaderTable kTextTable = {kRows};
+
+void TextSubheaderInit(TextSubheader *record, NitfFile *file) {
+  *record = TextSubheader{};
+  SetDefaults(kTextTable, record);
+  // The downgrade fields of this kind have no default.
+  for (char &character : record->security.DWNG) character = '\0';
+  for (char &character : record->security.DEVT) character = '\0';
+  record->file = file;
+}
+
+void TextSubheaderFree(TextSubheader *record) {
+  for (char **data : {&record->memoryData, &record->extendedData}) {
+    if (*data != nullptr) KsFree(*data, __LINE__, __FILE__);
+    *data = nullptr;
+  }
+}
+
+std::int32_t TextSubheaderRead(TextSubheader *record, NitfFile &file, StreamFileHeader &stream, bool replay) {
+  HeaderReader reader(file, record);
+  return ReadSubheader(reader, kTextTable, file, stream, replay);
+}
