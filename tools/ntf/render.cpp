@@ -67,7 +67,8 @@ struct Delivery {
 
 std::int32_t TakeRow(std::uint64_t, KsBitmap *canvas, void *row, std::uint32_t rowFlags, std::uint32_t rowIndex,
                      std::uint32_t, std::uint64_t delivery) {
-  auto *target = reinterpret_cast<Delivery *>(delivery);
+  // The number is the address that the request carried.
+  auto *target = reinterpret_cast<Delivery *>(delivery);  // NOLINT(performance-no-int-to-ptr)
   target->problem = target->Take(*canvas, row, rowFlags, rowIndex);
   return target->problem ? target->problem->status : SUCCESS;
 }

@@ -24,7 +24,7 @@ constexpr StatusRow kStatusTable[] = {
     {-11, "an image is wider or higher than 65535 pixels"},
     {ERROR_INVALID_VALUE, "a value is not allowed, or the stream file header is missing"},
     {-14, "a text file can't be opened"},
-    {ERROR_NOT_SUPPORTED, "image data of a kind that can't be decoded"},
+    {ERROR_NOT_SUPPORTED, "image data or a drawing of a kind that can't be decoded"},
     {-21, "a compression quality is out of range"},
     {ERROR_BITS_PER_PIXEL, "a number of bits per pixel that is not supported"},
     {NITF_UNSUPPORTED_VERSION, "version is not 02.10"},
