@@ -55,6 +55,7 @@ class KsLocalBitmap {
 
   KsBitmap *Get() { return &bitmap; }
   KsBitmap *operator->() { return &bitmap; }
+  const KsBitmap *operator->() const { return &bitmap; }
 
  private:
   KsBitmap bitmap;

@@ -40,7 +40,9 @@ constexpr HeaderRow kRows[] = {
 
 const HeaderTable kDataExtensionTable = {kRows};
 
-void DataExtensionSubheaderInit(DataExtensionSubheader *record) { *record = DataExtensionSubheader{}; }
+void DataExtensionSubheaderInit(DataExtensionSubheader *record) {
+  *record = DataExtensionSubheader{};
+}
 
 void DataExtensionSubheaderFree(DataExtensionSubheader *record) {
   if (record->userData != nullptr) KsFree(record->userData, __LINE__, __FILE__);

@@ -31,21 +31,21 @@ std::int32_t ParseNumber(std::string_view text);
 double ParseFraction(std::string_view text);
 
 /**
- * Stores a text at the front of a field of `width` bytes plus NUL, spaces behind it. SUCCESS, or ERROR_INVALID_VALUE with
- * the field as it was: null target, text longer than the field.
+ * Stores a text at the front of a field of `width` bytes plus NUL, spaces behind it. SUCCESS, or ERROR_INVALID_VALUE
+ * with the field as it was: null target, text longer than the field.
  */
 std::int32_t SetField(char *target, std::uint32_t width, const char *text);
 
 /**
- * Stores a number, taken as signed, at the back of a field, zeros in front. One with more digits than the field leaves it
- * all zeros. Always SUCCESS.
+ * Stores a number, taken as signed, at the back of a field, zeros in front. One with more digits than the field leaves
+ * it all zeros. Always SUCCESS.
  */
 std::int32_t SetNumberField(char *target, std::uint32_t width, std::uint32_t value);
 
 /**
- * Writes a field at its exact width. With the fill " " the text stands at the front and spaces follow; with any other fill
- * its first character goes in front and the text stands at the back. A longer text is cut to the width. The first argument
- * has no effect. SUCCESS or ERROR_FILE_WRITE.
+ * Writes a field at its exact width. With the fill " " the text stands at the front and spaces follow; with any other
+ * fill its first character goes in front and the text stands at the back. A longer text is cut to the width. The first
+ * argument has no effect. SUCCESS or ERROR_FILE_WRITE.
  */
 std::int32_t WriteField(const void *, KsHandle out, const char *text, std::uint32_t width, const char *fill);
 
@@ -59,8 +59,8 @@ void FormatDateTime(char *target, const DateParts &parts);
 void FormatDate(char *target, const std::array<DatePart, 4> &parts);
 
 /**
- * The date that is written into a segment appended to a file dated `date` (14 characters): one part of it goes down by one,
- * the first of second (with `secondsToo`), minute, hour, day, month, year, century that is above 1. An empty date gives a
- * fixed one.
+ * The date that is written into a segment appended to a file dated `date` (14 characters): one part of it goes down by
+ * one, the first of second (with `secondsToo`), minute, hour, day, month, year, century that is above 1. An empty date
+ * gives a fixed one.
  */
 DateParts EarlierDate(const char *date, bool secondsToo);

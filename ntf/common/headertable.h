@@ -1,6 +1,6 @@
-// The format as data. Every header is a table: a row a field, in file order, with its name, its place in the record, its
-// width in either layout, when it is present, and what becomes of it. One walk reads a header from such a table, for the
-// first pass over a file and for the replay from a stream file header alike; another sets the defaults.
+// The format as data. Every header is a table: a row a field, in file order, with its name, its place in the record,
+// its width in either layout, when it is present, and what becomes of it. One walk reads a header from such a table,
+// for the first pass over a file and for the replay from a stream file header alike; another sets the defaults.
 #pragma once
 
 #include "kskernel.h"
@@ -58,17 +58,17 @@ struct HeaderRow {
 
   Kind kind = Kind::Text;
   std::string_view name{};
-  std::uint32_t place = kNowhere;   /**< offset of the text, the security group or the data pointer in the record */
-  std::uint16_t capacity = 0;       /**< bytes of the text's buffer, the NUL included */
-  std::uint16_t width21 = 0;        /**< bytes in the file, 0 where the layout hasn't the field */
+  std::uint32_t place = kNowhere; /**< offset of the text, the security group or the data pointer in the record */
+  std::uint16_t capacity = 0;     /**< bytes of the text's buffer, the NUL included */
+  std::uint16_t width21 = 0;      /**< bytes in the file, 0 where the layout hasn't the field */
   std::uint16_t width20 = 0;
-  bool digits = false;              /**< the field is a decimal number */
-  bool allNinesUnknown = false;     /**< a text of nines says that the value was not known when it was written */
+  bool digits = false;          /**< the field is a decimal number */
+  bool allNinesUnknown = false; /**< a text of nines says that the value was not known when it was written */
   std::uint8_t securityRules = 0;
-  std::uint8_t overhead = 0;        /**< of Bytes: what its length field counts beside the bytes */
-  std::uint8_t emptyUpTo = 0;       /**< of Bytes: the length up to which there is no buffer */
-  std::uint32_t number = kNowhere;  /**< offset of the u32 that takes the value */
-  std::uint32_t halves = kNowhere;  /**< offset of two i32 that take the halves of a location */
+  std::uint8_t overhead = 0;          /**< of Bytes: what its length field counts beside the bytes */
+  std::uint8_t emptyUpTo = 0;         /**< of Bytes: the length up to which there is no buffer */
+  std::uint32_t number = kNowhere;    /**< offset of the u32 that takes the value */
+  std::uint32_t halves = kNowhere;    /**< offset of two i32 that take the halves of a location */
   std::uint32_t countedBy = kNowhere; /**< offset of a length text; the row is present where its number is not 0 */
   bool (*present)(const void *record, bool nitf20) = nullptr;
   std::int32_t (*decode)(HeaderReader &reader, std::string_view text) = nullptr;
@@ -77,11 +77,17 @@ struct HeaderRow {
   std::string_view initialText{};
 
   /** The width in the 2.0 layout, where it is another one. */
-  constexpr HeaderRow In20(std::uint16_t width) const { return With([&](HeaderRow &row) { row.width20 = width; }); }
+  constexpr HeaderRow In20(std::uint16_t width) const {
+    return With([&](HeaderRow &row) { row.width20 = width; });
+  }
   constexpr HeaderRow Only21() const { return In20(0); }
-  constexpr HeaderRow Only20() const { return With([](HeaderRow &row) { row.width21 = 0; }); }
+  constexpr HeaderRow Only20() const {
+    return With([](HeaderRow &row) { row.width21 = 0; });
+  }
   /** The value is a number, and nothing computes with it. */
-  constexpr HeaderRow Digits() const { return With([](HeaderRow &row) { row.digits = true; }); }
+  constexpr HeaderRow Digits() const {
+    return With([](HeaderRow &row) { row.digits = true; });
+  }
   /** The value goes to the u32 at `offset` too. */
   constexpr HeaderRow Number(std::size_t offset) const {
     return Digits().With([&](HeaderRow &row) { row.number = static_cast<std::uint32_t>(offset); });
@@ -90,7 +96,9 @@ struct HeaderRow {
   constexpr HeaderRow Halves(std::size_t offset) const {
     return With([&](HeaderRow &row) { row.halves = static_cast<std::uint32_t>(offset); });
   }
-  constexpr HeaderRow AllNinesUnknown() const { return With([](HeaderRow &row) { row.allNinesUnknown = true; }); }
+  constexpr HeaderRow AllNinesUnknown() const {
+    return With([](HeaderRow &row) { row.allNinesUnknown = true; });
+  }
   constexpr HeaderRow If(bool (*condition)(const void *, bool)) const {
     return With([&](HeaderRow &row) { row.present = condition; });
   }
@@ -106,7 +114,9 @@ struct HeaderRow {
       row.initialText = text;
     });
   }
-  constexpr HeaderRow Blank() const { return With([](HeaderRow &row) { row.initial = Initial::Blanks; }); }
+  constexpr HeaderRow Blank() const {
+    return With([](HeaderRow &row) { row.initial = Initial::Blanks; });
+  }
 
  private:
   template <class Change>
@@ -138,9 +148,9 @@ constexpr HeaderRow SecurityRow(std::string_view prefix, std::size_t place, unsi
 }
 
 /**
- * Bytes whose number stands in the text at `lengthPlace`, less `overhead`, into a new buffer with a NUL behind them, whose
- * pointer goes to `place`. A length up to `emptyUpTo` leaves the pointer null; one above 0 and below the overhead is
- * malformed.
+ * Bytes whose number stands in the text at `lengthPlace`, less `overhead`, into a new buffer with a NUL behind them,
+ * whose pointer goes to `place`. A length up to `emptyUpTo` leaves the pointer null; one above 0 and below the overhead
+ * is malformed.
  */
 constexpr HeaderRow BytesRow(std::string_view name, std::size_t place, std::size_t lengthPlace, unsigned overhead,
                              unsigned emptyUpTo = 0) {
@@ -227,8 +237,8 @@ class HeaderReader {
 };
 
 /**
- * Reads a subheader from the file's position and puts the position back. With `replay` the bytes come from the replacement
- * data of `stream`, and running out of them is no failure.
+ * Reads a subheader from the file's position and puts the position back. With `replay` the bytes come from the
+ * replacement data of `stream`, and running out of them is no failure.
  */
 std::int32_t ReadSubheader(HeaderReader &reader, const HeaderTable &table, NitfFile &file,
                            const StreamFileHeader &stream, bool replay);

@@ -18,18 +18,18 @@ struct Code {
   std::uint32_t value;
 };
 
-constexpr Code kCompressions[] = {{"NC", kNC}, {"NM", kNM}, {"C0", kC0}, {"C1", kC1}, {"C2", kC2}, {"C3", kC3},
-                                  {"C4", kC4}, {"C5", kC5}, {"C6", kC6}, {"C8", kC8}, {"I1", kI1}, {"M0", kM0},
-                                  {"M1", kM1}, {"M2", kM2}, {"M3", kM3}, {"M4", kM4}, {"M5", kM5}, {"M6", kM6},
-                                  {"M8", kM8}};
+constexpr Code kCompressions[] = {{"NC", kNC}, {"NM", kNM}, {"C0", kC0}, {"C1", kC1}, {"C2", kC2},
+                                  {"C3", kC3}, {"C4", kC4}, {"C5", kC5}, {"C6", kC6}, {"C8", kC8},
+                                  {"I1", kI1}, {"M0", kM0}, {"M1", kM1}, {"M2", kM2}, {"M3", kM3},
+                                  {"M4", kM4}, {"M5", kM5}, {"M6", kM6}, {"M8", kM8}};
 
 // In the order of comparison: "RGB/LUT" begins with "RGB".
-constexpr Code kRepresentations[] = {{"MONO", kMono},           {"RGB/LUT", kRgbLut},     {"RGB", kRgb},
-                                     {"MULTI", kMulti},         {"NODISPLY", kNoDisplay}, {"NVECTOR", kVector},
-                                     {"POLAR", kPolar},         {"VPH", kVph},            {"YCbCr601", kYCbCr601}};
+constexpr Code kRepresentations[] = {
+    {"MONO", kMono},      {"RGB/LUT", kRgbLut}, {"RGB", kRgb}, {"MULTI", kMulti},      {"NODISPLY", kNoDisplay},
+    {"NVECTOR", kVector}, {"POLAR", kPolar},    {"VPH", kVph}, {"YCbCr601", kYCbCr601}};
 
-constexpr Code kBandRepresentations[] = {{"LU", kBandLut},  {"R", kBandRed}, {"G", kBandGreen}, {"B", kBandBlue},
-                                         {"M", kBandMono},  {"Y", kBandY},   {"Cb", kBandCb},   {"Cr", kBandCr}};
+constexpr Code kBandRepresentations[] = {{"LU", kBandLut}, {"R", kBandRed}, {"G", kBandGreen}, {"B", kBandBlue},
+                                         {"M", kBandMono}, {"Y", kBandY},   {"Cb", kBandCb},   {"Cr", kBandCr}};
 
 constexpr Code kModes[] = {
     {"B", kBlockInterleaved}, {"P", kPixelInterleaved}, {"R", kRowInterleaved}, {"S", kBandSequential}};
@@ -39,7 +39,8 @@ constexpr Code kRates[] = {{"1D", kRate1D}, {"2DS", kRate2DS}, {"2DH", kRate2DH}
 /** Sets `value` to the first code that the text begins with; false where there is none. */
 template <std::size_t count>
 bool Decode(const Code (&codes)[count], std::string_view text, std::uint32_t *value) {
-  const Code *code = std::find_if(codes, codes + count, [&](const Code &entry) { return text.starts_with(entry.text); });
+  const Code *code =
+      std::find_if(codes, codes + count, [&](const Code &entry) { return text.starts_with(entry.text); });
   if (code == codes + count) return false;
   *value = code->value;
   return true;
@@ -51,7 +52,9 @@ std::string_view CodeText(const Code (&codes)[count], std::uint32_t value) {
   return code == codes + count ? std::string_view() : code->text;
 }
 
-ImageSubheader &Image(HeaderReader &reader) { return reader.As<ImageSubheader>(); }
+ImageSubheader &Image(HeaderReader &reader) {
+  return reader.As<ImageSubheader>();
+}
 
 void FreeBlock(void *block) {
   if (block != nullptr) KsFree(block, __LINE__, __FILE__);
@@ -148,7 +151,9 @@ bool HasCoordinates(const void *record, bool nitf20) {
   return nitf20 ? system != 'N' : system != ' ';
 }
 
-bool HasRate(const void *record, bool) { return static_cast<const ImageSubheader *>(record)->compression > kNM; }
+bool HasRate(const void *record, bool) {
+  return static_cast<const ImageSubheader *>(record)->compression > kNM;
+}
 
 bool CountsInExtendedField(const void *record, bool) {
   return static_cast<const ImageSubheader *>(record)->bandField == 0;
@@ -338,10 +343,7 @@ constexpr HeaderRow kRows[] = {
     TextRow(NITF_TEXT(Record, IMODE), 1).Default("P").Then(DecodeMode),
     TextRow(NITF_TEXT(Record, NBPR), 4).Number(offsetof(Record, blocksPerRow)).AllNinesUnknown(),
     TextRow(NITF_TEXT(Record, NBPC), 4).Number(offsetof(Record, blocksPerColumn)).AllNinesUnknown(),
-    TextRow(NITF_TEXT(Record, NPPBH), 4)
-        .Number(offsetof(Record, blockWidth))
-        .AllNinesUnknown()
-        .Then(DecodeBlockWidth),
+    TextRow(NITF_TEXT(Record, NPPBH), 4).Number(offsetof(Record, blockWidth)).AllNinesUnknown().Then(DecodeBlockWidth),
     TextRow(NITF_TEXT(Record, NPPBV), 4)
         .Number(offsetof(Record, blockHeight))
         .AllNinesUnknown()
@@ -408,8 +410,12 @@ bool HasMaskTable(std::uint32_t compression) {
          compression == kM5;
 }
 
-std::string_view CompressionText(std::uint32_t compression) { return CodeText(kCompressions, compression); }
-std::string_view RepresentationText(std::uint32_t representation) { return CodeText(kRepresentations, representation); }
+std::string_view CompressionText(std::uint32_t compression) {
+  return CodeText(kCompressions, compression);
+}
+std::string_view RepresentationText(std::uint32_t representation) {
+  return CodeText(kRepresentations, representation);
+}
 std::string_view BandRepresentationText(std::uint32_t representation) {
   return CodeText(kBandRepresentations, representation);
 }

@@ -5,17 +5,42 @@
 
 /** IC, in the order of its stored numbers. */
 enum ImageCompression : std::uint32_t {
-  kNC, kNM, kC0, kC1, kC2, kC3, kC4, kC5, kC6, kC8, kI1, kM0, kM1, kM2, kM3, kM4, kM5, kM6, kM8, kUnknownCompression
+  kNC,
+  kNM,
+  kC0,
+  kC1,
+  kC2,
+  kC3,
+  kC4,
+  kC5,
+  kC6,
+  kC8,
+  kI1,
+  kM0,
+  kM1,
+  kM2,
+  kM3,
+  kM4,
+  kM5,
+  kM6,
+  kM8,
+  kUnknownCompression
 };
 
 /** IREP. */
-enum ImageRepresentation : std::uint32_t {
-  kMono, kRgb, kRgbLut, kMulti, kNoDisplay, kVector, kPolar, kVph, kYCbCr601
-};
+enum ImageRepresentation : std::uint32_t { kMono, kRgb, kRgbLut, kMulti, kNoDisplay, kVector, kPolar, kVph, kYCbCr601 };
 
 /** IREPBAND. */
 enum BandRepresentation : std::uint32_t {
-  kBandNone, kBandLut, kBandRed, kBandGreen, kBandBlue, kBandMono, kBandY, kBandCb, kBandCr
+  kBandNone,
+  kBandLut,
+  kBandRed,
+  kBandGreen,
+  kBandBlue,
+  kBandMono,
+  kBandY,
+  kBandCb,
+  kBandCr
 };
 
 /** IMODE: how blocks and bands lie in the data. */
@@ -85,11 +110,11 @@ struct ImageSubheader {
   char XBANDS[6];
   std::uint32_t bandsHeld; /**< entries of the arrays below; may be less than `bandCount` in a damaged replay */
   std::uint32_t *bandRepresentation;
-  char (*bandSubcategories)[7];     /**< ISUBCATn */
-  char (*bandFilterConditions)[2];  /**< IFCn */
-  char (*bandFilterCodes)[4];       /**< IMFLTn */
-  std::uint32_t *bandLutCounts;     /**< NLUTSn */
-  std::uint32_t *bandLutEntries;    /**< NELUTn; null while no band has a table */
+  char (*bandSubcategories)[7];    /**< ISUBCATn */
+  char (*bandFilterConditions)[2]; /**< IFCn */
+  char (*bandFilterCodes)[4];      /**< IMFLTn */
+  std::uint32_t *bandLutCounts;    /**< NLUTSn */
+  std::uint32_t *bandLutEntries;   /**< NELUTn; null while no band has a table */
   char ISYNC[2];
   char IMODE[2];
   char NBPR[5];
@@ -106,13 +131,13 @@ struct ImageSubheader {
   char *userData; /**< UDID */
   char IXSHDL[6];
   char IXSOFL[4];
-  char *extendedData;          /**< IXSHD */
-  std::uint32_t maskEntries;   /**< entries of `blockMask` and of `padMask`, where they are there */
+  char *extendedData;           /**< IXSHD */
+  std::uint32_t maskEntries;    /**< entries of `blockMask` and of `padMask`, where they are there */
   std::uint8_t (*blockMask)[4]; /**< BMR in the file's byte order; one entry of zeros more */
   std::uint8_t (*padMask)[4];   /**< TMR, likewise */
-  std::uint8_t *padCode;       /**< TPXCD */
+  std::uint8_t *padCode;        /**< TPXCD */
   std::int32_t displayBands[3]; /**< -1 until the bands for display were chosen */
-  char *memoryData;            /**< compressed image of an appended segment */
+  char *memoryData;             /**< compressed image of an appended segment */
   std::uint32_t hasMemoryData;
   NitfFile *file;
   std::uint32_t index;
@@ -128,8 +153,8 @@ void ImageSubheaderInit(ImageSubheader *record, NitfFile *file);
 void ImageSubheaderFree(ImageSubheader *record);
 
 /**
- * Reads the subheader from the file's position, and puts the position back. A size that is given as unknown makes it read
- * once more from the replacement data of the stream file header. SUCCESS, ERROR_FILE_READ, ERROR_FILE_FORMAT,
+ * Reads the subheader from the file's position, and puts the position back. A size that is given as unknown makes it
+ * read once more from the replacement data of the stream file header. SUCCESS, ERROR_FILE_READ, ERROR_FILE_FORMAT,
  * NITF_UNSUPPORTED_PVTYPE and NITF_UNSUPPORTED_BPP (both after a message box), ERROR_NO_MEMORY.
  */
 std::int32_t ImageSubheaderRead(ImageSubheader *record, NitfFile &file, StreamFileHeader &stream, bool replay);
@@ -148,4 +173,6 @@ inline std::uint32_t BandTag(const ImageSubheader &image, std::uint32_t band) {
 }
 
 /** Bytes of TPXCD. */
-inline std::uint32_t PadCodeBytes(const ImageSubheader &image) { return (image.padCodeBits + 7U) / 8U; }
+inline std::uint32_t PadCodeBytes(const ImageSubheader &image) {
+  return (image.padCodeBits + 7U) / 8U;
+}

@@ -76,7 +76,9 @@ constexpr KindTraits kKinds[] = {
      Release<DataExtensionSubheader, DataExtensionSubheaderFree>, ReadDataExtension},
 };
 
-const KindTraits &Traits(SegmentKind kind) { return kKinds[static_cast<std::size_t>(kind)]; }
+const KindTraits &Traits(SegmentKind kind) {
+  return kKinds[static_cast<std::size_t>(kind)];
+}
 
 std::uint32_t TableEntry(const NitfHeader &header, const KindTraits &kind, std::uint32_t *NitfHeader::*table,
                          std::uint32_t index) {
@@ -140,8 +142,8 @@ std::int32_t ReadAllHeaders(NitfFile *file, StreamFileHeader &stream) {
   if (status < SUCCESS) return status;
   CopyCounts(file);
   status = AllocateObjects(file);
-  for (const SegmentKind kind : {SegmentKind::Image, SegmentKind::Graphic, SegmentKind::Label, SegmentKind::Text,
-                                 SegmentKind::DataExtension}) {
+  for (const SegmentKind kind :
+       {SegmentKind::Image, SegmentKind::Graphic, SegmentKind::Label, SegmentKind::Text, SegmentKind::DataExtension}) {
     if (status == SUCCESS) status = ReadSubheaders(file, kind, stream);
   }
   return status;
@@ -214,17 +216,31 @@ std::int32_t FreeObjects(NitfFile *file) {
   return SUCCESS;
 }
 
-std::int64_t SeekEndOfImages(const NitfFile *file) { return SeekTo(file, StartOfKind(file, SegmentKind::Graphic)); }
-std::int64_t SeekEndOfGraphics(const NitfFile *file) { return SeekTo(file, StartOfKind(file, SegmentKind::Label)); }
-std::int64_t SeekEndOfLabels(const NitfFile *file) { return SeekTo(file, StartOfKind(file, SegmentKind::Text)); }
+std::int64_t SeekEndOfImages(const NitfFile *file) {
+  return SeekTo(file, StartOfKind(file, SegmentKind::Graphic));
+}
+std::int64_t SeekEndOfGraphics(const NitfFile *file) {
+  return SeekTo(file, StartOfKind(file, SegmentKind::Label));
+}
+std::int64_t SeekEndOfLabels(const NitfFile *file) {
+  return SeekTo(file, StartOfKind(file, SegmentKind::Text));
+}
 std::int64_t SeekEndOfTexts(const NitfFile *file) {
   return SeekTo(file, StartOfKind(file, SegmentKind::DataExtension));
 }
 
-void SeekImage(const NitfFile *file, std::int32_t index) { SeekSegment(file, SegmentKind::Image, index); }
-void SeekGraphic(const NitfFile *file, std::int32_t index) { SeekSegment(file, SegmentKind::Graphic, index); }
-void SeekLabel(const NitfFile *file, std::int32_t index) { SeekSegment(file, SegmentKind::Label, index); }
-void SeekText(const NitfFile *file, std::int32_t index) { SeekSegment(file, SegmentKind::Text, index); }
+void SeekImage(const NitfFile *file, std::int32_t index) {
+  SeekSegment(file, SegmentKind::Image, index);
+}
+void SeekGraphic(const NitfFile *file, std::int32_t index) {
+  SeekSegment(file, SegmentKind::Graphic, index);
+}
+void SeekLabel(const NitfFile *file, std::int32_t index) {
+  SeekSegment(file, SegmentKind::Label, index);
+}
+void SeekText(const NitfFile *file, std::int32_t index) {
+  SeekSegment(file, SegmentKind::Text, index);
+}
 void SeekDataExtension(const NitfFile *file, std::int32_t index) {
   SeekSegment(file, SegmentKind::DataExtension, index);
 }
@@ -242,10 +258,18 @@ std::uint32_t CountSegments(const NitfFile *file, SegmentKind kind) {
   return count;
 }
 
-std::uint32_t CountImages(const NitfFile *file) { return CountSegments(file, SegmentKind::Image); }
-std::uint32_t CountGraphics(const NitfFile *file) { return CountSegments(file, SegmentKind::Graphic); }
-std::uint32_t CountLabels(const NitfFile *file) { return CountSegments(file, SegmentKind::Label); }
-std::uint32_t CountTexts(const NitfFile *file) { return CountSegments(file, SegmentKind::Text); }
+std::uint32_t CountImages(const NitfFile *file) {
+  return CountSegments(file, SegmentKind::Image);
+}
+std::uint32_t CountGraphics(const NitfFile *file) {
+  return CountSegments(file, SegmentKind::Graphic);
+}
+std::uint32_t CountLabels(const NitfFile *file) {
+  return CountSegments(file, SegmentKind::Label);
+}
+std::uint32_t CountTexts(const NitfFile *file) {
+  return CountSegments(file, SegmentKind::Text);
+}
 
 std::uint32_t DataLength(const NitfFile *file, SegmentKind kind, std::uint32_t index) {
   return TableEntry(file->header, Traits(kind), Traits(kind).dataLengths, index);

@@ -57,8 +57,8 @@ void NitfFileDestroy(NitfFile *file);
 
 /**
  * Opens a file and reads all headers. On failure the object holds what was read so far and is to be destroyed:
- * ERROR_FILE_READ (also where there is no such file), ERROR_FILE_FORMAT, ERROR_INVALID_VALUE, ERROR_NO_MEMORY, or one of
- * NitfStatus.
+ * ERROR_FILE_READ (also where there is no such file), ERROR_FILE_FORMAT, ERROR_INVALID_VALUE, ERROR_NO_MEMORY, or one
+ * of NitfStatus.
  */
 std::int32_t Load(NitfFile *file, const char16_t *name);
 

@@ -10,7 +10,9 @@
 
 namespace {
 
-NitfHeader &Header(HeaderReader &reader) { return reader.As<NitfHeader>(); }
+NitfHeader &Header(HeaderReader &reader) {
+  return reader.As<NitfHeader>();
+}
 
 std::int32_t CheckMagic(HeaderReader &reader, std::string_view text) {
   if (text != "NITF" && text != "NSIF") return ERROR_FILE_FORMAT;
@@ -80,10 +82,9 @@ constexpr LengthTable kLabelLengths = {&NitfHeader::labelTableCount,
 constexpr LengthTable kTextLengths = {&NitfHeader::textTableCount,
                                       {4, true, &NitfHeader::textSubheaderLengths, nullptr},
                                       {5, false, &NitfHeader::textDataLengths, &NitfHeader::textDataLengthsOut}};
-constexpr LengthTable kDataExtensionLengths = {
-    &NitfHeader::dataExtensionTableCount,
-    {4, true, &NitfHeader::dataExtensionSubheaderLengths, nullptr},
-    {9, true, &NitfHeader::dataExtensionDataLengths, nullptr}};
+constexpr LengthTable kDataExtensionLengths = {&NitfHeader::dataExtensionTableCount,
+                                               {4, true, &NitfHeader::dataExtensionSubheaderLengths, nullptr},
+                                               {9, true, &NitfHeader::dataExtensionDataLengths, nullptr}};
 constexpr LengthTable kReservedLengths = {&NitfHeader::reservedExtensionTableCount,
                                           {4, false, &NitfHeader::reservedSubheaderLengths, nullptr},
                                           {7, false, &NitfHeader::reservedDataLengths, nullptr}};
@@ -182,8 +183,8 @@ void NitfHeaderInit(NitfHeader *header) {
 }
 
 void NitfHeaderFree(NitfHeader *header) {
-  for (const LengthTable *lengths : {&kImageLengths, &kGraphicLengths, &kLabelLengths, &kTextLengths,
-                                     &kDataExtensionLengths, &kReservedLengths}) {
+  for (const LengthTable *lengths :
+       {&kImageLengths, &kGraphicLengths, &kLabelLengths, &kTextLengths, &kDataExtensionLengths, &kReservedLengths}) {
     RenewTables(*header, *lengths, 0);
   }
   for (char **data : {&header->userHeaderData, &header->extendedHeaderData}) {

@@ -4,8 +4,8 @@
 #include "headertable.h"
 
 /**
- * The file header. A length table as read describes the source file and keeps its values; its `Out` twin starts as a copy
- * and describes the file that a save writes.
+ * The file header. A length table as read describes the source file and keeps its values; its `Out` twin starts as a
+ * copy and describes the file that a save writes.
  */
 struct NitfHeader {
   std::uint32_t valid; /**< 1 once a magic was accepted */

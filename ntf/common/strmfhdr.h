@@ -1,5 +1,5 @@
-// The stream file header (MIL-STD-2500C, table A-8(B)): a file that was written before its lengths were known carries nines
-// in its length fields, and near its end a copy of its headers with the true values.
+// The stream file header (MIL-STD-2500C, table A-8(B)): a file that was written before its lengths were known carries
+// nines in its length fields, and near its end a copy of its headers with the true values.
 #pragma once
 
 #include "dexsbhdr.h"

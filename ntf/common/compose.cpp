@@ -1,0 +1,382 @@
+#include "compose.h"
+
+#include "handlgfx.h"
+#include "handlimg.h"
+#include "handllbl.h"
+#include "internal/ksclasses_.h"
+#include "platform.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <utility>
+
+namespace {
+
+constexpr std::uint32_t kDefaultCanvas = 2048;
+constexpr std::uint32_t kTextOnlyCanvas = 2;
+constexpr std::uint32_t kLabelOnlyCanvas = 1;
+constexpr std::uint32_t kLabelMargin = 10;
+
+/** An entry of the display list. */
+struct DisplayObject {
+  std::uint32_t kind;
+  std::uint32_t level;
+  std::uint32_t index;
+};
+
+std::int32_t Add(std::int32_t a, std::int32_t b) {
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
+}
+
+std::int32_t Subtract(std::int32_t a, std::int32_t b) {
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b));
+}
+
+/** What the walk along an attachment chain needs of an object, whatever its kind. */
+struct Placement {
+  std::uint32_t level;
+  std::uint32_t attachment;
+  std::int32_t row;
+  std::int32_t column;
+};
+
+template <class Record>
+Placement PlacementOf(const Record &record) {
+  return {record.displayLevel, record.attachmentLevel, record.locationRow, record.locationColumn};
+}
+
+/** The first object of each display level among the images or the graphics of a file. */
+class FirstOfLevel {
+ public:
+  static constexpr std::uint32_t kNone = 0xFFFFFFFF;
+
+  FirstOfLevel() { places.fill(kNone); }
+
+  void Add(std::uint32_t level, std::uint32_t place) {
+    if (Holds(level) && places[level + kNegativeLevels] == kNone) places[level + kNegativeLevels] = place;
+  }
+  std::uint32_t Find(std::uint32_t level) const { return Holds(level) ? places[level + kNegativeLevels] : kNone; }
+
+ private:
+  /** A level has three characters, of which the first may be a minus sign. */
+  static constexpr std::uint32_t kNegativeLevels = 99;
+  static constexpr std::uint32_t kLevels = kNegativeLevels + 1000;
+
+  static bool Holds(std::uint32_t level) { return level + kNegativeLevels < kLevels; }
+
+  std::array<std::uint32_t, kLevels> places;
+};
+
+/** All objects of a file that are shown. */
+class DisplayList {
+ public:
+  /** Lists images, graphics and labels in file order, then sorts them. SUCCESS or ERROR_NO_MEMORY. */
+  std::int32_t Build(const NitfFile *file) {
+    images = CountImages(file);
+    graphics = CountGraphics(file);
+    labels = CountLabels(file);
+    const std::uint32_t count = images + graphics + labels;
+    if (count == 0) return SUCCESS;
+    if (!objects.Allocate(count) || !placements.Allocate(count) || !visited.Allocate(count)) return ERROR_NO_MEMORY;
+    Append<ImageSubheader>(file->imageList, kDisplayImage);
+    Append<GraphicSubheader>(file->graphicList, kDisplayGraphic);
+    Append<LabelSubheader>(file->labelList, kDisplayLabel);
+    for (std::uint32_t place = 0; place < images; ++place) firstImage.Add(placements[place].level, place);
+    for (std::uint32_t place = images; place < images + graphics; ++place) {
+      firstGraphic.Add(placements[place].level, place);
+    }
+    Sort();
+    return SUCCESS;
+  }
+
+  /**
+   * The sum of the locations of all that an object is attached to; its own is not in it. A chain that comes back to an
+   * object that it has passed, or to where it began, ends there.
+   */
+  DisplayOffset OffsetsOf(const DisplayObject &object) {
+    std::fill_n(visited.Get(), listed, std::uint8_t{0});
+    const std::uint32_t self = PlaceOf(object);
+    visited[self] = 1;
+    Chain chain{placements[self].attachment, {0, 0}, false, false};
+    do {
+      chain.changed = false;
+      FollowThrough(chain, firstImage);
+      FollowThrough(chain, firstGraphic);
+      FollowLabels(chain);
+    } while (chain.changed && !chain.closed);
+    return chain.offset;
+  }
+
+  std::span<const DisplayObject> Objects() const { return {objects.Get(), listed}; }
+
+  std::uint32_t images = 0;
+  std::uint32_t graphics = 0;
+  std::uint32_t labels = 0;
+
+ private:
+  struct Chain {
+    std::uint32_t level;
+    DisplayOffset offset;
+    bool changed;
+    bool closed;
+  };
+
+  template <class Record>
+  void Append(const SegmentNode *node, std::uint32_t kind) {
+    for (std::uint32_t index = 0; node != nullptr; node = node->next, ++index) {
+      if (node->subheader == nullptr) continue;
+      placements[listed] = PlacementOf(*static_cast<const Record *>(node->subheader));
+      objects[listed] = {kind, placements[listed].level, index};
+      ++listed;
+    }
+  }
+
+  /**
+   * An exchange sort, on purpose: objects of equal level are drawn in the order that it leaves them in, which is not
+   * that of the file where a lower level stands behind them.
+   */
+  void Sort() {
+    for (std::uint32_t i = 0; i + 1 < listed; ++i) {
+      for (std::uint32_t j = i + 1; j < listed; ++j) {
+        if (objects[i].level > objects[j].level) std::swap(objects[i], objects[j]);
+      }
+    }
+  }
+
+  /** Where an object stands in `placements`, which keeps the order of the file. */
+  std::uint32_t PlaceOf(const DisplayObject &object) const {
+    const std::uint32_t before = object.kind == kDisplayImage     ? 0
+                                 : object.kind == kDisplayGraphic ? images
+                                                                  : images + graphics;
+    return before + object.index;
+  }
+
+  /** Takes the object at `place` into the chain if it is the one that the chain is attached to. */
+  bool Follow(Chain &chain, std::uint32_t place) {
+    const Placement &object = placements[place];
+    if (object.level != chain.level) return false;
+    if (visited[place] != 0) {
+      chain.closed = true;
+      return false;
+    }
+    visited[place] = 1;
+    chain.offset = {Add(chain.offset.row, object.row), Add(chain.offset.column, object.column)};
+    chain.level = object.attachment;
+    chain.changed = true;
+    return true;
+  }
+
+  /** Follows the chain through images or graphics, to the first one of its level each time. */
+  void FollowThrough(Chain &chain, const FirstOfLevel &kind) {
+    std::uint32_t place = kind.Find(chain.level);
+    while (place != FirstOfLevel::kNone && Follow(chain, place)) place = kind.Find(chain.level);
+  }
+
+  /** Follows it through the labels, where a match goes on to the labels behind it before the search starts anew. */
+  void FollowLabels(Chain &chain) {
+    bool matched = true;
+    while (matched && !chain.closed) {
+      matched = false;
+      for (std::uint32_t step = 0; step < labels && !chain.closed; ++step) {
+        if (Follow(chain, images + graphics + step)) matched = true;
+      }
+    }
+  }
+
+  KsArray<DisplayObject> objects;
+  KsArray<Placement> placements;
+  KsArray<std::uint8_t> visited;
+  FirstOfLevel firstImage;
+  FirstOfLevel firstGraphic;
+  std::uint32_t listed = 0;
+};
+
+// ---- size of the canvas -------------------------------------------------------------------------------------------
+
+struct Edges {
+  std::uint32_t right;
+  std::uint32_t bottom;
+};
+
+/** An edge in the format's unsigned 32 bits. A picture too large for them stays at the limit, which no canvas reaches.
+ */
+std::uint32_t Edge(std::uint64_t size, std::int32_t location, std::int32_t offset) {
+  if (size > UINT32_MAX) return UINT32_MAX;
+  const std::int64_t edge = static_cast<std::int64_t>(size) + Add(location, offset);
+  return edge > UINT32_MAX ? UINT32_MAX : static_cast<std::uint32_t>(edge);
+}
+
+std::int32_t MeasureObject(NitfFile *file, const DisplayObject &object, const DisplayOffset &offset, Edges *edges) {
+  if (object.kind == kDisplayGraphic) {
+    return MeasureGraphic(file, object.index, offset, &edges->right, &edges->bottom);
+  }
+  if (object.kind == kDisplayImage) {
+    const ImageSubheader &image = *FindImage(file, object.index);
+    *edges = {Edge(PaddedWidth(image), image.locationColumn, offset.column),
+              Edge(PaddedHeight(image), image.locationRow, offset.row)};
+  }
+  return SUCCESS;
+}
+
+/** The canvas of a file that shows nothing, or nothing but labels and graphics; 0 for all others. */
+std::uint32_t CanvasWithoutImages(const DisplayList &list, std::uint32_t texts) {
+  if (list.Objects().empty()) return texts != 0 ? kTextOnlyCanvas : kDefaultCanvas;
+  return list.images == 0 && list.labels != 0 ? kLabelOnlyCanvas : 0;
+}
+
+// ---- placing an image ---------------------------------------------------------------------------------------------
+
+constexpr std::uint32_t kCombineCopy = 288;
+
+/** A palette that is selected into a context for as long as an image is painted. */
+class SelectedPalette {
+ public:
+  SelectedPalette(KsDeviceContext *deviceContext, const KsBitmap *image) : context(deviceContext) {
+    if (context == nullptr) return;
+    palette = KsPaintPalette(context, image);
+    if (palette != nullptr) previous = platform::SelectPalette(context, palette, false);
+    platform::RealizePalette(context);
+  }
+  SelectedPalette(const SelectedPalette &) = delete;
+  SelectedPalette &operator=(const SelectedPalette &) = delete;
+  ~SelectedPalette() {
+    if (palette == nullptr) return;
+    platform::SelectPalette(context, previous, false);
+    KsObjectFree(palette, __LINE__, __FILE__);
+  }
+
+ private:
+  KsDeviceContext *context;
+  KsPalette *palette = nullptr;
+  KsPalette *previous = nullptr;
+};
+
+/**
+ * The colour that TPXCD stands for: its palette entry, or black in an image without a palette. An index behind the
+ * palette names no colour, and the image is painted whole.
+ */
+std::int32_t PadColor(const KsBitmap *bitmap, const ImageSubheader &image, std::uint32_t *color, bool *transparent) {
+  *color = 0;
+  *transparent = true;
+  if (bitmap->colorCount == 0) return SUCCESS;
+  KsArray<KsPaletteEntry> entries;
+  if (!entries.Allocate(bitmap->colorCount)) return ERROR_NO_MEMORY;
+  KsBitmapGetPalette(bitmap, 0, bitmap->colorCount, entries.Get());
+  const std::uint32_t index = image.padCode[0];
+  *transparent = index < bitmap->colorCount;
+  if (!*transparent) return SUCCESS;
+  const KsPaletteEntry &entry = entries[index];
+  *color = std::uint32_t{entry.blue} << 16 | std::uint32_t{entry.green} << 8 | entry.red;
+  return SUCCESS;
+}
+
+std::int32_t PaintImage(KsDeviceContext *context, const KsBitmap *bitmap, const ImageSubheader &image,
+                        const KsRect &place) {
+  if (image.padCode != nullptr) {
+    std::uint32_t color = 0;
+    bool transparent = false;
+    const std::int32_t status = PadColor(bitmap, image, &color, &transparent);
+    if (status != SUCCESS) return status;
+    if (transparent) {
+      return KsPaintTransparent(context, bitmap, nullptr, nullptr, &place, nullptr, 1000, 1, 1, 1, 1, 1, 1, 1, color, 0,
+                                0, KS_ROP_COPY);
+    }
+  }
+  return KsPaintBitmap(context, bitmap, nullptr, nullptr, &place, nullptr, KS_ROP_COPY);
+}
+
+/** The rectangle that an image covers: its padded size, or for vector-quantised data that of its recorded blocks. */
+KsRect ImagePlace(const KsBitmap *bitmap, const ImageSubheader &image, const DisplayOffset &offset) {
+  const bool quantised = image.compression == kC4 || image.compression == kM4;
+  const std::uint64_t width = quantised ? bitmap->width : PaddedWidth(image);
+  const std::uint64_t height = quantised ? bitmap->height : PaddedHeight(image);
+  const std::int32_t left = Add(image.locationColumn, offset.column);
+  const std::int32_t top = Add(image.locationRow, offset.row);
+  KsRect place;
+  platform::SetRect(&place, left, top, Add(left, static_cast<std::int32_t>(width)),
+                    Add(top, static_cast<std::int32_t>(height)));
+  return place;
+}
+
+std::int32_t PlaceImage(KsDeviceContext *context, KsBitmap *canvas, const KsBitmap *bitmap, const ImageSubheader &image,
+                        const DisplayOffset &offset) {
+  const KsRect place = ImagePlace(bitmap, image, offset);
+  if (context == nullptr) {
+    if (image.padCode != nullptr) return ERROR_INVALID_VALUE;
+    return KsCombine(canvas, place.left, place.top, Subtract(place.right, place.left),
+                     Subtract(place.bottom, place.top), bitmap, 0, 0, kCombineCopy, 0);
+  }
+  const SelectedPalette palette(context, bitmap);
+  return PaintImage(context, bitmap, image, place);
+}
+
+/** Spreads an image all of whose levels lie below 20 over the full range. */
+std::int32_t CheckTone(KsBitmap *bitmap) {
+  constexpr std::uint32_t kLevels = 256;
+  constexpr std::uint32_t kLowLevels = 20;
+  constexpr std::uint32_t kSpreadFully = 350;
+  std::uint64_t counters[kLevels] = {};
+  const std::int32_t status = KsHistogram(bitmap, counters, kLevels, 0);
+  if (status != SUCCESS) return status;
+  const auto occupied = [](std::uint64_t count) { return count != 0; };
+  if (std::any_of(counters + kLowLevels, counters + kLevels, occupied)) return SUCCESS;
+  if (std::none_of(counters, counters + kLowLevels, occupied)) return SUCCESS;
+  return KsToneAdjust(bitmap, kSpreadFully, 0);
+}
+
+std::int32_t DrawImage(FilterLoadRecord *loadContext, KsDeviceContext *context, KsBitmap *canvas, NitfFile *file,
+                       std::uint32_t index, const DisplayOffset &offset) {
+  KsLocalBitmap bitmap;
+  std::int32_t status = DecodeImageSegment(loadContext, file, index, bitmap.Get());
+  if (status == SUCCESS && file->toneCheck != 0) status = CheckTone(bitmap.Get());
+  if (status != SUCCESS) return status;
+  return PlaceImage(context, canvas, bitmap.Get(), *FindImage(file, index), offset);
+}
+
+}  // namespace
+
+std::int32_t MeasureCanvas(NitfFile *file, std::uint32_t *width, std::uint32_t *height) {
+  *width = *height = kDefaultCanvas;
+  if (file->fixedCanvas != 0) return SUCCESS;
+  DisplayList list;
+  const std::int32_t built = list.Build(file);
+  if (built != SUCCESS) return built;
+  if (const std::uint32_t side = CanvasWithoutImages(list, file->textCount); side != 0) {
+    *width = *height = side;
+    return SUCCESS;
+  }
+  Edges canvas{0, 0};
+  for (const DisplayObject &object : list.Objects()) {
+    Edges edges{0, 0};
+    const std::int32_t status = MeasureObject(file, object, list.OffsetsOf(object), &edges);
+    if (status != SUCCESS) return status;
+    canvas = {std::max(canvas.right, edges.right), std::max(canvas.bottom, edges.bottom)};
+  }
+  const std::uint32_t margin = list.labels == 0 ? 0 : kLabelMargin;
+  canvas = {canvas.right + margin, canvas.bottom + margin};
+  if (canvas.right == 0 && canvas.bottom == 0) return SUCCESS;
+  *width = canvas.right;
+  *height = canvas.bottom;
+  return SUCCESS;
+}
+
+std::int32_t DrawObjects(FilterLoadRecord *loadContext, KsDeviceContext *deviceContext, KsBitmap *canvas,
+                         NitfFile *file) {
+  DisplayList list;
+  std::int32_t status = list.Build(file);
+  if (status != SUCCESS) return status;
+  if (deviceContext == nullptr && list.graphics + list.labels != 0) return ERROR_INVALID_VALUE;
+  for (const DisplayObject &object : list.Objects()) {
+    const DisplayOffset offset = list.OffsetsOf(object);
+    if (object.kind == kDisplayImage) {
+      status = DrawImage(loadContext, deviceContext, canvas, file, object.index, offset);
+    } else if (object.kind == kDisplayGraphic) {
+      status = DrawGraphic(deviceContext, file, object.index, offset);
+    } else {
+      status = DrawLabel(deviceContext, file, object.index, offset);
+    }
+    if (status != SUCCESS) return status;
+  }
+  return SUCCESS;
+}

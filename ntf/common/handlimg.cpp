@@ -1,0 +1,150 @@
+#include "handlimg.h"
+
+#include "imgmodes.h"
+#include "internal/ksclasses_.h"
+
+#include <algorithm>
+
+namespace {
+
+/** The tags that belong together for the three channels, in the order of preference. */
+struct BandGroup {
+  std::uint32_t tags[3];
+  bool keepsStart; /**< a missing tag leaves the caller's number; else it means the last band */
+};
+
+constexpr BandGroup kBandGroups[] = {
+    {{kBandRed, kBandGreen, kBandBlue}, true},
+    {{kBandY, kBandCb, kBandCr}, false},
+    {{kBandLut, kBandLut, kBandLut}, false},
+    {{kBandMono, kBandMono, kBandMono}, false},
+};
+
+/** The first band with a tag, or the band count. */
+std::uint32_t FindBand(const ImageSubheader &image, std::uint32_t tag) {
+  for (std::uint32_t band = 0; band < image.bandsHeld; ++band) {
+    if (image.bandRepresentation[band] == tag) return band;
+  }
+  return image.bandCount;
+}
+
+bool TakeGroup(const ImageSubheader &image, const BandGroup &group, std::uint32_t (&bands)[3]) {
+  std::uint32_t found[3];
+  std::transform(group.tags, group.tags + 3, found, [&](std::uint32_t tag) { return FindBand(image, tag); });
+  if (std::all_of(found, found + 3, [&](std::uint32_t band) { return band >= image.bandCount; })) return false;
+  for (std::size_t channel = 0; channel < 3; ++channel) {
+    if (found[channel] < image.bandCount || !group.keepsStart) bands[channel] = found[channel];
+  }
+  return true;
+}
+
+/** The bands of an image without tags: those that were stored, or the first three. */
+void TakeUntagged(const ImageSubheader &image, std::uint32_t (&bands)[3]) {
+  const bool stored =
+      std::all_of(image.displayBands, image.displayBands + 3, [](std::int32_t band) { return band >= 0; });
+  for (std::uint32_t channel = 0; channel < 3; ++channel) {
+    bands[channel] = stored ? static_cast<std::uint32_t>(image.displayBands[channel]) : channel;
+  }
+}
+
+/**
+ * Bits per pixel of the target. Two bands are shown as one through its palette, in full colour; so are three or more,
+ * of which three are shown. Samples of 32 and 64 bits of a gray image come down to 8.
+ */
+std::uint32_t TargetDepth(const ImageSubheader &image) {
+  if (image.bandCount == 2) return 24;
+  const std::uint32_t depth = image.bandCount > 1 ? 3 * image.bitsPerPixel : image.bitsPerPixel;
+  return image.representation == kMono && (depth == 32 || depth == 64) ? 8 : depth;
+}
+
+std::uint32_t TargetOrder(const ImageSubheader &image, std::uint32_t depth) {
+  if (depth == 1 || depth == 8) return KS_ORDER_PALETTE;
+  return image.representation == kMono ? KS_ORDER_GRAY : KS_ORDER_BGR;
+}
+
+/** The entries of the lookup table that a palette is made of: the first band's count, as far as the table goes. */
+std::uint32_t LutEntries(const ImageSubheader &image) {
+  if (image.bandsHeld == 0 || image.bandLutEntries == nullptr) return 0;
+  return std::min(image.bandLutEntries[0], image.lutCount);
+}
+
+std::int32_t SetUpTarget(KsBitmap *target, const ImageSubheader &image) {
+  const std::uint64_t width = PaddedWidth(image);
+  const std::uint64_t height = PaddedHeight(image);
+  if (width > UINT32_MAX || height > UINT32_MAX) return ERROR_NO_MEMORY;
+  const std::uint32_t depth = TargetDepth(image);
+  const std::int32_t status =
+      KsBitmapCreate(target, sizeof *target, KS_BITMAP_OWN, static_cast<std::uint32_t>(width),
+                     static_cast<std::uint32_t>(height), depth, KS_ORDER_BGR, nullptr, 1, nullptr, 0);
+  if (status != SUCCESS) return status;
+  target->order = TargetOrder(image, depth);
+  SetImagePalette(target, image);
+  return SUCCESS;
+}
+
+std::int32_t Decode(const ImageSource &source, KsBitmap *target) {
+  switch (source.image->compression) {
+    case kNC:
+    case kNM:
+      return source.image->pixelValueType == 1 ? DecodePackedBilevel(source, target) : DecodeSamples(source, target);
+    default:
+      return ERROR_NOT_SUPPORTED;
+  }
+}
+
+ImageSource OpenSource(const NitfFile *file, ImageSubheader *image, std::uint32_t index) {
+  const std::int64_t end = KsSeek(file->fileHandle, 0, KS_SEEK_END);
+  return {file, image, DataLength(file, SegmentKind::Image, index), SeekSegmentData(file, SegmentKind::Image, index),
+          static_cast<std::uint64_t>(std::max<std::int64_t>(end, 0))};
+}
+
+}  // namespace
+
+void ChooseBands(ImageSubheader &image, BandOrder *order) {
+  std::uint32_t bands[3] = {order->first, order->second, order->third};
+  const bool tagged = std::any_of(std::begin(kBandGroups), std::end(kBandGroups),
+                                  [&](const BandGroup &group) { return TakeGroup(image, group, bands); });
+  if (!tagged) TakeUntagged(image, bands);
+  const std::uint32_t last = image.bandCount == 0 ? 0 : image.bandCount - 1;
+  for (std::uint32_t &band : bands) band = std::min(band, last);
+  *order = {bands[0], bands[1], bands[2]};
+  const bool different = bands[0] != bands[1] && bands[1] != bands[2] && bands[0] != bands[2];
+  if (tagged && !different) std::copy(bands, bands + 3, image.displayBands);
+}
+
+void SetImagePalette(KsBitmap *bitmap, const ImageSubheader &image) {
+  // A palette that can't be made leaves the bitmap without one, and the image is still shown.
+  if (image.lut != nullptr && bitmap->bitsPerPixel <= 16) {
+    KsPalette *palette = KsPaletteFromLut(image.lut, LutEntries(image));
+    if (palette == nullptr) return;
+    KsBitmapSetLut(bitmap, palette);
+    KsObjectFree(palette, __LINE__, __FILE__);
+    return;
+  }
+  const bool reduced = image.bitsPerPixel == 32 || image.bitsPerPixel == 64;
+  if (image.bitsPerPixel > 8 && !reduced) return;
+  KsPaletteEntry *ramp = KsDefaultPalette(reduced ? 8 : image.bitsPerPixel);
+  if (ramp == nullptr) return;
+  KsBitmapSetPalette(bitmap, 0, std::min(255U, 1U << (reduced ? 8 : image.bitsPerPixel)), ramp);
+  KsPaletteFree(ramp);
+}
+
+std::int32_t ImageSource::Read(std::int64_t offset, void *buffer, std::uint64_t bytes) const {
+  if (offset < 0 || KsSeek(file->fileHandle, dataStart + offset, KS_SEEK_START) < 0) return ERROR_FILE_READ;
+  return KsRead(file->fileHandle, buffer, bytes) == bytes ? SUCCESS : ERROR_FILE_READ;
+}
+
+bool ImageSource::Holds(std::int64_t end) const {
+  return end >= 0 && dataStart >= 0 &&
+         static_cast<std::uint64_t>(dataStart) + static_cast<std::uint64_t>(end) <= fileSize;
+}
+
+std::int32_t DecodeImageSegment(FilterLoadRecord *, const NitfFile *file, std::uint32_t index, KsBitmap *target) {
+  ImageSubheader *image = FindImage(file, index);
+  if (image == nullptr) return ERROR_INVALID_VALUE;
+  std::int32_t status = SetUpTarget(target, *image);
+  if (status != SUCCESS) return status;
+  status = Decode(OpenSource(file, image, index), target);
+  if (status != SUCCESS && (target->flags & KS_BITMAP_ALLOCATED) != 0) KsBitmapFree(target);
+  return status;
+}

@@ -1,0 +1,81 @@
+#include "samples.h"
+
+#include <cstring>
+
+namespace {
+
+/** The greatest number of `bits` bits, 0 to 32. */
+constexpr std::uint32_t FullScale(std::uint32_t bits) {
+  return static_cast<std::uint32_t>((std::uint64_t{1} << bits) - 1);
+}
+
+bool IsScaled(std::uint32_t bits, std::uint32_t actualBits) {
+  return actualBits != bits && actualBits >= 9 && actualBits <= 16;
+}
+
+std::uint32_t BigEndian16(const std::uint8_t *bytes) {
+  return std::uint32_t{bytes[0]} << 8 | bytes[1];
+}
+
+std::uint32_t BigEndian32(const std::uint8_t *bytes) {
+  return BigEndian16(bytes) << 16 | BigEndian16(bytes + 2);
+}
+
+void PutLittleEndian16(std::uint8_t *bytes, std::uint32_t value) {
+  bytes[0] = static_cast<std::uint8_t>(value);
+  bytes[1] = static_cast<std::uint8_t>(value >> 8);
+}
+
+/** Two big-endian samples of 12 bits in three bytes become two little-endian ones. A last single one fills two bytes.
+ */
+void Repack12(std::uint8_t *row, std::uint64_t bytes, std::uint32_t bits, std::uint32_t actualBits,
+              const SampleRange &) {
+  const bool scaled = IsScaled(bits, actualBits);
+  const std::uint32_t divisor = scaled ? FullScale(actualBits) : 1;
+  const std::uint32_t factor = scaled ? FullScale(bits) : 1;
+  for (std::uint64_t at = 0; at + 1 < bytes; at += 3) {
+    const bool pair = at + 2 < bytes;
+    std::uint32_t first = BigEndian16(row + at) >> 4;
+    std::uint32_t second = (row[at + 1] & 0x0FU) << 8 | (pair ? row[at + 2] : 0U);
+    first = first * factor / divisor & 0xFFF;
+    second = second * factor / divisor & 0xFFF;
+    row[at] = static_cast<std::uint8_t>(first);
+    row[at + 1] = static_cast<std::uint8_t>(first >> 8 | (second & 0x0F) << 4);
+    if (pair) row[at + 2] = static_cast<std::uint8_t>(second >> 4);
+  }
+}
+
+void Swap16(std::uint8_t *row, std::uint64_t bytes, std::uint32_t, std::uint32_t, const SampleRange &) {
+  for (std::uint64_t at = 0; at + 1 < bytes; at += 2) PutLittleEndian16(row + at, BigEndian16(row + at));
+}
+
+void Scale16(std::uint8_t *row, std::uint64_t bytes, std::uint32_t bits, std::uint32_t actualBits,
+             const SampleRange &) {
+  const auto factor = static_cast<std::int32_t>(FullScale(bits) & 0xFFFF);
+  const auto divisor = static_cast<std::int32_t>(FullScale(actualBits) & 0xFFFF);
+  for (std::uint64_t at = 0; at + 1 < bytes; at += 2) {
+    // Signed 32-bit arithmetic that wraps: a sample above its own scale must not stop the picture.
+    const std::uint32_t product = BigEndian16(row + at) * static_cast<std::uint32_t>(factor);
+    PutLittleEndian16(row + at, static_cast<std::uint32_t>(static_cast<std::int32_t>(product) / divisor));
+  }
+}
+
+void Spread32(std::uint8_t *row, std::uint64_t bytes, std::uint32_t, std::uint32_t, const SampleRange &range) {
+  const double minimum = range.minimum;
+  const auto extent =
+      static_cast<std::int32_t>(static_cast<std::uint32_t>(range.maximum) - static_cast<std::uint32_t>(range.minimum));
+  for (std::uint64_t at = 0; at < bytes; ++at) {
+    const double value = BigEndian32(row + 4 * at);
+    const double level = extent == 0 ? 0 : (value * 255.0 - minimum * 255.0) / extent;
+    row[at] = static_cast<std::uint8_t>(static_cast<std::int64_t>(level));
+  }
+}
+
+}  // namespace
+
+SampleConversion ChooseConversion(std::uint32_t bits, std::uint32_t actualBits) {
+  if (bits == 12) return Repack12;
+  if (bits >= 17 && bits <= 32) return Spread32;
+  if (bits == 16 && actualBits == 16) return Swap16;
+  return IsScaled(bits, actualBits) ? Scale16 : nullptr;
+}
