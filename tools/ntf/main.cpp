@@ -1,0 +1,110 @@
+// ntf: looks at NITF files and draws them.
+#include "info.h"
+#include "ksntfx.h"
+#include "picture.h"
+#include "problem.h"
+#include "render.h"
+
+#include <cstdio>
+#include <exception>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+namespace {
+
+enum ExitCode { kDone = 0, kFileFault = 1, kWrongUsage = 2 };
+
+/** What the command line asks for. */
+struct Request {
+  ntf::InfoOptions info;
+  ntf::RenderOptions render;
+};
+
+// The refusals that the library shows in a message box come back as a status too, and one line is enough.
+std::int32_t SilentMessageBox(const char *, const char *, std::uint32_t, void *) {
+  return 1;
+}
+
+void SilenceLibrary() {
+  KsPlatformHandlers handlers = {};
+  handlers.messageBox = SilentMessageBox;
+  KsSetPlatformHandlers(&handlers);
+}
+
+void DefineInfo(CLI::App &app, ntf::InfoOptions &options) {
+  CLI::App *info = app.add_subcommand("info", "Tell what is in files");
+  info->set_version_flag("--version", "ntf " NTF_VERSION);
+  info->add_option("FILE", options.files, "NITF files")->required();
+  info->add_flag("--json", options.json, "All header fields as JSON: an object, or an array of them for several files");
+}
+
+void DefineLoadFlag(CLI::App &render, ntf::RenderOptions &options, CLI::Option *image, const std::string &name,
+                    std::uint32_t flag, const std::string &description) {
+  const auto set = [&options, flag](std::int64_t) { options.loadFlags |= flag; };
+  render.add_flag_function(name, set, description)->excludes(image);
+}
+
+void DefineRender(CLI::App &app, ntf::RenderOptions &options) {
+  const auto checkOutput = [](const std::string &name) {
+    return ntf::IsPictureName(name) ? std::string() : name + ": the name must end in .png or .ppm, or be -";
+  };
+  CLI::App *render = app.add_subcommand("render", "Draw the picture of a file");
+  render->set_version_flag("--version", "ntf " NTF_VERSION);
+  render->add_option("FILE", options.file, "NITF file")->required();
+  render->add_option("-o,--output", options.output, "Picture to write, .png or .ppm; - is PNG on the standard output")
+      ->required()
+      ->check(CLI::Validator(checkOutput, "OUT"));
+  CLI::Option *image =
+      render->add_option("--image", options.image, "Only this image segment, counted from 0, at its own depth");
+  render->add_flag("--padded", options.padded, "With --image: also the fill of the last blocks")->needs(image);
+  render->add_option("--depth", options.depth, "Bits per pixel of the canvas, 8 (gray) or 24")
+      ->check(CLI::IsMember({8, 24}))
+      ->capture_default_str()
+      ->excludes(image);
+  DefineLoadFlag(*render, options, image, "--fixed-canvas", NITF_LOAD_FIXED_CANVAS, "A canvas of 2048 by 2048 pixels");
+  DefineLoadFlag(*render, options, image, "--tone-check", NITF_LOAD_TONE_CHECK,
+                 "Spread very dark images over the full range");
+  DefineLoadFlag(*render, options, image, "--vector-render", NITF_LOAD_VECTOR_RENDER, "Paint object symbols at once");
+}
+
+std::string UsageError(const CLI::App *app, const CLI::Error &error) {
+  std::string command = "ntf";
+  for (const CLI::App *chosen : app->get_subcommands()) command += " " + chosen->get_name();
+  return "ntf: " + std::string(error.what()) + "\nTry '" + command + " --help'.\n";
+}
+
+int Run(const CLI::App &app, const Request &request) {
+  SilenceLibrary();
+  if (app.got_subcommand("info")) return ntf::Info(request.info) ? kDone : kFileFault;
+  const ntf::Outcome failed = ntf::Render(request.render);
+  if (failed) ntf::Report(*failed);
+  return failed ? kFileFault : kDone;
+}
+
+int RunCommandLine(int argc, char **argv) {
+  Request request;
+  CLI::App app("Looks at NITF 2.1 files and draws them.", "ntf");
+  app.set_version_flag("--version", "ntf " NTF_VERSION);
+  app.require_subcommand(1);
+  app.failure_message(UsageError);
+  DefineInfo(app, request.info);
+  DefineRender(app, request.render);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError &error) {
+    return app.exit(error) == 0 ? kDone : kWrongUsage;
+  }
+  return Run(app, request);
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  try {
+    return RunCommandLine(argc, argv);
+  } catch (const std::exception &error) {
+    std::fprintf(stderr, "ntf: %s\n", error.what());
+    return kFileFault;
+  }
+}

@@ -1,0 +1,25 @@
+#include "problem.h"
+
+#include "status_words.h"
+
+#include <cctype>
+#include <cstdio>
+#include <system_error>
+
+namespace ntf {
+
+Problem StatusProblem(const std::string &subject, std::int32_t status) {
+  return {subject, StatusWords(status), status};
+}
+
+Problem SystemProblem(const std::string &subject, int error, std::int32_t status) {
+  std::string words = std::generic_category().message(error);
+  if (!words.empty()) words[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(words[0])));
+  return {subject, words, status};
+}
+
+void Report(const Problem &problem) {
+  std::fprintf(stderr, "ntf: %s: %s (status %d)\n", problem.subject.c_str(), problem.words.c_str(), problem.status);
+}
+
+}  // namespace ntf

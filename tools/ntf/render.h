@@ -1,0 +1,23 @@
+// ntf render: the picture of a file, or of one of its images.
+#pragma once
+
+#include "problem.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace ntf {
+
+struct RenderOptions {
+  std::string file;
+  std::string output;                 /* the suffix tells the format; "-" is PNG on the standard output */
+  std::uint32_t depth = 24;           /* of the canvas: 8 or 24 bits */
+  std::uint32_t loadFlags = 0;        /* NitfLoadFlags */
+  std::optional<std::uint32_t> image; /* only this segment, from 0, at its own depth */
+  bool padded = false;                /* with the fill of its last blocks */
+};
+
+Outcome Render(const RenderOptions &options);
+
+}  // namespace ntf
