@@ -22,8 +22,8 @@ TEST_P(Numbers, AreReadUpToTheFirstOtherCharacter) {
 INSTANTIATE_TEST_SUITE_P(Fields, Numbers,
                          testing::Values(std::tuple{"00042", 42}, std::tuple{"   12AB", 12}, std::tuple{"   ", 0},
                                          std::tuple{"", 0}, std::tuple{"-0100", -100}, std::tuple{"+7", 7},
-                                         std::tuple{"--1", 0}, std::tuple{"1 2", 1}, std::tuple{"2147483647", 2147483647},
-                                         std::tuple{"9999999999", 2147483647},
+                                         std::tuple{"--1", 0}, std::tuple{"1 2", 1},
+                                         std::tuple{"2147483647", 2147483647}, std::tuple{"9999999999", 2147483647},
                                          std::tuple{"-2147483648", -2147483647 - 1},
                                          std::tuple{"-99999999999999999999", -2147483647 - 1}));
 
@@ -63,7 +63,8 @@ INSTANTIATE_TEST_SUITE_P(Fields, NumberFields,
                                          std::tuple{12U, 388U, "000000000388"},
                                          std::tuple{12U, 0x80000000U, "0-2147483648"}));
 
-class WrittenFields : public testing::TestWithParam<std::tuple<const char *, std::uint32_t, const char *, const char *>> {};
+class WrittenFields
+    : public testing::TestWithParam<std::tuple<const char *, std::uint32_t, const char *, const char *>> {};
 
 TEST_P(WrittenFields, HaveExactlyTheirWidth) {
   const auto &[text, width, fill, expected] = GetParam();

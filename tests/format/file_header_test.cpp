@@ -33,7 +33,8 @@ TEST_P(FileHeaderField, DecidesWhetherTheFileIsTaken) {
 INSTANTIATE_TEST_SUITE_P(
     FileHeader, FileHeaderField,
     testing::Values(HeaderCase{"FHDR", "NITF", SUCCESS}, HeaderCase{"FHDR", "NSIF", SUCCESS},
-                    HeaderCase{"FHDR", "NIFT", ERROR_FILE_FORMAT}, HeaderCase{"FVER", "02.00", NITF_UNSUPPORTED_VERSION},
+                    HeaderCase{"FHDR", "NIFT", ERROR_FILE_FORMAT},
+                    HeaderCase{"FVER", "02.00", NITF_UNSUPPORTED_VERSION},
                     HeaderCase{"FVER", "01.00", NITF_UNSUPPORTED_VERSION},
                     HeaderCase{"CLEVEL", "05", NITF_UNSUPPORTED_CLEVEL, "Error: Unsupported CLEVEL"},
                     HeaderCase{"CLEVEL", "3 ", NITF_UNSUPPORTED_CLEVEL, "Error: Unsupported CLEVEL"},
@@ -106,7 +107,8 @@ TEST(FileHeader, LengthsBeyond32BitsStayAtTheLimit) {
 
 // ---- stream files -------------------------------------------------------------------------------------------------
 
-/** A file whose lengths are given as unknown in its headers, with their true copies in a stream file header at its end. */
+/** A file whose lengths are given as unknown in its headers, with their true copies in a stream file header at its end.
+ */
 class StreamFile {
  public:
   explicit StreamFile(std::uint32_t rows) {

@@ -11,7 +11,9 @@ ImageSpec Tiny(FieldTexts fields = {}) {
   return {.rows = 2, .columns = 2, .data = Bytes(4, 1), .fields = std::move(fields)};
 }
 
-LoadedFile LoadImage(ImageSpec image) { return LoadedFile(NitfBuilder().Image(std::move(image))); }
+LoadedFile LoadImage(ImageSpec image) {
+  return LoadedFile(NitfBuilder().Image(std::move(image)));
+}
 
 struct RefusalCase {
   const char *field;
@@ -121,20 +123,18 @@ TEST_P(ImageMember, IsDecodedFromItsText) {
 
 INSTANTIATE_TEST_SUITE_P(
     ImageHeader, ImageMember,
-    testing::Values(TextCase{"IREP", "RGB/LUT", MEMBER(representation), kRgbLut},
-                    TextCase{"IREP", "RGB", MEMBER(representation), kRgb},
-                    TextCase{"IREP", "YCbCr601", MEMBER(representation), kYCbCr601},
-                    TextCase{"IREP", "WHATEVER", MEMBER(representation), kRgb},
-                    TextCase{"PJUST", "L", MEMBER(rightJustified), 0}, TextCase{"PJUST", "?", MEMBER(rightJustified), 1},
-                    TextCase{"ILOC", "-010000020", MEMBER(locationRow), -100},
-                    TextCase{"ILOC", "-010000020", MEMBER(locationColumn), 20},
-                    TextCase{"ILOC", "00012-0007", MEMBER(locationColumn), -7},
-                    TextCase{"IMAG", "/2  ", MEMBER(magnification), 0.5},
-                    TextCase{"IMAG", "12.5", MEMBER(magnification), 12.5},
-                    TextCase{"IMAG", "1.0 ", MEMBER(magnification), 1.0},
-                    TextCase{"NPPBH", "0000", MEMBER(blockWidth), 2}, TextCase{"NPPBV", "0000", MEMBER(blockHeight), 2},
-                    TextCase{"IDLVL", "007", MEMBER(displayLevel), 7}, TextCase{"IALVL", " 12", MEMBER(attachmentLevel), 12},
-                    TextCase{"ABPP", "xx", MEMBER(actualBits), 0}));
+    testing::Values(
+        TextCase{"IREP", "RGB/LUT", MEMBER(representation), kRgbLut},
+        TextCase{"IREP", "RGB", MEMBER(representation), kRgb},
+        TextCase{"IREP", "YCbCr601", MEMBER(representation), kYCbCr601},
+        TextCase{"IREP", "WHATEVER", MEMBER(representation), kRgb}, TextCase{"PJUST", "L", MEMBER(rightJustified), 0},
+        TextCase{"PJUST", "?", MEMBER(rightJustified), 1}, TextCase{"ILOC", "-010000020", MEMBER(locationRow), -100},
+        TextCase{"ILOC", "-010000020", MEMBER(locationColumn), 20},
+        TextCase{"ILOC", "00012-0007", MEMBER(locationColumn), -7},
+        TextCase{"IMAG", "/2  ", MEMBER(magnification), 0.5}, TextCase{"IMAG", "12.5", MEMBER(magnification), 12.5},
+        TextCase{"IMAG", "1.0 ", MEMBER(magnification), 1.0}, TextCase{"NPPBH", "0000", MEMBER(blockWidth), 2},
+        TextCase{"NPPBV", "0000", MEMBER(blockHeight), 2}, TextCase{"IDLVL", "007", MEMBER(displayLevel), 7},
+        TextCase{"IALVL", " 12", MEMBER(attachmentLevel), 12}, TextCase{"ABPP", "xx", MEMBER(actualBits), 0}));
 
 struct RateCase {
   const char *text;

@@ -91,7 +91,9 @@ SegmentCase TextCase(const char *field, const char *text, std::int32_t status) {
   return {[=](NitfBuilder &builder) { builder.Text({.text = "x", .fields = {{field, text}}}); }, status};
 }
 SegmentCase ExtensionCase(const char *field, const char *text, std::int32_t status) {
-  return {[=](NitfBuilder &builder) { builder.DataExtension({.identifier = "ANY", .fields = {{field, text}}}); },
+  return {[=](NitfBuilder &builder) {
+            builder.DataExtension({.identifier = "ANY", .fields = {{field, text}}});
+          },
           status};
 }
 

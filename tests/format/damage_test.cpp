@@ -1,0 +1,164 @@
+// Files that are cut off or changed anywhere must end in a status or a picture, soon, without a fault.
+#include "handlimg.h"
+#include "harness.h"
+#include "strmfhdr.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+struct Shape {
+  const char *name;
+  NitfBuilder builder;
+  std::string tail;
+};
+
+ImageSpec Image(char mode, std::size_t bands, const char *compression) {
+  ImageSpec image{.rows = 4, .columns = 6, .compression = compression, .mode = mode, .blockWidth = 3, .blockHeight = 2};
+  image.representation = bands == 3 ? "RGB" : "MONO";
+  image.bands = std::vector<BandSpec>(bands, {bands == 3 ? "R" : "M", 0, {}});
+  image.data = Bytes(std::size_t{24} * bands, 0x5A);
+  return image;
+}
+
+ImageSpec Masked(char mode, std::size_t bands) {
+  ImageSpec image = Image(mode, bands, "NM");
+  const std::uint32_t blockBytes = mode == 'S' ? 6 : static_cast<std::uint32_t>(6 * bands);
+  image.mask = MaskSpec{{0, blockBytes, kNotRecorded, 2 * blockBytes}, {0, kNotRecorded, 0, 0}, Bytes{0}};
+  image.mask->blockOffsets.resize(4 * bands);
+  image.mask->padOffsets.resize(4 * bands);
+  return image;
+}
+
+ImageSpec Bilevel() {
+  ImageSpec image{.rows = 5, .columns = 13, .representation = "RGB/LUT", .pixelValueType = "B", .bits = 1};
+  image.bands = {{"LU", 3, {1, 2, 3, 4, 5, 6}}};
+  image.data = Bytes(9, 0xA5);
+  return image;
+}
+
+ImageSpec Deep(std::uint32_t bits, std::uint32_t actualBits) {
+  ImageSpec image{.rows = 3, .columns = 5, .bits = bits, .actualBits = actualBits};
+  image.data = Bytes(std::size_t{3} * ((5 * bits + 7) / 8), 0x77);
+  return image;
+}
+
+std::string StreamTail(const NitfBuilder &builder) {
+  const Bytes header = builder.Header();
+  char length[8];
+  std::snprintf(length, sizeof length, "%07zu", header.size());
+  return std::string(length) + "\x0A\x6E\x1D\x97" + std::string(header.begin(), header.end()) + "\x0E\xCA\x14\xBF" +
+         length;
+}
+
+std::vector<Shape> Shapes() {
+  const NitfBuilder plain = NitfBuilder().Image(Image('B', 1, "NC"));
+  std::vector<Shape> shapes = {
+      {"plain", plain, {}},
+      {"mode_b", NitfBuilder().Image(Image('B', 3, "NC")), {}},
+      {"mode_p", NitfBuilder().Image(Image('P', 3, "NC")), {}},
+      {"mode_r", NitfBuilder().Image(Image('R', 3, "NC")), {}},
+      {"mode_s", NitfBuilder().Image(Image('S', 3, "NC")), {}},
+      {"two_bands", NitfBuilder().Image(Image('P', 2, "NC")), {}},
+      {"masked_plane", NitfBuilder().Image(Masked('B', 1)), {}},
+      {"masked_b", NitfBuilder().Image(Masked('B', 3)), {}},
+      {"masked_s", NitfBuilder().Image(Masked('S', 3)), {}},
+      {"bilevel", NitfBuilder().Image(Bilevel()), {}},
+      {"twelve_bits", NitfBuilder().Image(Deep(12, 12)), {}},
+      {"sixteen_bits", NitfBuilder().Image(Deep(16, 11)), {}},
+      {"thirty_two_bits", NitfBuilder().Image(Deep(32, 24)), {}},
+      {"all_kinds",
+       NitfBuilder()
+           .Field("UDHD", "data")
+           .Image(Image('B', 1, "NC"))
+           .Graphic({.format = 'O', .data = Bytes(4, 1), .fields = {{"SXSHD", "abc"}}})
+           .Text({.text = "text", .fields = {{"TXSHD", "abc"}}})
+           .DataExtension({"TRE_OVERFLOW", "user", Bytes(4, 1)}),
+       {}},
+      {"stream", NitfBuilder().Image(Image('B', 1, "NC")).Field("FL", "999999999999"), StreamTail(plain)},
+  };
+  return shapes;
+}
+
+void PrintTo(const Shape &shape, std::ostream *out) {
+  *out << shape.name;
+}
+
+class Damage : public testing::TestWithParam<Shape> {
+ protected:
+  Damage() {
+    file = GetParam().builder.Build();
+    file.insert(file.end(), GetParam().tail.begin(), GetParam().tail.end());
+    before = LiveBlocks();
+  }
+
+  /** Composes the bytes; whatever comes out must be a status or a whole picture. */
+  void Try(const Bytes &bytes) {
+    const PlatformWatch watch;
+    WriteFile(folder.Path("damaged"), bytes);
+    const Composition picture = Compose(folder.Path("damaged"));
+    ASSERT_TRUE(picture.status == SUCCESS || picture.status < 0) << picture.status;
+    if (picture.status == SUCCESS) {
+      ASSERT_EQ(picture.rows.size(), picture.height);
+    }
+    ASSERT_EQ(LiveBlocks(), before);
+  }
+
+  TemporaryFolder folder;
+  Bytes file;
+  std::array<std::int64_t, KS_MEMORY_KINDS> before{};
+};
+
+TEST_P(Damage, EveryTruncationEndsInAStatusOrAPicture) {
+  for (std::size_t length = 0; length < file.size(); ++length) {
+    ASSERT_NO_FATAL_FAILURE(Try(Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(length)))) << length;
+  }
+}
+
+TEST_P(Damage, EveryChangedByteEndsInAStatusOrAPicture) {
+  // Large pictures are refused early here, so that the test spends its time on the bytes and not on filling canvases.
+  KsSetBitmapLimit(std::uint64_t{16} << 20);
+  for (std::size_t at = 0; at < file.size(); ++at) {
+    for (const std::uint8_t value : {0x00, 0x20, 0x2D, 0x30, 0x39, 0xFF}) {
+      Bytes changed = file;
+      if (changed[at] == value) continue;
+      changed[at] = value;
+      ASSERT_NO_FATAL_FAILURE(Try(changed)) << at << " to " << int{value};
+    }
+  }
+  KsSetBitmapLimit(0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, Damage, testing::ValuesIn(Shapes()),
+                         [](const auto &given) { return std::string(given.param.name); });
+
+TEST(Limits, ASmallFileCanNotAskForALargeCanvas) {
+  ImageSpec image = Image('B', 1, "NC");
+  image.fields = {{"NBPR", "9000"}, {"NBPC", "9000"}, {"NPPBH", "9000"}, {"NPPBV", "9000"}};
+  EXPECT_EQ(Compose(NitfBuilder().Image(image)).status, ERROR_NO_MEMORY);
+}
+
+TEST(Limits, AnImageWithoutItsDataTakesNoTime) {
+  // 4 GiB of blocks, none of which is in the file: refused at the first one.
+  ImageSpec image = Image('B', 1, "NC");
+  image.fields = {{"NBPR", "6400"}, {"NBPC", "6400"}, {"NPPBH", "0010"}, {"NPPBV", "0010"}};
+  LoadedFile file(NitfBuilder().Image(image));
+  KsBitmap bitmap;
+  KsBitmapInit(&bitmap, sizeof bitmap, 0, 0, 0);
+  EXPECT_EQ(DecodeImageSegment(nullptr, file.Get(), 0, &bitmap), ERROR_FILE_READ);
+  EXPECT_EQ(bitmap.flags & KS_BITMAP_ALLOCATED, 0U);
+}
+
+TEST(Limits, ALongChainOfAttachmentsIsFollowed) {
+  NitfBuilder builder;
+  for (int level = 1; level <= 998; ++level) {
+    ImageSpec image{.rows = 1, .columns = 1, .level = level, .attachment = level - 1, .data = {9}};
+    image.locationColumn = 1;
+    builder.Image(image);
+  }
+  EXPECT_EQ(Inform(builder).info.width, 999U);
+}
+
+}  // namespace
