@@ -49,7 +49,7 @@ bool MakeStorage(KsBitmap &bitmap) {
   if (bitmap.pixels == nullptr) return false;
   platform::ExpectWholeUse(bitmap.pixels, bytes);
   bitmap.storageBytes = bytes;
-  bitmap.flags |= KS_BITMAP_ALLOCATED | kscore::bitmapAllZero;
+  bitmap.flags |= KS_BITMAP_ALLOCATED | kscore::bitmapUntouched;
   return true;
 }
 
