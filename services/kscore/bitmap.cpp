@@ -11,7 +11,6 @@
 
 namespace {
 
-using kscore::HasStorage;
 using kscore::IsBitmap;
 
 constexpr uint64_t firstBitmapLimit = uint64_t{4} << 30;
