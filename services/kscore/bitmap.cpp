@@ -33,7 +33,7 @@ bool IsWithinLimit(uint64_t bytes, uint32_t height) {
 }
 
 bool CopyPalette(KsBitmap &bitmap, const KsPaletteEntry *palette) {
-  const uint32_t entries = kscore::EntriesOf(bitmap.bitsPerPixel);
+  const uint32_t entries = kscore::EntriesOfDepth(bitmap.bitsPerPixel);
   bitmap.palette = kscore::AllocatePalette(entries);
   if (bitmap.palette == nullptr) return false;
   std::memcpy(bitmap.palette, palette, entries * sizeof(KsPaletteEntry));

@@ -32,7 +32,7 @@ uint32_t IndexOf(const KsBitmap &bitmap, Bgr color) {
   kscore::ShownColors colors;
   kscore::FillShownColors(bitmap, colors);
   const uint32_t count =
-      kscore::HasPalette(bitmap) ? kscore::SelectableColors(bitmap) : kscore::EntriesOf(bitmap.bitsPerPixel);
+      kscore::HasPalette(bitmap) ? kscore::SelectableColors(bitmap) : kscore::EntriesOfDepth(bitmap.bitsPerPixel);
   return kscore::NearestIndex(colors, count, color);
 }
 

@@ -69,9 +69,8 @@ uint64_t Converted(const KsBitmap &target, const KsBitmap &source, uint64_t pixe
     if (source.bitsPerPixel != 8 || source.palette == nullptr || SamePalette(source, target)) return pixel;
   }
   const Color color = ShownColor(source, pixel);
-  if (target.bitsPerPixel >= 24)
-    return static_cast<uint64_t>(color.red) << 16 | static_cast<uint64_t>(color.green) << 8 |
-           static_cast<uint64_t>(color.blue);
+  const int bgr = color.red * 65536 + color.green * 256 + color.blue;
+  if (target.bitsPerPixel >= 24) return static_cast<uint64_t>(bgr);
   if (target.palette != nullptr) return NearestEntry(target, color);
   return static_cast<uint64_t>((77 * color.red + 151 * color.green + 28 * color.blue) / 256);
 }
