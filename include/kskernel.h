@@ -2,14 +2,21 @@
  * The imaging framework as its clients see it: files, memory, bitmaps, palettes, device contexts, and the operations on
  * pixels that the NITF library is built on. Usable from C11 and C++.
  *
- * Conventions
- *   Results        A signed 32-bit status unless told otherwise: SUCCESS (1), or a negative KsStatus.
- *   Bitmaps        Go with their size, sizeof(KsBitmap), so that a caller built against another layout is refused
- * (-13). Colours        u32, red in the low byte, then green, then blue; the top byte is ignored. Pixels         Rows
- * run from the top down. 24 bits: blue, green, red. 32 bits: blue, green, red, unused. 16 bits: gray in the machine's
- * order. 12 bits: two samples p, q in three bytes, the low eight bits of p, then the high four bits of p (low nibble)
- * with the low four of q (high nibble), then the high eight bits of q. 1 bit: the leftmost pixel in the top bit.
- *   Threads        No operation may run twice on one file, bitmap or context at a time; different ones are independent.
+ * Results: a signed 32-bit status unless told otherwise: SUCCESS (1), or a negative KsStatus.
+ *
+ * Bitmaps go with their size, sizeof(KsBitmap), so that a caller built against another layout is refused (-13).
+ *
+ * Colours are u32 with red in the low byte, then green, then blue; the top byte is ignored.
+ *
+ * Pixels: rows run from the top down.
+ *   - 1 bit: the leftmost pixel in the top bit.
+ *   - 12 bits: two samples p, q in three bytes, the low eight bits of p, then the high four bits of p (low nibble) with
+ *     the low four of q (high nibble), then the high eight bits of q.
+ *   - 16 bits: gray in the machine's order.
+ *   - 24 bits: blue, green, red.
+ *   - 32 bits: blue, green, red, unused.
+ *
+ * Threads: no operation may run twice on one file, bitmap or context at a time; different ones are independent.
  */
 #ifndef KSKERNEL_H
 #define KSKERNEL_H
@@ -153,7 +160,7 @@ enum KsSeekOrigin { KS_SEEK_START = 0, KS_SEEK_CURRENT = 1, KS_SEEK_END = 2 };
  */
 KS_API KsHandle KsOpen(const char16_t *name, uint32_t flags, uint32_t mode);
 
-/** Writes what is still held back and closes. SUCCESS, or ERROR_FILE_WRITE where any write to the file failed. */
+/** Writes what is still held back and closes. SUCCESS, or ERROR_FILE_WRITE after a failed write or without a file. */
 KS_API int32_t KsClose(KsHandle handle);
 
 /** Moves up to `bytes` bytes from the position into `buffer`: the bytes moved, fewer at the end or on an error. */
@@ -178,10 +185,10 @@ KS_API void KsToWideFree(char16_t *name);
 enum KsMemoryKind {
   KS_MEMORY_BLOCK = 1,  /**< KsCalloc, KsAllocBlock, KsRealloc */
   KS_MEMORY_PIXELS = 2, /**< storage and palettes of bitmaps */
-  KS_MEMORY_GLOBAL = 3,
+  KS_MEMORY_GLOBAL = 3, /**< global blocks, from their report with KsTrackAlloc to KsFreeGlobal */
   KS_MEMORY_OBJECT = 4, /**< palettes and device contexts */
   KS_MEMORY_ARRAY = 5,  /**< blocks of the plain heap that were reported */
-  KS_MEMORY_FILE = 6,   /**< open files */
+  KS_MEMORY_FILE = 6,   /**< open files and their buffers */
   KS_MEMORY_KINDS = 7
 };
 
@@ -193,7 +200,7 @@ KS_API void *KsAllocBlock(uint64_t count, uint64_t size, int32_t line, const cha
 KS_API void *KsRealloc(void *block, uint64_t bytes, int32_t line, const char *file);
 KS_API void KsFree(void *block, int32_t line, const char *file);
 KS_API void KsFreeGlobal(void *handle, int32_t line, const char *file);
-/** Releases a system object, such as a palette. Null is none. */
+/** Releases a palette object. Null is none, and a context's stock palette stays with its context. */
 KS_API void KsObjectFree(void *object, int32_t line, const char *file);
 /** Reports that a block of the plain heap was taken or given back. Null is none. `kind` is a KsMemoryKind. */
 KS_API void KsTrackAlloc(uint32_t kind, const void *block, int32_t line, const char *file);
@@ -214,11 +221,12 @@ KS_API void KsFailAllocationsAfter(int64_t successes);
 KS_API void KsBitmapInit(KsBitmap *bitmap, uint32_t bitmapSize, uint32_t, uint32_t, uint32_t);
 
 /**
- * Creates a bitmap of `width` by `height` pixels of 1 to 255 `bits`. Conversions know 1, 8, 12, 16, 24 and 32 bits;
- * others are storage that combines with its like. `palette` may be null; otherwise 2^bits entries are copied, for up to
- * 8 bits. `memory` is 1, or 4 for a canvas. KS_BITMAP_OWN has zeroed storage of its own; KS_BITMAP_CALLER shows `data`,
- * of `size` bytes, that the caller keeps alive (null: see KsBitmapSetData), with rows of bytesPerLine bytes. -1 above
- * the limit or without memory, -13 for arguments that make no bitmap. Freed with KsBitmapFree.
+ * Creates a bitmap in `bitmap`, whatever that held before being forgotten; it is empty after a failure. It has `width`
+ * by `height` pixels of 1 to 255 `bits`. Conversions know 1, 8, 12, 16, 24 and 32 bits; others are storage that
+ * combines with its like. `palette` may be null; otherwise 2^bits entries are copied, for up to 8 bits. `memory` is 1,
+ * or 4 for a canvas. KS_BITMAP_OWN has zeroed storage of its own; KS_BITMAP_CALLER shows `data`, of `size` bytes, that
+ * the caller keeps alive (null: see KsBitmapSetData), with rows of bytesPerLine bytes. -1 above the limit or without
+ * memory, -13 for arguments that make no bitmap. Freed with KsBitmapFree.
  */
 KS_API int32_t KsBitmapCreate(KsBitmap *bitmap, uint32_t bitmapSize, uint32_t kind, uint32_t width, uint32_t height,
                               uint32_t bits, uint32_t order, const KsPaletteEntry *palette, uint32_t memory, void *data,
@@ -230,7 +238,7 @@ KS_API int32_t KsBitmapSetData(KsBitmap *bitmap, void *data, uint64_t bytes, uin
 /** Releases storage and palette and leaves an empty bitmap. Harmless on an empty one. */
 KS_API void KsBitmapFree(KsBitmap *bitmap);
 
-/** Sets all pixels to 0. */
+/** Sets all pixels to 0, in the caller's buffer for KS_BITMAP_CALLER. */
 KS_API void KsBitmapClear(KsBitmap *bitmap);
 
 /**
@@ -239,7 +247,10 @@ KS_API void KsBitmapClear(KsBitmap *bitmap);
  */
 KS_API int32_t KsBitmapFill(KsBitmap *bitmap, uint32_t color);
 
-/** Opens the pixels for row calls; `bitmap` must have storage, else -2. Each success is paired with KsBitmapRelease. */
+/**
+ * Opens the pixels for row calls, and once before a caller first writes at KsBitmap::pixels itself; `bitmap` must have
+ * storage, else -2. Each success is paired with KsBitmapRelease.
+ */
 KS_API int32_t KsBitmapAccess(KsBitmap *bitmap, uint32_t);
 KS_API void KsBitmapRelease(KsBitmap *bitmap, uint32_t, uint32_t);
 
@@ -287,7 +298,7 @@ KS_API uint64_t KsSetBitmapLimit(uint64_t bytes);
  *   - indices of 1 and 8 bits become their palette's colours, and the gray ramp without a palette;
  *   - grays of 12 and 16 bits give their high eight bits;
  *   - colours become grays by (77 red + 151 green + 28 blue) / 256, or the nearest colour of a target's palette.
- * `operation` is 288 (copy), `flags` 0. -2 without storage, -16 where there is no conversion.
+ * `operation` is 288 (copy), `flags` 0. -2 without storage, -16 where there is no conversion, or for another operation.
  */
 KS_API int32_t KsCombine(KsBitmap *target, int32_t left, int32_t top, int32_t width, int32_t height,
                          const KsBitmap *source, int32_t sourceLeft, int32_t sourceTop, uint32_t operation,
@@ -302,14 +313,18 @@ KS_API KsPalette *KsPaintPalette(KsDeviceContext *context, const KsBitmap *bitma
 
 #define KS_ROP_COPY 0xCC0020u
 
-/** Paints a bitmap at the upper left corner of `rectangle`, unscaled and clipped to it, converted as in KsCombine. */
+/**
+ * Paints a bitmap at the upper left corner of `rectangle`, unscaled and clipped to it, converted as in KsCombine.
+ * `source`, where given, is the part of the bitmap that is painted, and `clip` the part of the canvas that may change.
+ * -13 without a context or rectangle, -16 for another operation than KS_ROP_COPY.
+ */
 KS_API int32_t KsPaintBitmap(KsDeviceContext *context, const KsBitmap *bitmap, const KsRect *source, const KsRect *clip,
                              const KsRect *rectangle, const void *reserved, uint32_t rasterOperation);
 
 /**
  * As KsPaintBitmap, and leaves the canvas alone under pixels whose colour is exactly `color`. A gray of 12 or 16 bits
- * is of that colour where all its bits are, not the high eight alone. `scale` is 1000, the seven numbers after it
- * are 1.
+ * is of that colour where all its bits are, not the high eight alone: 0x13 stands for 0x131 and 0x1313. `scale` is
+ * 1000, the seven numbers after it are 1. -16 for depths without conversion, too.
  */
 KS_API int32_t KsPaintTransparent(KsDeviceContext *context, const KsBitmap *bitmap, const KsRect *source,
                                   const KsRect *clip, const KsRect *rectangle, const void *reserved, uint32_t scale,

@@ -9,8 +9,8 @@ namespace ksblend {
 struct RowTables {
   kscore::ShownColors colors;                // what the source's levels show
   std::uint8_t indices[kscore::levelCount];  // the same as indices or grays of an 8-bit target
-  NearestColors *nearest;                    // the target's palette, where colours have to be found in it
-  std::uint32_t bitsPerPixel;                // of source and target, where they are equal
+  NearestColors *nearest = nullptr;          // the target's palette, where colours have to be found in it
+  std::uint32_t bitsPerPixel = 0;            // of source and target, where they are equal
 };
 
 /** Converts `count` pixels from pixel `sourceX` of a row to pixel `targetX` of another. */

@@ -11,7 +11,6 @@
 
 namespace {
 
-using kscore::HasStorage;
 using kscore::IsBitmap;
 
 constexpr uint64_t firstBitmapLimit = uint64_t{4} << 30;
@@ -34,7 +33,7 @@ bool IsWithinLimit(uint64_t bytes, uint32_t height) {
 }
 
 bool CopyPalette(KsBitmap &bitmap, const KsPaletteEntry *palette) {
-  const uint32_t entries = kscore::EntriesOf(bitmap.bitsPerPixel);
+  const uint32_t entries = kscore::EntriesOfDepth(bitmap.bitsPerPixel);
   bitmap.palette = kscore::AllocatePalette(entries);
   if (bitmap.palette == nullptr) return false;
   std::memcpy(bitmap.palette, palette, entries * sizeof(KsPaletteEntry));
@@ -49,7 +48,7 @@ bool MakeStorage(KsBitmap &bitmap) {
   if (bitmap.pixels == nullptr) return false;
   platform::ExpectWholeUse(bitmap.pixels, bytes);
   bitmap.storageBytes = bytes;
-  bitmap.flags |= KS_BITMAP_ALLOCATED | kscore::bitmapAllZero;
+  bitmap.flags |= KS_BITMAP_ALLOCATED | kscore::bitmapUntouched;
   return true;
 }
 

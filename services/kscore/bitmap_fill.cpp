@@ -32,7 +32,7 @@ uint32_t IndexOf(const KsBitmap &bitmap, Bgr color) {
   kscore::ShownColors colors;
   kscore::FillShownColors(bitmap, colors);
   const uint32_t count =
-      kscore::HasPalette(bitmap) ? kscore::SelectableColors(bitmap) : kscore::EntriesOf(bitmap.bitsPerPixel);
+      kscore::HasPalette(bitmap) ? kscore::SelectableColors(bitmap) : kscore::EntriesOfDepth(bitmap.bitsPerPixel);
   return kscore::NearestIndex(colors, count, color);
 }
 
@@ -57,11 +57,9 @@ Pattern PatternFor(const KsBitmap &bitmap, Bgr color) {
 }
 
 void Fill(KsBitmap &bitmap, uint8_t byte) {
-  if (byte == 0 && (bitmap.flags & kscore::bitmapAllZero) != 0) return;
+  if (byte == 0 && (bitmap.flags & kscore::bitmapUntouched) != 0) return;
   std::memset(bitmap.pixels, byte, uint64_t{bitmap.bytesPerLine} * bitmap.height);
   kscore::MarkWritten(bitmap);
-  // What lies in a caller's buffer can change behind the bitmap's back.
-  if (byte == 0 && bitmap.kind == KS_BITMAP_OWN) bitmap.flags |= kscore::bitmapAllZero;
 }
 
 /** Fills the first row, and the others from it. */

@@ -34,7 +34,7 @@ bool EnsurePalette(KsBitmap &bitmap) {
   if (HasPalette(bitmap)) return true;
   KsPaletteEntry *const ramp = KsDefaultPalette(bitmap.bitsPerPixel);
   if (ramp == nullptr) return false;
-  const std::uint32_t entries = EntriesOf(bitmap.bitsPerPixel);
+  const std::uint32_t entries = EntriesOfDepth(bitmap.bitsPerPixel);
   ReplacePalette(bitmap, ramp, entries, entries);
   return true;
 }
@@ -42,7 +42,7 @@ bool EnsurePalette(KsBitmap &bitmap) {
 }  // namespace
 
 void FillGrayRamp(KsPaletteEntry *entries, std::uint32_t bits) {
-  const std::uint32_t last = EntriesOf(bits) - 1;
+  const std::uint32_t last = EntriesOfDepth(bits) - 1;
   for (std::uint32_t i = 0; i <= last; ++i) entries[i] = GrayEntry(i * 255 / last);
 }
 
@@ -87,10 +87,11 @@ const KsPaletteEntry *EntriesOf(const KsPalette *palette) {
 }  // namespace kscore
 
 using kscore::EntriesOf;
+using kscore::EntriesOfDepth;
 
 KsPaletteEntry *KsDefaultPalette(uint32_t bits) {
   if (bits < 1 || bits > kscore::deepestPalette) return nullptr;
-  KsPaletteEntry *const palette = kscore::AllocatePalette(EntriesOf(bits));
+  KsPaletteEntry *const palette = kscore::AllocatePalette(EntriesOfDepth(bits));
   if (palette != nullptr) kscore::FillGrayRamp(palette, bits);
   return palette;
 }
@@ -117,8 +118,8 @@ int32_t KsBitmapSetLut(KsBitmap *bitmap, const KsPalette *palette) {
   if (!kscore::IsBitmap(bitmap) || bitmap->bitsPerPixel == 0 || palette == nullptr) return ERROR_INVALID_VALUE;
   const uint32_t bits = bitmap->bitsPerPixel;
   if (bits > kscore::deepestLut) return ERROR_BITS_PER_PIXEL;
-  const uint32_t count = std::min(palette->count, EntriesOf(bits));
-  const uint32_t capacity = bits <= kscore::deepestPalette ? EntriesOf(bits) : count;
+  const uint32_t count = std::min(palette->count, EntriesOfDepth(bits));
+  const uint32_t capacity = bits <= kscore::deepestPalette ? EntriesOfDepth(bits) : count;
   KsPaletteEntry *const entries = kscore::AllocatePalette(capacity);
   if (entries == nullptr) return ERROR_NO_MEMORY;
   std::memcpy(entries, EntriesOf(palette), count * sizeof(KsPaletteEntry));
@@ -138,7 +139,7 @@ int32_t KsBitmapSetPalette(KsBitmap *bitmap, uint32_t first, uint32_t count, con
   if (!kscore::IsBitmap(bitmap) || bitmap->bitsPerPixel == 0 || entries == nullptr) return ERROR_INVALID_VALUE;
   if (bitmap->bitsPerPixel > kscore::deepestPalette) return ERROR_BITS_PER_PIXEL;
   if (!kscore::EnsurePalette(*bitmap)) return ERROR_NO_MEMORY;
-  const uint32_t entriesOfDepth = EntriesOf(bitmap->bitsPerPixel);
+  const uint32_t entriesOfDepth = EntriesOfDepth(bitmap->bitsPerPixel);
   if (first >= entriesOfDepth) return SUCCESS;
   const uint32_t end = first + std::min(count, entriesOfDepth - first);
   std::memcpy(bitmap->palette + first, entries, (end - first) * sizeof(KsPaletteEntry));

@@ -18,7 +18,7 @@ constexpr std::uint32_t deepestPalette = 8;
 constexpr std::uint32_t deepestLut = 16;
 
 /** Entries of a full palette of `bits` bits, up to 16. */
-constexpr std::uint32_t EntriesOf(std::uint32_t bits) {
+constexpr std::uint32_t EntriesOfDepth(std::uint32_t bits) {
   return 1u << bits;
 }
 

@@ -98,7 +98,7 @@ template <class Form>
 int32_t SpreadPalette(KsBitmap &bitmap) {
   const UsedLevels used = LevelsOf<Form>(bitmap);
   Range range;
-  for (uint32_t level = 0; level < kscore::EntriesOf(Form::bits); ++level) {
+  for (uint32_t level = 0; level < kscore::EntriesOfDepth(Form::bits); ++level) {
     if (!used[level]) continue;
     const KsPaletteEntry entry = level < bitmap.colorCount ? bitmap.palette[level] : KsPaletteEntry{};
     for (const uint8_t value : {entry.blue, entry.green, entry.red}) range.Add(value);

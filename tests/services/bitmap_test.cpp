@@ -57,6 +57,7 @@ TEST_F(BitmapTest, CallersPixelsAreShownAndLeftAlive) {
     return KsBitmapCreate(bitmap.Get(), 284, KS_BITMAP_CALLER, 7, 5, 8, 0, nullptr, 1, data, size);
   };
   EXPECT_EQ(create(pixels.data(), 39), ERROR_INVALID_VALUE);
+  EXPECT_EQ(bitmap->width, 0u) << "empty after a failure";
   ASSERT_EQ(create(nullptr, 0), SUCCESS);
   EXPECT_EQ(KsBitmapFill(bitmap.Get(), 0), ERROR_NO_STORAGE);
   EXPECT_EQ(KsBitmapAccess(bitmap.Get(), 0), ERROR_NO_STORAGE);
@@ -129,31 +130,48 @@ INSTANTIATE_TEST_SUITE_P(Depths, FillTest,
                                          FillCase{24, false, 0x555555, 0x555555}, FillCase{24, false, 0, 0},
                                          FillCase{32, false, 0xFF40C020, 0x20C040}));
 
-TEST_F(BitmapTest, FillKnowsWhenPixelsWereWritten) {
+/** One way to write to a fresh bitmap of 4 by 2 colours. */
+struct Writer {
+  const char *name;
+  void (*write)(KsBitmap *bitmap, const KsBitmap *source);
+};
+
+class WriterTest : public ServiceTestWith<Writer> {};
+
+TEST_P(WriterTest, FillOfBlackComesAfterIt) {
   KsLocalBitmap bitmap;
   KsLocalBitmap source;
   ASSERT_EQ(Create(bitmap, 4, 2, 24), SUCCESS);
   ASSERT_EQ(Create(source, 4, 2, 24), SUCCESS);
   ASSERT_EQ(KsBitmapFill(source.Get(), 0x123456), SUCCESS);
+  GetParam().write(bitmap.Get(), source.Get());
   const Bytes black(24);
-  const auto expectBlackAgain = [&](const char *writer) {
-    EXPECT_NE(StorageOf(*bitmap.Get()), black) << writer;
-    KsBitmapFill(bitmap.Get(), 0);
-    EXPECT_EQ(StorageOf(*bitmap.Get()), black) << writer;
-  };
-  const KsLocalContext context(bitmap.Get());
-  const KsRect rectangle = {0, 0, 4, 2};
-  KsBitmapPutRow(bitmap.Get(), "\1\1\1", 0, 3);
-  expectBlackAgain("row");
-  KsCombine(bitmap.Get(), 0, 0, 4, 2, source.Get(), 0, 0, 288, 0);
-  expectBlackAgain("combining");
-  KsPaintBitmap(context.Get(), source.Get(), nullptr, nullptr, &rectangle, nullptr, KS_ROP_COPY);
-  expectBlackAgain("painting");
-  KsBitmapAccess(bitmap.Get(), 0);
-  bitmap->pixels[5] = 1;
-  KsBitmapRelease(bitmap.Get(), 1, 1);
-  expectBlackAgain("access");
+  EXPECT_NE(StorageOf(*bitmap.Get()), black);
+  KsBitmapFill(bitmap.Get(), 0);
+  EXPECT_EQ(StorageOf(*bitmap.Get()), black);
 }
+
+const Writer writers[] = {
+    {"Row", [](KsBitmap *bitmap, const KsBitmap *) { KsBitmapPutRow(bitmap, "kkk", 0, 3); }},
+    {"Color", [](KsBitmap *bitmap, const KsBitmap *) { KsBitmapFill(bitmap, 0x123456); }},
+    {"Gray", [](KsBitmap *bitmap, const KsBitmap *) { KsBitmapFill(bitmap, 0x777777); }},
+    {"Combine", [](KsBitmap *bitmap, const KsBitmap *source) { KsCombine(bitmap, 0, 0, 4, 2, source, 0, 0, 288, 0); }},
+    {"Paint",
+     [](KsBitmap *bitmap, const KsBitmap *source) {
+       const KsLocalContext context(bitmap);
+       const KsRect rectangle = {0, 0, 4, 2};
+       KsPaintBitmap(context.Get(), source, nullptr, nullptr, &rectangle, nullptr, KS_ROP_COPY);
+     }},
+    {"Access",
+     [](KsBitmap *bitmap, const KsBitmap *) {
+       KsBitmapAccess(bitmap, 0);
+       bitmap->pixels[5] = 1;
+       KsBitmapRelease(bitmap, 1, 1);
+     }},
+};
+
+INSTANTIATE_TEST_SUITE_P(Ways, WriterTest, testing::ValuesIn(writers),
+                         [](const auto &way) { return std::string(way.param.name); });
 
 TEST_F(BitmapTest, FillHasNoConversionForOtherDepths) {
   KsLocalBitmap bitmap;

@@ -69,7 +69,8 @@ uint64_t Converted(const KsBitmap &target, const KsBitmap &source, uint64_t pixe
     if (source.bitsPerPixel != 8 || source.palette == nullptr || SamePalette(source, target)) return pixel;
   }
   const Color color = ShownColor(source, pixel);
-  if (target.bitsPerPixel >= 24) return static_cast<uint64_t>(color.red * 65536 + color.green * 256 + color.blue);
+  const int bgr = color.red * 65536 + color.green * 256 + color.blue;
+  if (target.bitsPerPixel >= 24) return static_cast<uint64_t>(bgr);
   if (target.palette != nullptr) return NearestEntry(target, color);
   return static_cast<uint64_t>((77 * color.red + 151 * color.green + 28 * color.blue) / 256);
 }
@@ -158,25 +159,27 @@ TEST_P(PairTest, CombinesAtEveryPositionAsPixelByPixel) {
 }
 
 TEST_P(PairTest, CombinesWholeBitmaps) {
+  // Rows end with their last pixel here, so that a byte too many would lie outside the storage.
   MakeBoth(32, 5, 32, 5);
-  const Bytes before = StorageOf(*target.Get());
-  const Bytes expected = Combined(*target.Get(), *source.Get(), {0, 0, 32, 5, 0, 0}, [](uint64_t) { return false; });
-  KsCombine(target.Get(), 0, 0, INT32_MAX, INT32_MAX, source.Get(), 0, 0, 288, 0);
-  EXPECT_EQ(StorageOf(*target.Get()), HasConversion() ? expected : before);
+  for (const int32_t sourceLeft : {27, 3, 0}) {
+    const Bytes before = StorageOf(*target.Get());
+    const Piece piece = {0, 0, 32, 5, sourceLeft, 0};
+    const Bytes expected = Combined(*target.Get(), *source.Get(), piece, [](uint64_t) { return false; });
+    KsCombine(target.Get(), 0, 0, INT32_MAX, INT32_MAX, source.Get(), sourceLeft, 0, 288, 0);
+    ASSERT_EQ(StorageOf(*target.Get()), HasConversion() ? expected : before) << "from " << sourceLeft;
+  }
 }
 
 TEST_P(PairTest, PaintsAllButTheTransparentColor) {
   MakeBoth(19, 3, 23, 4);
   const bool comparable = source->bitsPerPixel <= 32 && source->bitsPerPixel != 4;
   const Bytes from = StorageOf(*source.Get());
-  const uint64_t some = PixelOf(*source.Get(), from, 4, 1);
-  const Color shown = ShownColor(*source.Get(), some);
-  // Of a deep gray only the sample whose bits repeat the level is of a colour; make one such, next to the like of it.
+  // Of a deep gray only the sample whose bits repeat the level is of a colour; make some such, next to the like of it.
   Bytes pixels = from;
-  const auto level = static_cast<uint64_t>(shown.blue);
-  uint64_t exact = some;
-  if (source->bitsPerPixel == 12) exact = level * 16 + level / 16;
-  if (source->bitsPerPixel == 16) exact = level * 257;
+  uint64_t exact = PixelOf(*source.Get(), from, 4, 1);
+  if (source->bitsPerPixel == 12) exact = 0xA7A;
+  if (source->bitsPerPixel == 16) exact = 0xA7A7;
+  const Color shown = ShownColor(*source.Get(), exact);
   for (const uint32_t x : {0, 1, 5, 6, 18}) SetPixel(*source.Get(), pixels, x, 1, exact);
   SetPixel(*source.Get(), pixels, 7, 1, exact ^ 1);
   SetStorage(*source.Get(), pixels);
