@@ -2,8 +2,14 @@
 
 #include "imgmodes.h"
 
+BlockRows::~BlockRows() {
+  if (target != nullptr) KsBitmapRelease(target, 1, 1);
+}
+
 std::int32_t BlockRows::Create(KsBitmap *imageTarget, const ImageSubheader &image, const BlockGrid &grid,
                                std::uint32_t depth) {
+  const std::int32_t access = KsBitmapAccess(imageTarget, 0);
+  if (access != SUCCESS) return access;
   target = imageTarget;
   if (depth == target->bitsPerPixel && depth % 8 == 0) return SUCCESS;
   const std::int32_t status = KsBitmapCreate(block.Get(), sizeof(KsBitmap), KS_BITMAP_OWN, grid.width, grid.height,

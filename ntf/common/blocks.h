@@ -72,6 +72,11 @@ class BlockMask {
  */
 class BlockRows {
  public:
+  BlockRows() = default;
+  BlockRows(const BlockRows &) = delete;
+  BlockRows &operator=(const BlockRows &) = delete;
+  ~BlockRows();
+
   /** `depth` is that of the rows. Another one than the target's is converted, through the image's palette. */
   std::int32_t Create(KsBitmap *imageTarget, const ImageSubheader &image, const BlockGrid &grid, std::uint32_t depth);
 

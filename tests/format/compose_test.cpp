@@ -236,7 +236,7 @@ INSTANTIATE_TEST_SUITE_P(
     Compose, AttachmentCycles,
     testing::Values(CycleCase{"to itself", NitfBuilder().Image(Square(1, 1, 5, 6, 9, 1)), 5, 6},
                     CycleCase{"level 0", NitfBuilder().Image(Square(0, 0, 5, 6, 9, 1)), 5, 6},
-                    CycleCase{"two", NitfBuilder().Image(Square(1, 2, 5, 6, 9, 1)).Image(Square(2, 1, 10, 20, 8, 1)),
+                    CycleCase{"two", NitfBuilder().Image(Square(1, 2, 5, 6, 8, 1)).Image(Square(2, 1, 10, 20, 9, 1)),
                               15, 26},
                     CycleCase{"into a cycle",
                               NitfBuilder()

@@ -1,6 +1,7 @@
 #include "nitf_builder.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <utility>
@@ -302,6 +303,8 @@ void NitfBuilder::Write(const std::string &path) const {
 }
 
 void WriteFile(const std::string &path, const Bytes &bytes) {
+  // A new file: file systems that flush an emptied one when it is closed would make thousands of small files slow.
+  std::filesystem::remove(path);
   std::ofstream file(path, std::ios::binary | std::ios::trunc);
   file.write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
   if (!file.flush()) throw std::runtime_error("can't write " + path);
