@@ -112,7 +112,7 @@ std::int32_t HeaderReader::ReadRow(const HeaderRow &row, char *base, bool termin
       return Present(row, base) ? ReadText(row, base, terminates) : SUCCESS;
     case HeaderRow::Kind::Security:
       return ReadSecurity(row, terminates);
-    case HeaderRow::Kind::Bytes:
+    case HeaderRow::Kind::Data:
       return Present(row, base) ? ReadBytes(row, base) : SUCCESS;
     case HeaderRow::Kind::Group:
       return row.group(*this);

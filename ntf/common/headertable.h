@@ -53,7 +53,7 @@ enum class Initial : std::uint8_t { Empty, Blanks, Text };
 
 /** One row of a format table. Made by the functions below, refined by its members. */
 struct HeaderRow {
-  enum class Kind : std::uint8_t { Text, Security, Bytes, Group };
+  enum class Kind : std::uint8_t { Text, Security, Data, Group };
   static constexpr std::uint32_t kNowhere = 0xFFFFFFFF;
 
   Kind kind = Kind::Text;
@@ -65,8 +65,8 @@ struct HeaderRow {
   bool digits = false;          /**< the field is a decimal number */
   bool allNinesUnknown = false; /**< a text of nines says that the value was not known when it was written */
   std::uint8_t securityRules = 0;
-  std::uint8_t overhead = 0;          /**< of Bytes: what its length field counts beside the bytes */
-  std::uint8_t emptyUpTo = 0;         /**< of Bytes: the length up to which there is no buffer */
+  std::uint8_t overhead = 0;          /**< of Data: what its length field counts beside the bytes */
+  std::uint8_t emptyUpTo = 0;         /**< of Data: the length up to which there is no buffer */
   std::uint32_t number = kNowhere;    /**< offset of the u32 that takes the value */
   std::uint32_t halves = kNowhere;    /**< offset of two i32 that take the halves of a location */
   std::uint32_t countedBy = kNowhere; /**< offset of a length text; the row is present where its number is not 0 */
@@ -155,7 +155,7 @@ constexpr HeaderRow SecurityRow(std::string_view prefix, std::size_t place, unsi
 constexpr HeaderRow BytesRow(std::string_view name, std::size_t place, std::size_t lengthPlace, unsigned overhead,
                              unsigned emptyUpTo = 0) {
   HeaderRow row;
-  row.kind = HeaderRow::Kind::Bytes;
+  row.kind = HeaderRow::Kind::Data;
   row.name = name;
   row.place = static_cast<std::uint32_t>(place);
   row.countedBy = static_cast<std::uint32_t>(lengthPlace);

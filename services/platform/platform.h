@@ -4,6 +4,8 @@
 
 #include "kskernel.h"
 
+#include <cstdint>
+
 namespace platform {
 
 /** A window, of which the library never has one. */
@@ -21,7 +23,10 @@ KS_API void OutputDebugStringA(const char *text);
 /** Sets the four edges of a rectangle. */
 KS_API void SetRect(KsRect *rectangle, std::int32_t left, std::int32_t top, std::int32_t right, std::int32_t bottom);
 
-/** Selects a palette into a context: the palette before, or null. `background` is whether it yields to others. */
+/**
+ * Selects a palette into a context: the palette before, to be selected back before the new one is released, or null for
+ * a null argument. A new context has a stock palette. `background` is whether the palette yields to others.
+ */
 KS_API KsPalette *SelectPalette(KsDeviceContext *context, KsPalette *palette, bool background);
 
 /** Maps the selected palette to the device: the number of its colours. */

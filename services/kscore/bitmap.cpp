@@ -1,0 +1,142 @@
+#include "kscore/bitmap.h"
+
+#include "kscore/allocation.h"
+#include "kscore/palette.h"
+#include "platform/pages.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <limits>
+
+namespace {
+
+using kscore::HasStorage;
+using kscore::IsBitmap;
+
+constexpr uint64_t firstBitmapLimit = uint64_t{4} << 30;
+constexpr uint32_t mostBitsPerPixel = 255;
+
+std::atomic<uint64_t> bitmapLimit{firstBitmapLimit};
+
+uint64_t BytesPerLine(uint32_t bits, uint32_t width) {
+  return (uint64_t{bits} * width + 31) / 32 * 4;
+}
+
+bool IsShape(uint32_t kind, uint32_t width, uint32_t height, uint32_t bits) {
+  const bool knownKind = kind == KS_BITMAP_OWN || kind == KS_BITMAP_CALLER;
+  return knownKind && width != 0 && height != 0 && bits != 0 && bits <= mostBitsPerPixel;
+}
+
+/** False where `bytes` per row times `height` is above the limit, whether or not it can be told in 64 bits. */
+bool IsWithinLimit(uint64_t bytes, uint32_t height) {
+  return bytes <= bitmapLimit.load(std::memory_order_relaxed) / height;
+}
+
+bool CopyPalette(KsBitmap &bitmap, const KsPaletteEntry *palette) {
+  const uint32_t entries = kscore::EntriesOf(bitmap.bitsPerPixel);
+  bitmap.palette = kscore::AllocatePalette(entries);
+  if (bitmap.palette == nullptr) return false;
+  std::memcpy(bitmap.palette, palette, entries * sizeof(KsPaletteEntry));
+  bitmap.colorCount = entries;
+  bitmap.paletteCapacity = entries;
+  return true;
+}
+
+bool MakeStorage(KsBitmap &bitmap) {
+  const uint64_t bytes = uint64_t{bitmap.bytesPerLine} * bitmap.height;
+  bitmap.pixels = static_cast<uint8_t *>(kscore::AllocateZeroed(KS_MEMORY_PIXELS, 1, bytes));
+  if (bitmap.pixels == nullptr) return false;
+  platform::ExpectWholeUse(bitmap.pixels, bytes);
+  bitmap.storageBytes = bytes;
+  bitmap.flags |= KS_BITMAP_ALLOCATED | kscore::bitmapAllZero;
+  return true;
+}
+
+/** Storage, or the caller's data where it gave some already. */
+int32_t AttachPixels(KsBitmap &bitmap, void *data, uint64_t size) {
+  if (bitmap.kind == KS_BITMAP_OWN) return MakeStorage(bitmap) ? SUCCESS : ERROR_NO_MEMORY;
+  return data == nullptr ? SUCCESS : KsBitmapSetData(&bitmap, data, size, 0);
+}
+
+}  // namespace
+
+void KsBitmapInit(KsBitmap *bitmap, uint32_t bitmapSize, uint32_t, uint32_t, uint32_t) {
+  if (bitmap == nullptr || bitmapSize != sizeof(KsBitmap)) return;
+  *bitmap = {};
+  bitmap->structureSize = sizeof(KsBitmap);
+}
+
+int32_t KsBitmapCreate(KsBitmap *bitmap, uint32_t bitmapSize, uint32_t kind, uint32_t width, uint32_t height,
+                       uint32_t bits, uint32_t order, const KsPaletteEntry *palette, uint32_t memory, void *data,
+                       uint64_t size) {
+  if (bitmap == nullptr || bitmapSize != sizeof(KsBitmap)) return ERROR_INVALID_VALUE;
+  KsBitmapInit(bitmap, bitmapSize, 0, 0, 0);
+  if (!IsShape(kind, width, height, bits)) return ERROR_INVALID_VALUE;
+  const uint64_t bytesPerLine = BytesPerLine(bits, width);
+  if (!IsWithinLimit(bytesPerLine, height)) return ERROR_NO_MEMORY;
+  if (bytesPerLine > std::numeric_limits<uint32_t>::max()) return ERROR_INVALID_VALUE;
+  bitmap->kind = kind;
+  bitmap->memory = memory;
+  bitmap->width = width;
+  bitmap->height = height;
+  bitmap->bitsPerPixel = bits;
+  bitmap->bytesPerLine = static_cast<uint32_t>(bytesPerLine);
+  bitmap->order = order;
+  int32_t status = SUCCESS;
+  if (palette != nullptr && bits <= kscore::deepestPalette && !CopyPalette(*bitmap, palette)) status = ERROR_NO_MEMORY;
+  if (status == SUCCESS) status = AttachPixels(*bitmap, data, size);
+  if (status != SUCCESS) KsBitmapFree(bitmap);
+  return status;
+}
+
+int32_t KsBitmapSetData(KsBitmap *bitmap, void *data, uint64_t bytes, uint32_t) {
+  if (!IsBitmap(bitmap) || bitmap->kind != KS_BITMAP_CALLER || data == nullptr) return ERROR_INVALID_VALUE;
+  if (bytes < uint64_t{bitmap->bytesPerLine} * bitmap->height) return ERROR_INVALID_VALUE;
+  bitmap->pixels = static_cast<uint8_t *>(data);
+  bitmap->storageBytes = bytes;
+  bitmap->flags |= KS_BITMAP_ALLOCATED;
+  return SUCCESS;
+}
+
+void KsBitmapFree(KsBitmap *bitmap) {
+  if (!IsBitmap(bitmap)) return;
+  if (bitmap->kind == KS_BITMAP_OWN) kscore::Release(KS_MEMORY_PIXELS, bitmap->pixels);
+  kscore::Release(KS_MEMORY_PIXELS, bitmap->palette);
+  KsBitmapInit(bitmap, sizeof(KsBitmap), 0, 0, 0);
+}
+
+int32_t KsBitmapAccess(KsBitmap *bitmap, uint32_t) {
+  const int32_t status = kscore::CheckPixels(bitmap);
+  if (status != SUCCESS) return status;
+  kscore::MarkWritten(*bitmap);
+  ++bitmap->accessCount;
+  return SUCCESS;
+}
+
+void KsBitmapRelease(KsBitmap *bitmap, uint32_t, uint32_t) {
+  if (IsBitmap(bitmap) && bitmap->accessCount != 0) --bitmap->accessCount;
+}
+
+int64_t KsBitmapGetRow(const KsBitmap *bitmap, void *buffer, uint32_t row, uint64_t bytes) {
+  const int32_t status = kscore::CheckPixels(bitmap);
+  if (status != SUCCESS) return status;
+  if (buffer == nullptr || row >= bitmap->height) return ERROR_INVALID_VALUE;
+  const uint64_t count = std::min<uint64_t>(bytes, bitmap->bytesPerLine);
+  std::memcpy(buffer, kscore::RowOf(*bitmap, row), count);
+  return static_cast<int64_t>(count);
+}
+
+int64_t KsBitmapPutRow(KsBitmap *bitmap, const void *buffer, uint32_t row, uint64_t bytes) {
+  const int32_t status = kscore::CheckPixels(bitmap);
+  if (status != SUCCESS) return status;
+  if (buffer == nullptr || row >= bitmap->height) return ERROR_INVALID_VALUE;
+  const uint64_t count = std::min<uint64_t>(bytes, bitmap->bytesPerLine);
+  kscore::MarkWritten(*bitmap);
+  std::memcpy(kscore::RowOf(*bitmap, row), buffer, count);
+  return static_cast<int64_t>(count);
+}
+
+uint64_t KsSetBitmapLimit(uint64_t bytes) {
+  return bitmapLimit.exchange(bytes == 0 ? firstBitmapLimit : bytes);
+}

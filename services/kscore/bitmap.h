@@ -1,0 +1,36 @@
+// What the framework's own libraries know of a bitmap beyond its record.
+#pragma once
+
+#include "kskernel.h"
+
+#include <cstdint>
+
+namespace kscore {
+
+/** Bit of KsBitmap::flags: the bitmap's own pixels are known to be all 0, so that clearing them needs no pass. */
+constexpr std::uint32_t bitmapAllZero = 2;
+
+inline bool IsBitmap(const KsBitmap *bitmap) {
+  return bitmap != nullptr && bitmap->structureSize == sizeof(KsBitmap);
+}
+
+inline bool HasStorage(const KsBitmap &bitmap) {
+  return (bitmap.flags & KS_BITMAP_ALLOCATED) != 0 && bitmap.pixels != nullptr;
+}
+
+/** What a pixel operation says of a bitmap before it starts: SUCCESS, or what is wrong with it. */
+inline std::int32_t CheckPixels(const KsBitmap *bitmap) {
+  if (!IsBitmap(bitmap)) return ERROR_INVALID_VALUE;
+  return HasStorage(*bitmap) ? SUCCESS : ERROR_NO_STORAGE;
+}
+
+inline std::uint8_t *RowOf(const KsBitmap &bitmap, std::uint64_t row) {
+  return bitmap.pixels + row * bitmap.bytesPerLine;
+}
+
+/** To be called before pixels are written. */
+inline void MarkWritten(KsBitmap &bitmap) {
+  bitmap.flags &= ~bitmapAllZero;
+}
+
+}  // namespace kscore

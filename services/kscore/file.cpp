@@ -1,0 +1,162 @@
+#include "kscore/file.h"
+
+#include "kscore/allocation.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <new>
+
+namespace kscore {
+namespace {
+
+constexpr std::uint64_t heldCapacity = 256 * 1024;
+constexpr std::int64_t lastPosition = std::numeric_limits<std::int64_t>::max();
+
+/** `bytes`, cut so that no position beyond the last one is reached. */
+std::uint64_t WithinPositions(std::uint64_t bytes, std::int64_t position) {
+  return std::min(bytes, static_cast<std::uint64_t>(lastPosition - position));
+}
+
+}  // namespace
+
+File::~File() {
+  Release(KS_MEMORY_FILE, held);
+}
+
+bool File::Close() {
+  const bool flushed = Flush();
+  const bool closed = CloseSystemFile(system);
+  return flushed && closed && !failed;
+}
+
+std::uint64_t File::Read(std::uint8_t *buffer, std::uint64_t bytes) {
+  bytes = WithinPositions(bytes, position);
+  // Windows never hold what was written since they were filled, so only a read past them needs the held bytes on file.
+  if (heldBytes != 0 && !windows.Holds(bytes, position) && !Flush()) return 0;
+  const std::uint64_t moved = windows.Read(system, buffer, bytes, position);
+  position += static_cast<std::int64_t>(moved);
+  return moved;
+}
+
+std::uint64_t File::Write(const std::uint8_t *buffer, std::uint64_t bytes) {
+  if (!writable) failed = true;
+  if (failed) return 0;
+  bytes = WithinPositions(bytes, position);
+  windows.Drop(bytes, position);
+  std::uint64_t done = 0;
+  while (done < bytes && !failed) {
+    const std::uint64_t moved = HoldBack(buffer + done, bytes - done);
+    position += static_cast<std::int64_t>(moved);
+    done += moved;
+    if (moved != 0) continue;
+    if (!Flush()) break;
+    if (bytes - done < heldCapacity && MakeHeld()) continue;
+    const std::uint64_t through = WriteThrough(buffer + done, bytes - done);
+    position += static_cast<std::int64_t>(through);
+    done += through;
+  }
+  return done;
+}
+
+std::int64_t File::Seek(std::int64_t offset, std::uint32_t origin) {
+  std::int64_t base = 0;
+  if (origin == KS_SEEK_CURRENT) base = position;
+  if (origin == KS_SEEK_END) base = Size();
+  if (origin > KS_SEEK_END || base < 0) return -1;
+  if (offset > lastPosition - base || base + offset < 0) return -1;
+  position = base + offset;
+  return position;
+}
+
+std::int64_t File::Size() const {
+  const std::int64_t size = SizeOf(system);
+  return size >= 0 && heldBytes != 0 ? std::max(size, HeldEnd()) : size;
+}
+
+/** Makes the buffer ready for a run that starts at the position. False without memory. */
+bool File::MakeHeld() {
+  if (held == nullptr) held = static_cast<std::uint8_t *>(Allocate(KS_MEMORY_FILE, 1, heldCapacity));
+  heldStart = position;
+  return held != nullptr;
+}
+
+/** Writes the held bytes. A failure is remembered and the bytes are given up: a later close tells of it. */
+bool File::Flush() {
+  if (heldBytes != 0 && WriteAt(system, held, heldBytes, heldStart) != heldBytes) failed = true;
+  heldBytes = 0;
+  return !failed;
+}
+
+/** Takes what continues or overwrites the held run, as far as there is room. */
+std::uint64_t File::HoldBack(const std::uint8_t *buffer, std::uint64_t bytes) {
+  if (held == nullptr || position < heldStart || position > HeldEnd()) return 0;
+  const auto offset = static_cast<std::uint64_t>(position - heldStart);
+  // A long run goes straight through, unless its place is in part held already.
+  if (heldBytes == 0 && bytes >= heldCapacity) return 0;
+  const std::uint64_t count = std::min(bytes, heldCapacity - offset);
+  std::memcpy(held + offset, buffer, count);
+  heldBytes = std::max(heldBytes, offset + count);
+  return count;
+}
+
+std::uint64_t File::WriteThrough(const std::uint8_t *buffer, std::uint64_t bytes) {
+  const std::uint64_t moved = WriteAt(system, buffer, bytes, position);
+  if (moved != bytes) failed = true;
+  return moved;
+}
+
+}  // namespace kscore
+
+namespace {
+
+using kscore::File;
+
+File *FileOf(KsHandle handle) {
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): a handle is the address of its file.
+  return handle == 0 || handle == KS_INVALID_HANDLE ? nullptr : reinterpret_cast<File *>(handle);
+}
+
+}  // namespace
+
+KsHandle KsOpen(const char16_t *name, uint32_t flags, uint32_t) {
+  if (name == nullptr || (flags != KS_OPEN_READ && flags != KS_OPEN_CREATE)) return KS_INVALID_HANDLE;
+  void *const place = kscore::Allocate(KS_MEMORY_FILE, 1, sizeof(File));
+  if (place == nullptr) return KS_INVALID_HANDLE;
+  const bool create = flags == KS_OPEN_CREATE;
+  const auto system = kscore::OpenSystemFile(name, create ? kscore::OpenMode::create : kscore::OpenMode::read);
+  if (system == kscore::SystemFile::none) {
+    kscore::Release(KS_MEMORY_FILE, place);
+    return KS_INVALID_HANDLE;
+  }
+  return reinterpret_cast<KsHandle>(new (place) File(system, create));
+}
+
+int32_t KsClose(KsHandle handle) {
+  File *const file = FileOf(handle);
+  if (file == nullptr) return ERROR_FILE_WRITE;
+  const bool written = file->Close();
+  std::destroy_at(file);
+  kscore::Release(KS_MEMORY_FILE, file);
+  return written ? SUCCESS : ERROR_FILE_WRITE;
+}
+
+uint64_t KsRead(KsHandle handle, void *buffer, uint64_t bytes) {
+  File *const file = FileOf(handle);
+  return file == nullptr || buffer == nullptr ? 0 : file->Read(static_cast<uint8_t *>(buffer), bytes);
+}
+
+uint64_t KsWrite(KsHandle handle, const void *buffer, uint64_t bytes) {
+  File *const file = FileOf(handle);
+  return file == nullptr || buffer == nullptr ? 0 : file->Write(static_cast<const uint8_t *>(buffer), bytes);
+}
+
+uint64_t KsWriteBlock(KsHandle handle, const void *buffer, uint64_t bytes) {
+  return KsWrite(handle, buffer, bytes);
+}
+
+int64_t KsSeek(KsHandle handle, int64_t offset, uint32_t origin) {
+  File *const file = FileOf(handle);
+  return file == nullptr ? -1 : file->Seek(offset, origin);
+}

@@ -1,0 +1,39 @@
+// An open file: one position, read-ahead on it, and, where it is writable, a run of written bytes that is held back.
+#pragma once
+
+#include "kscore/read_windows.h"
+
+namespace kscore {
+
+class File {
+ public:
+  File(SystemFile opened, bool mayWrite) : system(opened), writable(mayWrite) {}
+  File(const File &) = delete;
+  File &operator=(const File &) = delete;
+  ~File();
+
+  /** Writes what is held back and closes. False where any write failed. */
+  bool Close();
+  std::uint64_t Read(std::uint8_t *buffer, std::uint64_t bytes);
+  std::uint64_t Write(const std::uint8_t *buffer, std::uint64_t bytes);
+  std::int64_t Seek(std::int64_t offset, std::uint32_t origin);
+
+ private:
+  std::int64_t HeldEnd() const { return heldStart + static_cast<std::int64_t>(heldBytes); }
+  std::int64_t Size() const;
+  bool MakeHeld();
+  bool Flush();
+  std::uint64_t HoldBack(const std::uint8_t *buffer, std::uint64_t bytes);
+  std::uint64_t WriteThrough(const std::uint8_t *buffer, std::uint64_t bytes);
+
+  SystemFile system;
+  bool writable;
+  bool failed = false;  // a write was lost, and the file can't be trusted any more
+  std::int64_t position = 0;
+  ReadWindows windows;
+  std::uint8_t *held = nullptr;
+  std::int64_t heldStart = 0;
+  std::uint64_t heldBytes = 0;
+};
+
+}  // namespace kscore

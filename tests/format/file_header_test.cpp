@@ -1,0 +1,226 @@
+#include "harness.h"
+#include "strmfhdr.h"
+
+#include <cstring>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+/** A file with a header field changed, and what becomes of it. */
+struct HeaderCase {
+  const char *field;
+  const char *text;
+  std::int32_t status;
+  const char *message = nullptr;
+};
+
+class FileHeaderField : public testing::TestWithParam<HeaderCase> {};
+
+TEST_P(FileHeaderField, DecidesWhetherTheFileIsTaken) {
+  const HeaderCase &given = GetParam();
+  const auto before = LiveBlocks();
+  {
+    const PlatformWatch watch;
+    LoadedFile file(NitfBuilder().Field(given.field, given.text));
+    EXPECT_EQ(file.status, given.status) << given.field << " = " << given.text;
+    EXPECT_EQ(watch.messages, given.message ? std::vector<std::string>{given.message} : std::vector<std::string>{});
+  }
+  EXPECT_EQ(LiveBlocks(), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    FileHeader, FileHeaderField,
+    testing::Values(HeaderCase{"FHDR", "NITF", SUCCESS}, HeaderCase{"FHDR", "NSIF", SUCCESS},
+                    HeaderCase{"FHDR", "NIFT", ERROR_FILE_FORMAT}, HeaderCase{"FVER", "02.00", NITF_UNSUPPORTED_VERSION},
+                    HeaderCase{"FVER", "01.00", NITF_UNSUPPORTED_VERSION},
+                    HeaderCase{"CLEVEL", "05", NITF_UNSUPPORTED_CLEVEL, "Error: Unsupported CLEVEL"},
+                    HeaderCase{"CLEVEL", "3 ", NITF_UNSUPPORTED_CLEVEL, "Error: Unsupported CLEVEL"},
+                    HeaderCase{"FSCLAS", "X", ERROR_FILE_FORMAT}, HeaderCase{"FSCLAS", "T", SUCCESS},
+                    HeaderCase{"NUMX", "001", ERROR_FILE_FORMAT}, HeaderCase{"NUMI", "-01", ERROR_FILE_READ},
+                    HeaderCase{"NUMI", "999", ERROR_FILE_READ}, HeaderCase{"NUMRES", "   ", SUCCESS},
+                    HeaderCase{"UDHDL", "00001", ERROR_FILE_READ}, HeaderCase{"XHDL", "00002", ERROR_FILE_READ},
+                    HeaderCase{"XHDL", "-0002", ERROR_FILE_READ}, HeaderCase{"UDHDL", "99999", ERROR_FILE_FORMAT},
+                    HeaderCase{"FL", "999999999999", ERROR_INVALID_VALUE},
+                    HeaderCase{"HL", "999999", ERROR_INVALID_VALUE}, HeaderCase{"FL", "000000000001", SUCCESS}));
+
+TEST(FileHeader, ABlankFileHas388BytesAndNoTables) {
+  const Bytes bytes = NitfBuilder().Build();
+  EXPECT_EQ(bytes.size(), 388U);
+  LoadedFile file(bytes);
+  ASSERT_EQ(file.status, SUCCESS);
+  EXPECT_EQ(file->headerValid, 1U);
+  EXPECT_EQ(file->header.headerLength, 388U);
+  EXPECT_EQ(file->header.fileLength, 388U);
+  EXPECT_EQ(file->header.imageSubheaderLengths, nullptr);
+  EXPECT_EQ(file->imageList, nullptr);
+  EXPECT_EQ(file->dataExtensionList, nullptr);
+}
+
+TEST(FileHeader, EveryTruncationIsAShortRead) {
+  const Bytes whole = NitfBuilder().Field("UDHD", "TRE data").Build();
+  for (std::size_t length = 0; length < whole.size(); ++length) {
+    LoadedFile file(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)));
+    ASSERT_EQ(file.status, ERROR_FILE_READ) << length;
+  }
+}
+
+TEST(FileHeader, AFileThatIsNotThereIsAShortRead) {
+  LocalNitfFile file;
+  EXPECT_EQ(Load(file.Get(), u"/no/such/file"), ERROR_FILE_READ);
+}
+
+TEST(FileHeader, TheBackgroundIsThreeBinaryBytes) {
+  LoadedFile file(NitfBuilder().Field("FBKGC", std::string("\x10\x00\xFE", 3)));
+  EXPECT_EQ(file->backgroundColor, 0xFE0010U);
+}
+
+TEST(FileHeader, UserAndExtendedDataAreKept) {
+  LoadedFile file(NitfBuilder().Field("UDHD", std::string("tag\0data", 8)).Field("XHD", ""));
+  ASSERT_EQ(file.status, SUCCESS);
+  EXPECT_EQ(std::string(file->header.userHeaderData, 9), std::string("tag\0data\0", 9));
+  EXPECT_STREQ(file->header.UDHDL, "00011");
+  EXPECT_STREQ(file->header.extendedHeaderData, "");
+}
+
+TEST(FileHeader, LengthTablesAreReadTwice) {
+  LoadedFile file(NitfBuilder().Image({.rows = 1, .columns = 3, .data = {1, 2, 3}}).Text({.text = "hello"}));
+  ASSERT_EQ(file.status, SUCCESS);
+  const NitfHeader &header = file->header;
+  EXPECT_EQ(header.imageTableCount, 1U);
+  EXPECT_EQ(header.imageSubheaderLengths[0], 439U);
+  EXPECT_EQ(header.imageSubheaderLengthsOut[0], 439U);
+  EXPECT_EQ(header.imageDataLengths[0], 3U);
+  EXPECT_EQ(header.imageDataLengthsOut[0], 3U);
+  EXPECT_EQ(header.textSubheaderLengths[0], 282U);
+  EXPECT_EQ(header.textDataLengths[0], 5U);
+  EXPECT_EQ(header.graphicSubheaderLengths, nullptr);
+}
+
+TEST(FileHeader, LengthsBeyond32BitsStayAtTheLimit) {
+  LoadedFile file(NitfBuilder().Image({.rows = 1, .columns = 1, .data = {1}}).Field("LI1", "9999999998"));
+  ASSERT_EQ(file.status, SUCCESS);
+  EXPECT_EQ(file->header.imageDataLengths[0], 2147483647U);
+}
+
+// ---- stream files -------------------------------------------------------------------------------------------------
+
+/** A file whose lengths are given as unknown in its headers, with their true copies in a stream file header at its end. */
+class StreamFile {
+ public:
+  explicit StreamFile(std::uint32_t rows) {
+    sound.Image(Picture(rows));
+    unknown.Image(Picture(rows)).Field("FL", "999999999999");
+  }
+
+  Bytes Build(std::size_t replacementBytes = SIZE_MAX, const std::string &lastLength = {},
+              const std::string &padding = {}) const {
+    Bytes replacement = sound.Header();
+    const Bytes subheader = sound.ImageSubheader(0);
+    replacement.insert(replacement.end(), subheader.begin(), subheader.end());
+    replacement.resize(std::min(replacement.size(), replacementBytes));
+    char length[8];
+    std::snprintf(length, sizeof length, "%07zu", replacement.size());
+    Bytes file = unknown.Build();
+    Put(file, length);
+    Put(file, "\x0A\x6E\x1D\x97");
+    file.insert(file.end(), replacement.begin(), replacement.end());
+    Put(file, "\x0E\xCA\x14\xBF");
+    Put(file, lastLength.empty() ? length : lastLength);
+    Put(file, padding);
+    return file;
+  }
+
+  NitfBuilder sound;
+  NitfBuilder unknown;
+
+ private:
+  static ImageSpec Picture(std::uint32_t rows) {
+    return {.rows = rows, .columns = 4, .data = Bytes(std::size_t{4} * rows, 7)};
+  }
+  static void Put(Bytes &file, const std::string &text) { file.insert(file.end(), text.begin(), text.end()); }
+};
+
+TEST(StreamFile, TakesItsLengthsFromTheReplacementData) {
+  LoadedFile file(StreamFile(3).Build());
+  ASSERT_EQ(file.status, SUCCESS);
+  EXPECT_EQ(file->header.fileLength, StreamFile(3).sound.Build().size());
+  EXPECT_EQ(file->streamHeaderLoaded, 1U);
+  EXPECT_EQ(file->streamBytesConsumed, 404U);
+}
+
+TEST(StreamFile, TakesAnImageSizeFromBehindTheFileHeader) {
+  StreamFile stream(3);
+  stream.unknown = NitfBuilder();
+  stream.unknown.Field("FL", "999999999999")
+      .Image({.rows = 3, .columns = 4, .data = Bytes(12, 7), .fields = {{"NROWS", "99999999"}, {"NBPC", "9999"}}});
+  LoadedFile file(stream.Build());
+  ASSERT_EQ(file.status, SUCCESS);
+  EXPECT_EQ(file.Image(0).rows, 3U);
+  EXPECT_EQ(file.Image(0).blocksPerColumn, 1U);
+  EXPECT_EQ(file->streamBytesConsumed, 404U + 439U);
+}
+
+TEST(StreamFile, AnImageAloneMayBeUnknown) {
+  StreamFile stream(3);
+  stream.unknown = NitfBuilder();
+  stream.unknown.Image({.rows = 3, .columns = 4, .data = Bytes(12, 7), .fields = {{"NCOLS", "99999999"}}});
+  Bytes bytes = stream.Build();
+  // With the file header known, the replacement data begin with the image subheader's own bytes: these are not.
+  LoadedFile file(bytes);
+  ASSERT_EQ(file.status, SUCCESS);
+  EXPECT_EQ(file.Image(0).columns, 99999999U);
+}
+
+TEST(StreamFile, AReplayThatEndsEarlyKeepsTheRest) {
+  for (const std::size_t bytes : {std::size_t{0}, std::size_t{3}, std::size_t{200}, std::size_t{353}, std::size_t{363},
+                                  std::size_t{370}, std::size_t{400}}) {
+    LoadedFile file(StreamFile(3).Build(bytes));
+    ASSERT_EQ(file.status, SUCCESS) << bytes;
+    EXPECT_EQ(file->header.fileLength, bytes < 354 ? 2147483647U : StreamFile(3).sound.Build().size()) << bytes;
+    EXPECT_EQ(file->streamBytesConsumed, 0U) << bytes;
+  }
+}
+
+TEST(StreamFile, ACopyThatIsItselfUnknownEndsThere) {
+  StreamFile stream(3);
+  stream.sound = stream.unknown;
+  LoadedFile file(stream.Build());
+  EXPECT_EQ(file.status, SUCCESS);
+  EXPECT_EQ(file->header.fileLength, 2147483647U);
+}
+
+TEST(StreamFile, LengthsThatDisagreeAreRefused) {
+  EXPECT_EQ(LoadedFile(StreamFile(3).Build(SIZE_MAX, "0000001")).status, ERROR_FILE_FORMAT);
+}
+
+TEST(StreamFile, AReplacementThatPassesTheEndIsAShortRead) {
+  Bytes bytes = StreamFile(3).Build();
+  bytes.resize(bytes.size() - 100);
+  EXPECT_EQ(LoadedFile(bytes).status, ERROR_FILE_READ);
+}
+
+TEST(StreamFile, TheDelimiterIsFoundAcrossAllSeamsOfTheSearch) {
+  for (std::size_t padding = 0; padding < 600; ++padding) {
+    const Bytes bytes = StreamFile(3).Build(SIZE_MAX, {}, std::string(padding, '\0'));
+    LoadedFile file(bytes);
+    ASSERT_EQ(file.status, SUCCESS) << padding;
+    ASSERT_EQ(file->header.fileLength, StreamFile(3).sound.Build().size()) << padding;
+  }
+}
+
+TEST(StreamFile, ASearchInATinyFileFindsNothing) {
+  const TemporaryFolder folder;
+  for (const std::size_t size : {0U, 1U, 3U, 4U, 255U, 256U, 1000U}) {
+    WriteFile(folder.Path("tiny"), Bytes(size, 0x0A));
+    const KsHandle handle = KsOpen(Wide(folder.Path("tiny")).c_str(), KS_OPEN_READ, KS_MODE_READ);
+    StreamFileHeader stream{};
+    std::uint32_t left = 0;
+    EXPECT_EQ(ReadStreamFileHeader(handle, &stream, &left), ERROR_INVALID_VALUE) << size;
+    StreamFileHeaderFree(&stream);
+    KsClose(handle);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,217 @@
+#include "harness.h"
+
+#include <functional>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+ImageSpec Tiny(FieldTexts fields = {}) {
+  return {.rows = 2, .columns = 2, .data = Bytes(4, 1), .fields = std::move(fields)};
+}
+
+LoadedFile LoadImage(ImageSpec image) { return LoadedFile(NitfBuilder().Image(std::move(image))); }
+
+struct RefusalCase {
+  const char *field;
+  const char *text;
+  std::int32_t status;
+  const char *message = nullptr;
+};
+
+class ImageField : public testing::TestWithParam<RefusalCase> {};
+
+TEST_P(ImageField, DecidesWhetherTheImageIsTaken) {
+  const RefusalCase &given = GetParam();
+  const auto before = LiveBlocks();
+  {
+    const PlatformWatch watch;
+    LoadedFile file(NitfBuilder().Image(Tiny({{given.field, given.text}})));
+    EXPECT_EQ(file.status, given.status) << given.field << " = " << given.text;
+    EXPECT_EQ(watch.messages, given.message ? std::vector<std::string>{given.message} : std::vector<std::string>{});
+  }
+  EXPECT_EQ(LiveBlocks(), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    ImageHeader, ImageField,
+    testing::Values(RefusalCase{"IM", "SY", ERROR_FILE_FORMAT}, RefusalCase{"ISCLAS", " ", ERROR_FILE_FORMAT},
+                    RefusalCase{"ISCLAS", "S", SUCCESS}, RefusalCase{"IMODE", "Q", ERROR_FILE_FORMAT},
+                    RefusalCase{"PVTYPE", "R", NITF_UNSUPPORTED_PVTYPE, "Error: Unsupported PVTYPE"},
+                    RefusalCase{"PVTYPE", "C", NITF_UNSUPPORTED_PVTYPE, "Error: Unsupported PVTYPE"},
+                    RefusalCase{"PVTYPE", "SI", NITF_UNSUPPORTED_PVTYPE, "Error: Unsupported PVTYPE"},
+                    RefusalCase{"PVTYPE", "I?", SUCCESS}, RefusalCase{"NICOM", "9", ERROR_FILE_READ},
+                    RefusalCase{"NBANDS", "0", ERROR_FILE_READ}, RefusalCase{"UDIDL", "00002", ERROR_FILE_FORMAT},
+                    RefusalCase{"IXSHDL", "99999", ERROR_FILE_READ}, RefusalCase{"IC", "??", SUCCESS}));
+
+TEST(ImageHeader, SixteenBitsInSeveralBandsAreRefused) {
+  const PlatformWatch watch;
+  ImageSpec image = Tiny({{"NBPP", "16"}});
+  image.bands.resize(2);
+  EXPECT_EQ(LoadImage(image).status, NITF_UNSUPPORTED_BPP);
+  EXPECT_EQ(watch.messages, std::vector<std::string>{"Error: Unsupported BPP"});
+}
+
+TEST(ImageHeader, EveryTruncationIsAShortRead) {
+  NitfBuilder builder;
+  ImageSpec image = Tiny({{"IGEOLO", ""}, {"ICORDS", "G"}, {"ICOM1", "note"}, {"UDID", "data"}, {"IXSHD", "data"}});
+  image.compression = "NM";
+  image.mask = MaskSpec{{0}, {0}, Bytes{0}};
+  image.bands = {{"LU", 3, {1, 2, 3, 4, 5, 6}}};
+  builder.Image(image);
+  const Bytes whole = builder.Build();
+  ASSERT_EQ(LoadedFile(whole).status, SUCCESS);
+  const std::size_t end = whole.size() - image.data.size();
+  for (std::size_t length = 404; length < end; ++length) {
+    LoadedFile file(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)));
+    ASSERT_EQ(file.status, ERROR_FILE_READ) << length;
+  }
+}
+
+TEST(ImageHeader, ManyBandsAreCountedInTheExtendedField) {
+  ImageSpec image = Tiny();
+  image.bands = std::vector<BandSpec>(12);
+  image.bands[11].representation = "M";
+  LoadedFile file = LoadedFile(NitfBuilder().Image(image));
+  ASSERT_EQ(file.status, SUCCESS);
+  EXPECT_EQ(file.Image(0).bandField, 0U);
+  EXPECT_EQ(file.Image(0).bandCount, 12U);
+  EXPECT_EQ(BandTag(file.Image(0), 11), kBandMono);
+  EXPECT_EQ(BandTag(file.Image(0), 10), kBandNone);
+  EXPECT_EQ(BandTag(file.Image(0), 12), kBandNone);
+}
+
+TEST(ImageHeader, NoBandsAtAllGoOnWithTheNextField) {
+  ImageSpec image = Tiny();
+  image.bands.clear();
+  LoadedFile file(NitfBuilder().Image(image));
+  ASSERT_EQ(file.status, SUCCESS);
+  EXPECT_EQ(file.Image(0).bandCount, 0U);
+  EXPECT_EQ(file.Image(0).bandRepresentation, nullptr);
+  EXPECT_EQ(file.Image(0).bitsPerPixel, 8U);
+}
+
+struct TextCase {
+  const char *field;
+  const char *text;
+  std::function<double(const ImageSubheader &)> member;
+  double expected;
+};
+
+class ImageMember : public testing::TestWithParam<TextCase> {};
+
+TEST_P(ImageMember, IsDecodedFromItsText) {
+  const TextCase &given = GetParam();
+  LoadedFile file(NitfBuilder().Image(Tiny({{given.field, given.text}})));
+  ASSERT_EQ(file.status, SUCCESS);
+  EXPECT_DOUBLE_EQ(given.member(file.Image(0)), given.expected) << given.field << " = " << given.text;
+}
+
+#define MEMBER(name) [](const ImageSubheader &image) -> double { return image.name; }
+
+INSTANTIATE_TEST_SUITE_P(
+    ImageHeader, ImageMember,
+    testing::Values(TextCase{"IREP", "RGB/LUT", MEMBER(representation), kRgbLut},
+                    TextCase{"IREP", "RGB", MEMBER(representation), kRgb},
+                    TextCase{"IREP", "YCbCr601", MEMBER(representation), kYCbCr601},
+                    TextCase{"IREP", "WHATEVER", MEMBER(representation), kRgb},
+                    TextCase{"PJUST", "L", MEMBER(rightJustified), 0}, TextCase{"PJUST", "?", MEMBER(rightJustified), 1},
+                    TextCase{"ILOC", "-010000020", MEMBER(locationRow), -100},
+                    TextCase{"ILOC", "-010000020", MEMBER(locationColumn), 20},
+                    TextCase{"ILOC", "00012-0007", MEMBER(locationColumn), -7},
+                    TextCase{"IMAG", "/2  ", MEMBER(magnification), 0.5},
+                    TextCase{"IMAG", "12.5", MEMBER(magnification), 12.5},
+                    TextCase{"IMAG", "1.0 ", MEMBER(magnification), 1.0},
+                    TextCase{"NPPBH", "0000", MEMBER(blockWidth), 2}, TextCase{"NPPBV", "0000", MEMBER(blockHeight), 2},
+                    TextCase{"IDLVL", "007", MEMBER(displayLevel), 7}, TextCase{"IALVL", " 12", MEMBER(attachmentLevel), 12},
+                    TextCase{"ABPP", "xx", MEMBER(actualBits), 0}));
+
+struct RateCase {
+  const char *text;
+  std::uint32_t kind;
+};
+
+class BilevelRate : public testing::TestWithParam<RateCase> {};
+
+TEST_P(BilevelRate, IsToldByItsFirstCharacters) {
+  ImageSpec image = Tiny({{"COMRAT", GetParam().text}});
+  image.compression = "C1";
+  LoadedFile file(NitfBuilder().Image(image));
+  ASSERT_EQ(file.status, SUCCESS);
+  EXPECT_EQ(file.Image(0).rateKind, GetParam().kind);
+}
+
+INSTANTIATE_TEST_SUITE_P(ImageHeader, BilevelRate,
+                         testing::Values(RateCase{"1D  ", kRate1D}, RateCase{"2DS ", kRate2DS},
+                                         RateCase{"2DH ", kRate2DH}, RateCase{"01.5", kRateOther},
+                                         RateCase{"2D  ", kRateOther}));
+
+TEST(ImageHeader, ThreeRowsOfATableAreRedGreenAndBlue) {
+  ImageSpec image = Tiny();
+  image.bands = {{"LU", 3, {0x11, 0x12, 0x21, 0x22, 0x31, 0x32}}};
+  LoadedFile file(NitfBuilder().Image(image));
+  ASSERT_EQ(file.status, SUCCESS);
+  ASSERT_EQ(file.Image(0).lutCount, 2U);
+  EXPECT_EQ(file.Image(0).lut[0], 0x112131U);
+  EXPECT_EQ(file.Image(0).lut[1], 0x122232U);
+}
+
+TEST(ImageHeader, OneRowIsGrayAndTheLastTableWins) {
+  ImageSpec image = Tiny();
+  image.bands = {{"LU", 3, Bytes(12, 9)}, {"LU", 1, {0x40, 0x80}}};
+  LoadedFile file(NitfBuilder().Image(image));
+  ASSERT_EQ(file.status, SUCCESS);
+  const ImageSubheader &header = file.Image(0);
+  EXPECT_EQ(header.bandLutEntries[0], 4U);
+  ASSERT_EQ(header.lutCount, 2U);
+  EXPECT_EQ(header.lut[0], 0x404040U);
+  EXPECT_EQ(header.lut[1], 0x808080U);
+}
+
+TEST(ImageHeader, CommentsAndExtensionsAreKept) {
+  LoadedFile file(NitfBuilder().Image(Tiny({{"ICOM1", "first"}, {"UDID", "abc"}, {"IXSHD", ""}})));
+  ASSERT_EQ(file.status, SUCCESS);
+  EXPECT_EQ(std::string(file.Image(0).comments[0]).substr(0, 6), "first ");
+  EXPECT_STREQ(file.Image(0).userData, "abc");
+  EXPECT_EQ(file.Image(0).extendedData, nullptr);
+}
+
+TEST(ImageHeader, TheMaskTableIsKeptInFileOrder) {
+  ImageSpec image = Tiny();
+  image.compression = "NM";
+  image.mask = MaskSpec{{}, {0x01020304}, Bytes{0xAB}};
+  LoadedFile file(NitfBuilder().Image(image));
+  ASSERT_EQ(file.status, SUCCESS);
+  const ImageSubheader &header = file.Image(0);
+  EXPECT_EQ(header.blockMask, nullptr);
+  ASSERT_NE(header.padMask, nullptr);
+  EXPECT_EQ(header.padMask[0][0], 1);
+  EXPECT_EQ(header.padMask[0][3], 4);
+  EXPECT_EQ(header.padMask[1][3], 0);
+  EXPECT_EQ(header.maskDataOffset, 15U);
+  EXPECT_EQ(header.padCode[0], 0xAB);
+}
+
+TEST(ImageHeader, AMaskThatTheFileCanNotHoldIsAShortRead) {
+  ImageSpec image = Tiny({{"NBPR", "9999"}, {"NBPC", "9998"}});
+  image.compression = "NM";
+  image.mask = MaskSpec{{0}, {}, {}};
+  EXPECT_EQ(LoadedFile(NitfBuilder().Image(image)).status, ERROR_FILE_READ);
+}
+
+TEST(ImageHeader, ARecordThatWasNeverReadHasDefaults) {
+  ImageSubheader record;
+  ImageSubheaderInit(&record, nullptr);
+  EXPECT_STREQ(record.IM, "IM");
+  EXPECT_STREQ(record.IID1, "Missing ID");
+  EXPECT_STREQ(record.security.CLAS, "U");
+  EXPECT_EQ(std::string(record.security.CODE), std::string(40, ' '));
+  EXPECT_EQ(std::string(record.security.CTLN), std::string(20, ' '));
+  EXPECT_STREQ(record.NROWS, "");
+  EXPECT_EQ(record.mode, kPixelInterleaved);
+  EXPECT_EQ(record.displayBands[2], -1);
+  ImageSubheaderFree(&record);
+}
+
+}  // namespace
