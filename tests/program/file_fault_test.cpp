@@ -68,7 +68,7 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{"Compliance", Text(SmallFile().Field("CLEVEL", "05")), "compliance level is not 03 (status -700001)"},
         Fault{"PixelType", Text(SmallFile({{"PVTYPE", "R"}})),
               "pixel value type is neither INT nor B (status -700000)"}),
-    [](const auto &info) { return info.param.name; });
+    [](const auto &test) { return test.param.name; });
 
 using FileFault = ProgramTest;
 
@@ -111,12 +111,12 @@ TEST_F(FileFault, ImageNumberBeyondTheFile) {
 TEST_F(FileFault, OutputThatCanNotBeWritten) {
   SmallFile().Write(PathOf("a.ntf"));
   std::filesystem::create_directory(PathOf("folder.png"));
-  const ProgramRun missing = Run({"render", "a.ntf", "-o", "none/out.png"});
-  EXPECT_EQ(missing.exitCode, 1);
-  EXPECT_EQ(missing.errors, "ntf: none/out.png: no such file or directory (status -5)\n");
-  const ProgramRun folder = Run({"render", "a.ntf", "-o", "folder.png"});
-  EXPECT_EQ(folder.exitCode, 1);
-  EXPECT_EQ(folder.errors, "ntf: folder.png: is a directory (status -5)\n");
+  const ProgramRun toNowhere = Run({"render", "a.ntf", "-o", "none/out.png"});
+  EXPECT_EQ(toNowhere.exitCode, 1);
+  EXPECT_EQ(toNowhere.errors, "ntf: none/out.png: no such file or directory (status -5)\n");
+  const ProgramRun toFolder = Run({"render", "a.ntf", "-o", "folder.png"});
+  EXPECT_EQ(toFolder.exitCode, 1);
+  EXPECT_EQ(toFolder.errors, "ntf: folder.png: is a directory (status -5)\n");
   for (const std::vector<std::string> &command :
        std::vector<std::vector<std::string>>{{"render", "a.ntf", "-o", "-"}, {"info", "a.ntf"}}) {
     const ProgramRun full = Run(command, "/dev/full");

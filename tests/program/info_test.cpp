@@ -28,7 +28,7 @@ ImageSpec ColorImage() {
   image.columns = 2;
   image.representation = "RGB";
   image.mode = 'P';
-  image.bands = {{"R"}, {"G"}, {"B"}};
+  image.bands = {{"R", 0, {}}, {"G", 0, {}}, {"B", 0, {}}};
   image.level = 4;
   image.data = {1, 2, 3, 4, 5, 6};
   return image;
@@ -159,12 +159,11 @@ TEST_F(Info, SummaryHasALineForEachSegment) {
   FullFile().Write(PathOf("a.ntf"));
   const ProgramRun run = Run({"info", "a.ntf"});
   EXPECT_EQ(run.exitCode, 0);
-  for (const char *line :
-       {"a.ntf\n", "  format      NITF 02.10, compliance level 3, ", "  canvas      24 x 12\n",
-        "  image 0     4 x 2, MONO, 1 band of 8 bits, IC NM, mode B, display level 3, attached to nothing, "
-        "at row 10 column 20, Sample\n",
-        "  image 1     2 x 1, RGB, 3 bands of 8 bits, IC NC, mode P, display level 4, ",
-        "  text 0      10 bytes, format STA, A note\n", "  extension 0 3 bytes, SAMPLE_DES\n"}) {
+  for (const char *line : {"a.ntf\n", "  format      NITF 02.10, compliance level 3, ", "  canvas      24 x 12\n",
+                           "  image 0     4 x 2, MONO, 1 band of 8 bits, IC NM, mode B, display level 3, ",
+                           ", attached to nothing, at row 10 column 20, Sample\n",
+                           "  image 1     2 x 1, RGB, 3 bands of 8 bits, IC NC, mode P, display level 4, ",
+                           "  text 0      10 bytes, format STA, A note\n", "  extension 0 3 bytes, SAMPLE_DES\n"}) {
     EXPECT_NE(run.output.find(line), std::string::npos) << line << "\nis not in\n" << run.output;
   }
 }

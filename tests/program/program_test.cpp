@@ -22,6 +22,7 @@ int Spawn(const std::string &folder, std::vector<std::string> arguments, const s
           const std::string &errors) {
   arguments.insert(arguments.begin(), NTF_PROGRAM);
   std::vector<char *> argv;
+  argv.reserve(arguments.size() + 1);
   for (std::string &argument : arguments) argv.push_back(argument.data());
   argv.push_back(nullptr);
 

@@ -12,7 +12,11 @@
 namespace {
 
 std::vector<BandSpec> ColorBands() {
-  return {{"R"}, {"G"}, {"B"}};
+  return {{"R", 0, {}}, {"G", 0, {}}, {"B", 0, {}}};
+}
+
+std::vector<BandSpec> OneBand() {
+  return {{"M", 0, {}}};
 }
 
 std::uint32_t SceneSample(std::uint32_t band, std::uint32_t row, std::uint32_t column) {
@@ -26,7 +30,7 @@ NitfBuilder Scene(const std::vector<BandSpec> &bands, const std::string &backgro
   image.columns = 5;
   image.bands = bands;
   image.representation = bands.size() == 3 ? "RGB" : "MONO";
-  image.mode = bands.size() == 3 ? 'P' : 'B';
+  image.mode = bands.size() == 3 ? 'S' : 'B';
   image.locationRow = 1;
   image.locationColumn = 2;
   image.data = LayOut(image, SceneSample);
@@ -77,7 +81,7 @@ TEST_F(Render, ComposesInColors) {
 
 TEST_F(Render, ComposesInGray) {
   const std::string background = "ddd";
-  Scene({{"M"}}, background).Write(PathOf("a.ntf"));
+  Scene(OneBand(), background).Write(PathOf("a.ntf"));
   ASSERT_EQ(Run({"render", "a.ntf", "-o", "out.png", "--depth", "8"}).exitCode, 0);
   const PngFile picture = DecodePng(ReadText("out.png"));
   EXPECT_EQ(picture.bits, 8);
@@ -173,7 +177,7 @@ TEST_P(ImageOfItsOwnDepth, CroppedAndPadded) {
 }
 
 /** 5 by 3 pixels in blocks of 4 by 2, so that both edges are padded. */
-ImageSpec Blocked(std::uint32_t bits, const std::vector<BandSpec> &bands = {{"M"}}) {
+ImageSpec Blocked(std::uint32_t bits, const std::vector<BandSpec> &bands = OneBand()) {
   ImageSpec image;
   image.rows = 3;
   image.columns = 5;
@@ -213,6 +217,7 @@ Bytes FullTable() {
 
 std::vector<std::array<int, 3>> FullTableColors() {
   std::vector<std::array<int, 3>> colors;
+  colors.reserve(256);
   for (int index = 0; index < 256; ++index) colors.push_back({index, 255 - index, index / 2});
   return colors;
 }
@@ -239,7 +244,7 @@ int SpreadFrom12Bits(std::uint32_t sample) {
 
 INSTANTIATE_TEST_SUITE_P(
     Program, ImageOfItsOwnDepth,
-    testing::Values(ImageCase{"Bilevel", Bilevel({{"M"}}), Checks, PNG_COLOR_TYPE_GRAY, 1, {}, AsItIs},
+    testing::Values(ImageCase{"Bilevel", Bilevel(OneBand()), Checks, PNG_COLOR_TYPE_GRAY, 1, {}, AsItIs},
                     ImageCase{"BilevelWithTable",
                               WithRepresentation(Bilevel({{"LU", 3, {255, 0, 0, 255, 30, 40}}}), "RGB/LUT"),
                               Checks,
@@ -259,7 +264,7 @@ INSTANTIATE_TEST_SUITE_P(
                               8,
                               {},
                               AsItIs}),
-    [](const auto &info) { return info.param.name; });
+    [](const auto &test) { return test.param.name; });
 
 TEST_F(Render, WideGraysStayWideInPpm) {
   ImageSpec image;

@@ -66,7 +66,7 @@ Json FieldValue(const FieldView &field) {
 void AddBytes(const HeaderTable &table, const void *record, Json &object) {
   const char *base = static_cast<const char *>(record);
   for (const HeaderRow &row : table.rows) {
-    if (row.kind != HeaderRow::Kind::Bytes) continue;
+    if (row.kind != HeaderRow::Kind::Data) continue;
     const char *bytes = nullptr;
     std::memcpy(&bytes, base + row.place, sizeof bytes);
     if (bytes != nullptr) object[std::string(row.name)] = TextValue(bytes);
