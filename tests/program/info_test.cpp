@@ -144,14 +144,14 @@ TEST_F(Info, CanvasThatCanNotBeMeasuredIsNull) {
 
 TEST_F(Info, SeveralFilesAreAnArrayAndABadOneIsReported) {
   FullFile().Write(PathOf("a.ntf"));
-  NitfBuilder().Write(PathOf("b.ntf"));
-  const ProgramRun run = Run({"info", "a.ntf", "none.ntf", "b.ntf", "--json"});
+  NitfBuilder().Write(PathOf("b \u00e4.ntf"));
+  const ProgramRun run = Run({"info", "a.ntf", "none.ntf", "b \u00e4.ntf", "--json"});
   EXPECT_EQ(run.exitCode, 1);
   EXPECT_EQ(run.errors, "ntf: none.ntf: no such file (status -10)\n");
   const Json descriptions = Json::parse(run.output);
   ASSERT_EQ(descriptions.size(), 2U);
   EXPECT_EQ(descriptions[0]["name"], "a.ntf");
-  EXPECT_EQ(descriptions[1]["name"], "b.ntf");
+  EXPECT_EQ(descriptions[1]["name"], "b \u00e4.ntf");
   EXPECT_EQ(descriptions[1]["canvas"], Json({{"width", 2048}, {"height", 2048}}));
 }
 
