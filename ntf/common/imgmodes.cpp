@@ -344,7 +344,8 @@ class PackedReader {
         target(bitmap),
         grid(image),
         mask(data),
-        planeBytes((std::uint64_t{grid.width} * grid.height + 7) / 8) {}
+        planeBits(std::uint64_t{grid.width} * grid.height),
+        blockBytes((planeBits * std::max(image.bandCount, 1U) + 7) / 8) {}
 
   std::int32_t Decode() {
     std::int32_t status = ChoosePlane();
@@ -361,7 +362,7 @@ class PackedReader {
   }
 
  private:
-  /** Of two bands, which lie in a block one after the other, one is shown. More have no bi-level picture. */
+  /** Of two bands, whose bits follow each other in a block, one is shown. More have no bi-level picture. */
   std::int32_t ChoosePlane() {
     if (image.bandCount < 2) return SUCCESS;
     const bool planesFollow = image.mode == kBlockInterleaved || (image.mode == kBandSequential && grid.IsSingle());
@@ -379,17 +380,16 @@ class PackedReader {
   }
 
   std::int32_t ReadBlock(std::uint64_t block, std::uint64_t start) {
-    const std::uint64_t plane = start + band * planeBytes;
-    if (plane + planeBytes > source.dataLength - image.maskDataOffset) return ERROR_FILE_FORMAT;
-    if (!packed && !packed.Allocate(planeBytes)) return ERROR_NO_MEMORY;
-    std::int32_t status =
-        source.Read(static_cast<std::int64_t>(image.maskDataOffset + plane), packed.Get(), planeBytes);
+    if (start + blockBytes > source.dataLength - image.maskDataOffset) return ERROR_FILE_FORMAT;
+    if (!packed && !packed.Allocate(blockBytes)) return ERROR_NO_MEMORY;
+    const std::int32_t status =
+        source.Read(static_cast<std::int64_t>(image.maskDataOffset + start), packed.Get(), blockBytes);
     if (status != SUCCESS) return status;
     offsetBefore = start;
-    consumed = planeBytes * std::max(image.bandCount, 1U);
+    consumed = blockBytes;
     rows.Begin(grid.Left(block), grid.Top(block));
     for (std::uint32_t row = 0; row < grid.height; ++row) {
-      UnpackBits(packed.Get(), std::uint64_t{row} * grid.width, grid.width, rows.Row(row));
+      UnpackBits(packed.Get(), band * planeBits + std::uint64_t{row} * grid.width, grid.width, rows.Row(row));
     }
     return rows.End();
   }
@@ -399,7 +399,8 @@ class PackedReader {
   KsBitmap *target;
   BlockGrid grid;
   BlockMask mask;
-  std::uint64_t planeBytes;
+  std::uint64_t planeBits;
+  std::uint64_t blockBytes;
   BlockRows rows;
   KsArray<std::uint8_t> packed;
   std::uint32_t band = 0;

@@ -11,9 +11,10 @@ KORVA_Load:
     .globl KORVA_Load
     .type KORVA_Load, @function
 KORVA_Load:
+.Lkorva_load:
     .cfi_startproc
     endbr64
-    leaq KORVA_Load(%rip), %rdi
+    leaq .Lkorva_load(%rip), %rdi
     jmp KsFilterEntry@PLT
     .cfi_endproc
     .size KORVA_Load, . - KORVA_Load
@@ -21,9 +22,10 @@ KORVA_Load:
     .globl KORVA_Load
     .type KORVA_Load, %function
 KORVA_Load:
+.Lkorva_load:
     .cfi_startproc
-    adrp x0, KORVA_Load
-    add x0, x0, :lo12:KORVA_Load
+    adrp x0, .Lkorva_load
+    add x0, x0, :lo12:.Lkorva_load
     b KsFilterEntry
     .cfi_endproc
     .size KORVA_Load, . - KORVA_Load

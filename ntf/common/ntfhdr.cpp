@@ -53,6 +53,9 @@ std::int32_t CheckNoReservedSegments(HeaderReader &, std::string_view text) {
   return text == "000" ? SUCCESS : ERROR_FILE_FORMAT;
 }
 
+/** Three digits count the segments of a kind. More is a number with a minus sign, for which no file is long enough. */
+constexpr std::uint32_t kMostSegments = 999;
+
 /** One length of each segment of a kind: its digits, and the tables that it goes into. */
 struct LengthColumn {
   std::uint32_t width;
@@ -119,7 +122,7 @@ std::int32_t ReadLengths(HeaderReader &reader) {
   const std::uint32_t count = header.*lengths.count;
   // Between the old tables' release and the new ones' creation no table may be thought to be longer than it is.
   header.*lengths.count = 0;
-  if (!reader.Holds(count, lengths.subheader.width + lengths.data.width)) return ERROR_FILE_READ;
+  if (count > kMostSegments) return ERROR_FILE_READ;
   if (!RenewTables(header, lengths, count)) return ERROR_NO_MEMORY;
   header.*lengths.count = count;
   for (std::uint32_t index = 0; index < count; ++index) {

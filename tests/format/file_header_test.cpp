@@ -40,8 +40,8 @@ INSTANTIATE_TEST_SUITE_P(
                     HeaderCase{"FSCLAS", "X", ERROR_FILE_FORMAT}, HeaderCase{"FSCLAS", "T", SUCCESS},
                     HeaderCase{"NUMX", "001", ERROR_FILE_FORMAT}, HeaderCase{"NUMI", "-01", ERROR_FILE_READ},
                     HeaderCase{"NUMI", "999", ERROR_FILE_READ}, HeaderCase{"NUMRES", "   ", SUCCESS},
-                    HeaderCase{"UDHDL", "00001", ERROR_FILE_READ}, HeaderCase{"XHDL", "00002", ERROR_FILE_READ},
-                    HeaderCase{"XHDL", "-0002", ERROR_FILE_READ}, HeaderCase{"UDHDL", "99999", ERROR_FILE_FORMAT},
+                    HeaderCase{"UDHDL", "00001", ERROR_FILE_FORMAT}, HeaderCase{"XHDL", "00002", ERROR_FILE_READ},
+                    HeaderCase{"XHDL", "-0002", ERROR_FILE_READ}, HeaderCase{"UDHDL", "99999", ERROR_FILE_READ},
                     HeaderCase{"FL", "999999999999", ERROR_INVALID_VALUE},
                     HeaderCase{"HL", "999999", ERROR_INVALID_VALUE}, HeaderCase{"FL", "000000000001", SUCCESS}));
 

@@ -42,8 +42,17 @@ INSTANTIATE_TEST_SUITE_P(
                     RefusalCase{"PVTYPE", "C", NITF_UNSUPPORTED_PVTYPE, "Error: Unsupported PVTYPE"},
                     RefusalCase{"PVTYPE", "SI", NITF_UNSUPPORTED_PVTYPE, "Error: Unsupported PVTYPE"},
                     RefusalCase{"PVTYPE", "I?", SUCCESS}, RefusalCase{"NICOM", "9", ERROR_FILE_READ},
-                    RefusalCase{"NBANDS", "0", ERROR_FILE_READ}, RefusalCase{"UDIDL", "00002", ERROR_FILE_FORMAT},
-                    RefusalCase{"IXSHDL", "99999", ERROR_FILE_READ}, RefusalCase{"IC", "??", SUCCESS}));
+                    RefusalCase{"NBANDS", "0", ERROR_FILE_FORMAT}, RefusalCase{"UDIDL", "00002", ERROR_FILE_FORMAT},
+                    RefusalCase{"IXSHDL", "99999", ERROR_FILE_READ}));
+
+TEST(ImageHeader, AnUnknownCompressionIsReadAsOneWithARate) {
+  ImageSpec image = Tiny();
+  image.compression = "??";
+  LoadedFile file(NitfBuilder().Image(image));
+  ASSERT_EQ(file.status, SUCCESS);
+  EXPECT_EQ(file.Image(0).compression, kUnknownCompression);
+  EXPECT_STREQ(file.Image(0).COMRAT, "00.0");
+}
 
 TEST(ImageHeader, SixteenBitsInSeveralBandsAreRefused) {
   const PlatformWatch watch;

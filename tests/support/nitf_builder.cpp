@@ -178,6 +178,7 @@ class LayoutWriter {
     } else {
       for (const std::uint32_t band : bands) PutPlane(band, top, left);
     }
+    bits.FillByte();
   }
 
   Bytes Take() { return std::move(bytes); }
@@ -188,7 +189,6 @@ class LayoutWriter {
       for (std::uint32_t x = 0; x < image.BlockWidth(); ++x) bits.Put(sample(band, top + y, left + x), image.bits);
       if (image.pixelValueType != "B") bits.FillByte();
     }
-    bits.FillByte();
   }
 
   void PutRow(const std::vector<std::uint32_t> &bands, std::uint32_t y, std::uint32_t left) {

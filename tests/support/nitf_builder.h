@@ -69,7 +69,7 @@ struct TextSpec {
 
 struct DataExtensionSpec {
   std::string identifier;
-  std::string userData; /**< DESSHF */
+  std::string userData{}; /**< DESSHF */
   Bytes data{};
   FieldTexts fields{};
 };
