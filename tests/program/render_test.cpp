@@ -74,6 +74,7 @@ TEST_F(Render, ComposesInColors) {
   const ProgramRun toOutput = Run({"render", "a.ntf", "-o", "-", "--vector-render"});
   EXPECT_EQ(toOutput.exitCode, 0);
   EXPECT_EQ(toOutput.output, ReadText("out.png"));
+  EXPECT_EQ(toOutput.errors, "") << "no bar where there is no terminal";
   ASSERT_EQ(Run({"render", "a.ntf", "--output", "out.PPM", "--depth", "24"}).exitCode, 0);
   EXPECT_EQ(ReadText("out.PPM"), "P6\n7 4\n255\n" + SceneCanvas(3, background));
   EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"a.ntf", "out.PPM", "out.png"}));
