@@ -1,8 +1,8 @@
 #include "program_test.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <spawn.h>
@@ -12,24 +12,18 @@
 
 namespace {
 
-namespace fs = std::filesystem;
-
-fs::path NewFolder() {
-  std::string name = (fs::path(testing::TempDir()) / "ntf-XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no folder for the test's files");
-  return name;
-}
-
-std::string Contents(const fs::path &path) {
+std::string Contents(const std::string &path) {
   std::ifstream stream(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 /** Starts the program with its outputs in files, and waits for its end: the exit code, or -1. */
-int Spawn(const fs::path &folder, const std::vector<std::string> &arguments, const fs::path &output,
-          const fs::path &errors) {
-  std::vector<char *> argv = {const_cast<char *>(NTF_PROGRAM)};
-  for (const std::string &argument : arguments) argv.push_back(const_cast<char *>(argument.c_str()));
+int Spawn(const std::string &folder, std::vector<std::string> arguments, const std::string &output,
+          const std::string &errors) {
+  arguments.insert(arguments.begin(), NTF_PROGRAM);
+  std::vector<char *> argv;
+  argv.reserve(arguments.size() + 1);
+  for (std::string &argument : arguments) argv.push_back(argument.data());
   argv.push_back(nullptr);
 
   constexpr int kCreate = O_WRONLY | O_CREAT | O_TRUNC;
@@ -51,34 +45,29 @@ int Spawn(const fs::path &folder, const std::vector<std::string> &arguments, con
 
 }  // namespace
 
-ProgramTest::ProgramTest() : folder(NewFolder()), logs(NewFolder()) {}
-
-ProgramTest::~ProgramTest() {
-  std::error_code ignored;
-  fs::remove_all(folder, ignored);
-  fs::remove_all(logs, ignored);
-}
-
 ProgramRun ProgramTest::Run(const std::vector<std::string> &arguments, const std::string &outputFile) const {
-  const fs::path output = outputFile.empty() ? logs / "output" : fs::path(outputFile);
+  const std::string output = outputFile.empty() ? logs.Path("output") : outputFile;
+  const std::string errors = logs.Path("errors");
   ProgramRun run;
-  run.exitCode = Spawn(folder, arguments, output, logs / "errors");
+  run.exitCode = Spawn(folder.Path(""), arguments, output, errors);
   if (outputFile.empty()) run.output = Contents(output);
-  run.errors = Contents(logs / "errors");
+  run.errors = Contents(errors);
   return run;
 }
 
-void ProgramTest::WriteFile(const std::string &name, const std::string &bytes) const {
-  std::ofstream(PathOf(name), std::ios::binary) << bytes;
+void ProgramTest::WriteText(const std::string &name, const std::string &text) const {
+  WriteFile(PathOf(name), Bytes(text.begin(), text.end()));
 }
 
-std::string ProgramTest::ReadFile(const std::string &name) const {
+std::string ProgramTest::ReadText(const std::string &name) const {
   return Contents(PathOf(name));
 }
 
 std::vector<std::string> ProgramTest::FilesInFolder() const {
   std::vector<std::string> names;
-  for (const fs::directory_entry &entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename());
+  for (const auto &entry : std::filesystem::directory_iterator(folder.Path(""))) {
+    names.push_back(entry.path().filename());
+  }
   std::sort(names.begin(), names.end());
   return names;
 }

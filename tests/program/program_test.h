@@ -1,7 +1,8 @@
 // Runs the program ntf as a user does, in a folder of its own.
 #pragma once
 
-#include <filesystem>
+#include "harness.h"
+
 #include <string>
 #include <vector>
 
@@ -14,22 +15,19 @@ struct ProgramRun {
   std::string errors;
 };
 
-/** Has an empty folder for the files of a test, which is removed at the end. */
+/** Has an empty folder for the files of a test. */
 class ProgramTest : public testing::Test {
  protected:
-  ProgramTest();
-  ~ProgramTest() override;
-
-  std::filesystem::path PathOf(const std::string &name) const { return folder / name; }
   /** Runs ntf in the folder; `outputFile` takes the standard output where the run is not to collect it. */
   ProgramRun Run(const std::vector<std::string> &arguments, const std::string &outputFile = {}) const;
 
-  void WriteFile(const std::string &name, const std::string &bytes) const;
-  std::string ReadFile(const std::string &name) const;
+  std::string PathOf(const std::string &name) const { return folder.Path(name); }
+  void WriteText(const std::string &name, const std::string &text) const;
+  std::string ReadText(const std::string &name) const;
   /** All that is in the folder, hidden files too, in order. */
   std::vector<std::string> FilesInFolder() const;
 
  private:
-  std::filesystem::path folder;
-  std::filesystem::path logs; /* beside the folder, so that it holds what the program leaves and nothing else */
+  TemporaryFolder folder;
+  TemporaryFolder logs; /* apart, so that the folder holds what the program leaves and nothing else */
 };
