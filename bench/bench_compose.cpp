@@ -1,5 +1,6 @@
 // Composing large uncompressed pictures, as a ratio to what can't be beaten: reading the same bytes in pieces of 1 MiB
 // and copying as many bytes as the canvas has.
+#include "internal/ksclasses_.h"
 #include "ksntfx.h"
 #include "nitf_builder.h"
 
@@ -85,18 +86,37 @@ void Compose(const Scene &scene) {
   if (fltLoad(request.get()) != SUCCESS || rows != scene.side) std::abort();
 }
 
-/** Reads the file and copies a canvas' worth of bytes. */
-void RunFloor(const Scene &scene) {
+void ReadFile(const Scene &scene) {
   const std::unique_ptr<char[]> piece(new char[kMebibyte]);
   std::FILE *file = std::fopen(ScenePath(scene).c_str(), "rb");
   std::setvbuf(file, nullptr, _IONBF, 0);
   while (std::fread(piece.get(), 1, kMebibyte, file) == kMebibyte) benchmark::DoNotOptimize(piece.get());
   std::fclose(file);
-  const std::size_t canvas = std::size_t{scene.side} * scene.side * (scene.canvasBits / 8);
-  const std::unique_ptr<char[]> from(new char[kMebibyte]());
-  const std::unique_ptr<char[]> to(new char[canvas]);
-  for (std::size_t at = 0; at < canvas; at += kMebibyte) std::memcpy(to.get() + at, from.get(), kMebibyte);
-  benchmark::DoNotOptimize(to.get());
+}
+
+void CopyCanvas(std::uint8_t *canvas, const Scene &scene) {
+  static const std::vector<std::uint8_t> piece(kMebibyte, 1);
+  const std::size_t bytes = std::size_t{scene.side} * scene.side * (scene.canvasBits / 8);
+  for (std::size_t at = 0; at < bytes; at += kMebibyte) std::memcpy(canvas + at, piece.data(), kMebibyte);
+  benchmark::DoNotOptimize(canvas);
+}
+
+/** Reads the file and copies a canvas' worth of bytes into a new canvas. */
+void RunFloor(const Scene &scene) {
+  ReadFile(scene);
+  KsLocalBitmap canvas;
+  KsBitmapCreate(canvas.Get(), sizeof(KsBitmap), KS_BITMAP_OWN, scene.side, scene.side, scene.canvasBits, KS_ORDER_BGR,
+                 nullptr, 4, nullptr, 0);
+  KsBitmapAccess(canvas.Get(), 0);
+  CopyCanvas(canvas->pixels, scene);
+  KsBitmapRelease(canvas.Get(), 1, 1);
+}
+
+/** The same into memory that is there already. */
+void RunWarmFloor(const Scene &scene) {
+  static std::vector<std::uint8_t> canvas(std::size_t{8192} * 8192 * 3);
+  ReadFile(scene);
+  CopyCanvas(canvas.data(), scene);
 }
 
 double SecondsOf(void (*work)(const Scene &), const Scene &scene) {
@@ -110,15 +130,19 @@ double SecondsOf(void (*work)(const Scene &), const Scene &scene) {
 void MeasureScene(benchmark::State &state, const Scene &scene) {
   WriteScene(scene);
   RunFloor(scene);
+  RunWarmFloor(scene);
   double composed = 1e9;
   double floor = 1e9;
+  double warmFloor = 1e9;
   for (auto _ : state) {
     const double seconds = SecondsOf(Compose, scene);
     composed = std::min(composed, seconds);
     floor = std::min(floor, SecondsOf(RunFloor, scene));
+    warmFloor = std::min(warmFloor, SecondsOf(RunWarmFloor, scene));
     state.SetIterationTime(seconds);
   }
   state.counters["floors"] = composed / floor;
+  state.counters["warm"] = composed / warmFloor;
   state.counters["aim"] = scene.aim;
   std::filesystem::remove(ScenePath(scene));
 }
@@ -127,13 +151,14 @@ void MeasureScene(benchmark::State &state, const Scene &scene) {
 class RatioTable : public benchmark::BenchmarkReporter {
  public:
   bool ReportContext(const Context &) override {
-    std::printf("%-58s %8s %8s\n", "composing, in times of reading and copying as many bytes", "ratio", "aim");
+    std::printf("%-58s %8s %8s %8s\n", "composing, in times of reading and copying as many bytes", "ratio", "aim",
+                "warm");
     return true;
   }
   void ReportRuns(const std::vector<Run> &runs) override {
     for (const Run &run : runs) {
-      std::printf("%-58s %8.2f %8.1f\n", run.run_name.function_name.c_str(), run.counters.at("floors").value,
-                  run.counters.at("aim").value);
+      std::printf("%-58s %8.2f %8.1f %8.2f\n", run.run_name.function_name.c_str(), run.counters.at("floors").value,
+                  run.counters.at("aim").value, run.counters.at("warm").value);
       std::fflush(stdout);
     }
   }
