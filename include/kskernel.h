@@ -235,6 +235,15 @@ KS_API int32_t KsBitmapCreate(KsBitmap *bitmap, uint32_t bitmapSize, uint32_t ki
 /** Gives a KS_BITMAP_CALLER bitmap its pixels: `bytes` at `data`, at least height times bytesPerLine, else -13. */
 KS_API int32_t KsBitmapSetData(KsBitmap *bitmap, void *data, uint64_t bytes, uint32_t);
 
+/**
+ * Makes `view` a KS_BITMAP_CALLER bitmap on a part of the pixels of `whole`, with its depth and colour order and
+ * without a palette. The part lies inside `whole`, and `left` begins a byte of its rows, else -13. The view's rows are
+ * as far apart as those of `whole`, and only `width` pixels of each are its own: it serves combining and writing at its
+ * pixels, no clearing and no filling. `whole` must outlive it and be open by KsBitmapAccess. -2 without storage.
+ */
+KS_API int32_t KsBitmapView(KsBitmap *view, uint32_t bitmapSize, const KsBitmap *whole, uint32_t left, uint32_t top,
+                            uint32_t width, uint32_t height);
+
 /** Releases storage and palette and leaves an empty bitmap. Harmless on an empty one. */
 KS_API void KsBitmapFree(KsBitmap *bitmap);
 

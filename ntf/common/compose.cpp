@@ -283,7 +283,7 @@ std::int32_t PaintImage(KsDeviceContext *context, const KsBitmap *bitmap, const 
 }
 
 /** Puts the parts of one image on the canvas. */
-class ImagePlacer {
+class ImagePlacer final : public ImagePartSink {
  public:
   ImagePlacer(KsDeviceContext *deviceContext, KsBitmap *canvasBitmap, const ImageSubheader &header,
               const DisplayOffset &offset)
@@ -294,14 +294,17 @@ class ImagePlacer {
         left(Add(image.locationColumn, offset.column)),
         top(Add(image.locationRow, offset.row)) {}
 
-  /** An image with transparent pixels can only be painted. */
-  std::int32_t Check() const { return image.padCode != nullptr && context == nullptr ? ERROR_INVALID_VALUE : SUCCESS; }
+  ~ImagePlacer() override {
+    if (canvasOpen) KsBitmapRelease(canvas, 1, 1);
+  }
 
   /**
    * Places the first `rows` rows of `part` at row `partTop` of the image, within its padded size; vector-quantised data
    * have that of their recorded blocks.
    */
-  std::int32_t Place(const KsBitmap *part, std::uint32_t partTop, std::uint32_t rows) const {
+  std::int32_t Place(KsBitmap *part, std::uint32_t partTop, std::uint32_t rows) override {
+    // Transparent pixels can only be painted.
+    if (image.padCode != nullptr && context == nullptr) return ERROR_INVALID_VALUE;
     const std::int32_t placeTop = Add(top, static_cast<std::int32_t>(partTop));
     const auto width = static_cast<std::int32_t>(quantised ? part->width : PaddedWidth(image));
     const auto height =
@@ -313,9 +316,26 @@ class ImagePlacer {
     return PaintImage(context, part, image, place);
   }
 
+  /** Where full colour meets a full-colour canvas and nothing is clipped or painted, the canvas is the place. */
+  bool Lend(KsBitmap *view, std::uint32_t partTop, std::uint32_t rows) override {
+    if (context != nullptr || image.padCode != nullptr || canvas->bitsPerPixel != 24) return false;
+    const std::int32_t placeTop = Add(top, static_cast<std::int32_t>(partTop));
+    if (left < 0 || placeTop < 0) return false;
+    const auto width = static_cast<std::uint32_t>(PaddedWidth(image));
+    return KsBitmapView(view, sizeof *view, canvas, static_cast<std::uint32_t>(left),
+                        static_cast<std::uint32_t>(placeTop), width, rows) == SUCCESS &&
+           OpenCanvas();
+  }
+
  private:
+  bool OpenCanvas() {
+    if (!canvasOpen) canvasOpen = KsBitmapAccess(canvas, 0) == SUCCESS;
+    return canvasOpen;
+  }
+
   KsDeviceContext *context;
   KsBitmap *canvas;
+  bool canvasOpen = false;
   const ImageSubheader &image;
   bool quantised;
   std::int32_t left;
@@ -338,17 +358,11 @@ std::int32_t CheckTone(KsBitmap *bitmap) {
 
 std::int32_t DrawImage(FilterLoadRecord *loadContext, KsDeviceContext *context, KsBitmap *canvas, NitfFile *file,
                        std::uint32_t index, const DisplayOffset &offset) {
-  const ImagePlacer placer(context, canvas, *FindImage(file, index), offset);
-  if (file->toneCheck == 0) {
-    return DecodeImageInParts(loadContext, file, index, [&](KsBitmap *part, std::uint32_t top, std::uint32_t rows) {
-      const std::int32_t status = placer.Check();
-      return status == SUCCESS ? placer.Place(part, top, rows) : status;
-    });
-  }
+  ImagePlacer placer(context, canvas, *FindImage(file, index), offset);
+  if (file->toneCheck == 0) return DecodeImageInParts(loadContext, file, index, placer);
   KsLocalBitmap bitmap;
   std::int32_t status = DecodeImageSegment(loadContext, file, index, bitmap.Get());
   if (status == SUCCESS) status = CheckTone(bitmap.Get());
-  if (status == SUCCESS) status = placer.Check();
   return status == SUCCESS ? placer.Place(bitmap.Get(), 0, bitmap->height) : status;
 }
 

@@ -143,7 +143,7 @@ std::int32_t DecodeImageSegment(FilterLoadRecord *, const NitfFile *file, std::u
 }
 
 std::int32_t DecodeImageInParts(FilterLoadRecord *loadContext, const NitfFile *file, std::uint32_t index,
-                                const ImagePartSink &sink) {
+                                ImagePartSink &sink) {
   ImageSubheader *image = FindImage(file, index);
   if (image != nullptr && IsUncompressed(*image)) {
     const ImageSource source = OpenSource(file, image, index);
@@ -151,5 +151,5 @@ std::int32_t DecodeImageInParts(FilterLoadRecord *loadContext, const NitfFile *f
   }
   KsLocalBitmap whole;
   const std::int32_t status = DecodeImageSegment(loadContext, file, index, whole.Get());
-  return status == SUCCESS ? sink(whole.Get(), 0, whole->height) : status;
+  return status == SUCCESS ? sink.Place(whole.Get(), 0, whole->height) : status;
 }

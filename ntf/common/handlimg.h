@@ -3,8 +3,6 @@
 
 #include "nitffile.h"
 
-#include <functional>
-
 /** Block width and height in pixels. */
 inline std::uint32_t BlockWidth(const ImageSubheader &image) {
   return image.blockWidth != 0 ? image.blockWidth : image.columns;
@@ -69,15 +67,30 @@ void SetImagePalette(KsBitmap *bitmap, const ImageSubheader &image);
 std::int32_t DecodeImageSegment(FilterLoadRecord *loadContext, const NitfFile *file, std::uint32_t index,
                                 KsBitmap *target);
 
-/**
- * Takes a part of a decoded image: the first `rows` rows of `part`, which belong at row `top` of the image. The bitmap
- * is used again afterwards. A result other than SUCCESS ends the decoding.
- */
-using ImagePartSink = std::function<std::int32_t(KsBitmap *part, std::uint32_t top, std::uint32_t rows)>;
+/** Takes a decoded image part by part, from the top down. */
+class ImagePartSink {
+ public:
+  ImagePartSink() = default;
+  ImagePartSink(const ImagePartSink &) = delete;
+  ImagePartSink &operator=(const ImagePartSink &) = delete;
+  virtual ~ImagePartSink() = default;
+
+  /**
+   * Takes the first `rows` rows of `part`, which belong at row `top` of the image. The bitmap is used again afterwards.
+   * A result other than SUCCESS ends the decoding.
+   */
+  virtual std::int32_t Place(KsBitmap *part, std::uint32_t top, std::uint32_t rows) = 0;
+
+  /**
+   * Lends the place itself, where full-colour pixels of it are the image's own pixels: a view on `rows` rows from row
+   * `top` of the image, every pixel of which is then written. False where the rows have to go through Place.
+   */
+  virtual bool Lend(KsBitmap *view, std::uint32_t top, std::uint32_t rows) = 0;
+};
 
 /**
  * Decodes the image part by part, from the top down, and without ever holding all of it where its IC allows that. The
  * results are those of DecodeImageSegment; what is wrong with the headers, or cut off, shows before the first part.
  */
 std::int32_t DecodeImageInParts(FilterLoadRecord *loadContext, const NitfFile *file, std::uint32_t index,
-                                const ImagePartSink &sink);
+                                ImagePartSink &sink);

@@ -224,7 +224,23 @@ class ColorReader final : public LaidOutReader {
     return layout.pixel == 1 ? ReadPlanes(start, first, rows) : ReadPixels(start, first, rows);
   }
 
+  /** Reads the rows of all bands in one go where they lie side by side and most of them are shown. */
+  std::int32_t ReadRuns(std::int64_t start, std::uint32_t first, std::uint32_t rows) {
+    const auto runBytes = static_cast<std::uint64_t>(layout.row);
+    std::uint8_t *samples = Buffer(runBytes * rows);
+    if (samples == nullptr) return ERROR_NO_MEMORY;
+    const std::int32_t status = source.Read(start + layout.row * first, samples, runBytes * rows);
+    if (status != SUCCESS) return status;
+    for (std::uint32_t row = 0; row < rows; ++row) {
+      const std::uint8_t *run = samples + runBytes * row;
+      InterleaveRow(out.Row(row), grid.width, run + bands[0] * rowBytes, run + bands[1] * rowBytes,
+                    run + bands[2] * rowBytes, 1);
+    }
+    return SUCCESS;
+  }
+
   std::int32_t ReadPlanes(std::int64_t start, std::uint32_t first, std::uint32_t rows) {
+    if (image.mode == kRowInterleaved && image.bandCount == 3) return ReadRuns(start, first, rows);
     const std::uint64_t planeBytes = rowBytes * rows;
     std::uint8_t *samples = Buffer(3 * planeBytes);
     if (samples == nullptr) return ERROR_NO_MEMORY;

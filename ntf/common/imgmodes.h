@@ -4,6 +4,8 @@
 
 #include "blocks.h"
 
+#include <functional>
+
 /** What reads the blocks of an image, by its bands, depth and PVTYPE; each is an answer of its own where it makes none.
  */
 using BlockWork = std::function<std::int32_t(BlockReader &reader)>;

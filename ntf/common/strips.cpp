@@ -5,7 +5,7 @@
 namespace {
 
 /** The bytes of a strip: little enough to stay in a processor's cache while it is filled, converted and placed. */
-constexpr std::uint64_t kStripBytes = 512 * 1024;
+constexpr std::uint64_t kStripBytes = 256 * 1024;
 
 std::uint32_t RowsPerStrip(const BlockGrid &grid, std::uint64_t bytesPerLine) {
   const std::uint64_t rows = std::max<std::uint64_t>(kStripBytes / std::max<std::uint64_t>(bytesPerLine, 1), 1);
@@ -24,12 +24,47 @@ std::int32_t ForEachStrip(const BlockGrid &grid, std::uint32_t rowsPerStrip, Wor
   return SUCCESS;
 }
 
-/** The rows of `target` from `top` on, as a bitmap. */
-std::int32_t ViewRows(KsBitmap *target, std::uint32_t top, std::uint32_t rows, KsBitmap *view) {
-  const std::uint64_t bytes = std::uint64_t{rows} * target->bytesPerLine;
-  return KsBitmapCreate(view, sizeof *view, KS_BITMAP_CALLER, target->width, rows, target->bitsPerPixel, target->order,
-                        nullptr, 1, target->pixels + std::uint64_t{top} * target->bytesPerLine, bytes);
-}
+/** Fills one strip after the other and hands them on. */
+class StripPass {
+ public:
+  StripPass(BlockReader &blockReader, const ImageSubheader &header, ImagePartSink &partSink)
+      : reader(blockReader), image(header), sink(partSink) {}
+
+  std::int32_t Run() {
+    const BlockGrid &grid = reader.Grid();
+    rowsPerStrip = RowsPerStrip(grid, PaddedWidth(image) * TargetDepth(image) / 8);
+    return ForEachStrip(grid, rowsPerStrip, [&](std::uint32_t blockRow, std::uint32_t first, std::uint32_t rows) {
+      const std::uint32_t top = blockRow * grid.height + first;
+      KsLocalBitmap lent;
+      const bool direct = TargetDepth(image) == kFullColour && !reader.HasGaps() && sink.Lend(lent.Get(), top, rows);
+      return direct ? reader.ReadStrip(lent.Get(), blockRow, first, rows) : ThroughStrip(blockRow, first, top, rows);
+    });
+  }
+
+ private:
+  static constexpr std::uint32_t kFullColour = 24;
+
+  std::int32_t ThroughStrip(std::uint32_t blockRow, std::uint32_t first, std::uint32_t top, std::uint32_t rows) {
+    std::int32_t status = PrepareStrip();
+    if (status == SUCCESS) status = reader.ReadStrip(strip.Get(), blockRow, first, rows);
+    return status == SUCCESS ? sink.Place(strip.Get(), top, rows) : status;
+  }
+
+  std::int32_t PrepareStrip() {
+    if ((strip->flags & KS_BITMAP_ALLOCATED) == 0) {
+      const std::int32_t status = CreateTarget(strip.Get(), image, rowsPerStrip);
+      return status == SUCCESS ? KsBitmapAccess(strip.Get(), 0) : status;
+    }
+    if (reader.HasGaps()) KsBitmapClear(strip.Get());
+    return SUCCESS;
+  }
+
+  BlockReader &reader;
+  const ImageSubheader &image;
+  ImagePartSink &sink;
+  KsLocalBitmap strip{};
+  std::uint32_t rowsPerStrip = 0;
+};
 
 /** An image that would make no bitmap by itself is refused in strips too. */
 std::int32_t CheckImageSize(const ImageSubheader &image) {
@@ -51,28 +86,16 @@ std::int32_t ReadWhole(BlockReader &reader, KsBitmap *target) {
   status = ForEachStrip(grid, RowsPerStrip(grid, target->bytesPerLine),
                         [&](std::uint32_t blockRow, std::uint32_t first, std::uint32_t rows) {
                           KsLocalBitmap view;
-                          const std::int32_t made = ViewRows(target, blockRow * grid.height + first, rows, view.Get());
+                          const std::int32_t made = KsBitmapView(view.Get(), sizeof(KsBitmap), target, 0,
+                                                                 blockRow * grid.height + first, target->width, rows);
                           return made == SUCCESS ? reader.ReadStrip(view.Get(), blockRow, first, rows) : made;
                         });
   KsBitmapRelease(target, 1, 1);
   return status;
 }
 
-std::int32_t ReadInStrips(BlockReader &reader, const ImageSubheader &image, const ImagePartSink &sink) {
-  KsLocalBitmap strip;
+std::int32_t ReadInStrips(BlockReader &reader, const ImageSubheader &image, ImagePartSink &sink) {
   std::int32_t status = CheckImageSize(image);
   if (status == SUCCESS) status = reader.Open();
-  if (status != SUCCESS) return status;
-  const BlockGrid &grid = reader.Grid();
-  const std::uint32_t rowsPerStrip = RowsPerStrip(grid, PaddedWidth(image) * TargetDepth(image) / 8);
-  status = CreateTarget(strip.Get(), image, rowsPerStrip);
-  if (status == SUCCESS) status = KsBitmapAccess(strip.Get(), 0);
-  if (status != SUCCESS) return status;
-  status = ForEachStrip(grid, rowsPerStrip, [&](std::uint32_t blockRow, std::uint32_t first, std::uint32_t rows) {
-    if (reader.HasGaps()) KsBitmapClear(strip.Get());
-    const std::int32_t read = reader.ReadStrip(strip.Get(), blockRow, first, rows);
-    return read == SUCCESS ? sink(strip.Get(), blockRow * grid.height + first, rows) : read;
-  });
-  KsBitmapRelease(strip.Get(), 1, 1);
-  return status;
+  return status == SUCCESS ? StripPass(reader, image, sink).Run() : status;
 }

@@ -6,5 +6,8 @@
 /** Reads an image into `target`, which has its padded size. */
 std::int32_t ReadWhole(BlockReader &reader, KsBitmap *target);
 
-/** Reads an image through one strip of its own depth and palette, and hands each filling of it to `sink`. */
-std::int32_t ReadInStrips(BlockReader &reader, const ImageSubheader &image, const ImagePartSink &sink);
+/**
+ * Reads an image through one strip of its own depth and palette, and hands each filling of it to `sink`; right into the
+ * place that the sink lends, where it lends one.
+ */
+std::int32_t ReadInStrips(BlockReader &reader, const ImageSubheader &image, ImagePartSink &sink);

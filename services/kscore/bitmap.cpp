@@ -98,6 +98,27 @@ int32_t KsBitmapSetData(KsBitmap *bitmap, void *data, uint64_t bytes, uint32_t) 
   return SUCCESS;
 }
 
+int32_t KsBitmapView(KsBitmap *view, uint32_t bitmapSize, const KsBitmap *whole, uint32_t left, uint32_t top,
+                     uint32_t width, uint32_t height) {
+  if (view == nullptr || bitmapSize != sizeof(KsBitmap)) return ERROR_INVALID_VALUE;
+  KsBitmapInit(view, bitmapSize, 0, 0, 0);
+  const int32_t status = kscore::CheckPixels(whole);
+  if (status != SUCCESS) return status;
+  const uint64_t firstBit = uint64_t{left} * whole->bitsPerPixel;
+  const bool inside = uint64_t{left} + width <= whole->width && uint64_t{top} + height <= whole->height;
+  if (!inside || width == 0 || height == 0 || firstBit % 8 != 0) return ERROR_INVALID_VALUE;
+  view->kind = KS_BITMAP_CALLER;
+  view->width = width;
+  view->height = height;
+  view->bitsPerPixel = whole->bitsPerPixel;
+  view->bytesPerLine = whole->bytesPerLine;
+  view->order = whole->order;
+  view->pixels = whole->pixels + uint64_t{top} * whole->bytesPerLine + firstBit / 8;
+  view->storageBytes = uint64_t{height - 1} * view->bytesPerLine + (uint64_t{width} * view->bitsPerPixel + 7) / 8;
+  view->flags |= KS_BITMAP_ALLOCATED;
+  return SUCCESS;
+}
+
 void KsBitmapFree(KsBitmap *bitmap) {
   if (!IsBitmap(bitmap)) return;
   if (bitmap->kind == KS_BITMAP_OWN) kscore::Release(KS_MEMORY_PIXELS, bitmap->pixels);

@@ -14,6 +14,9 @@ namespace {
 constexpr std::uint64_t leastReadAhead = 16 * 1024;
 constexpr std::uint64_t mostReadAhead = 256 * 1024;
 
+// From here on a system call costs little beside the bytes, and reading ahead would only copy them once more.
+constexpr std::uint64_t straightRead = 32 * 1024;
+
 }  // namespace
 
 ReadWindows::~ReadWindows() {
@@ -26,7 +29,7 @@ std::uint64_t ReadWindows::Read(SystemFile file, std::uint8_t *buffer, std::uint
     const std::int64_t here = position + static_cast<std::int64_t>(done);
     Window *window = Find(here);
     if (window == nullptr) {
-      if (bytes - done < mostReadAhead) window = Fill(file, bytes - done, here);
+      if (bytes - done < straightRead) window = Fill(file, bytes - done, here);
       if (window == nullptr) return done + ReadAt(file, buffer + done, bytes - done, here);
     }
     const auto offset = static_cast<std::uint64_t>(here - window->start);
