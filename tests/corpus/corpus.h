@@ -10,7 +10,5 @@ std::optional<std::string> CorpusFolder();
 /** The path of a sample file; none where there is no folder, or no such file in it. */
 std::optional<std::string> CorpusFile(const std::string &name);
 
-// Leaves a test, visibly skipped, where its sample file is not at hand.
-#define NEED_CORPUS_FILE(path, name)  \
-  const auto path = CorpusFile(name); \
-  if (!path) GTEST_SKIP() << (name) << " is not in a folder named by KSNTFX_CORPUS"
+/** Why a test is skipped whose sample file there is not. */
+constexpr char kNotAtHand[] = " is not in a folder named by KSNTFX_CORPUS";
