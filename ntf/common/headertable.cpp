@@ -63,6 +63,23 @@ std::int32_t LengthAt(const char *base, std::uint32_t place) {
   return ParseNumber(BufferText(base + place, kLongestLength));
 }
 
+/** The pointer member at `place`. */
+char *DataAt(const char *base, std::uint32_t place) {
+  char *data = nullptr;
+  std::memcpy(&data, base + place, sizeof data);
+  return data;
+}
+
+void SetDataAt(char *base, std::uint32_t place, char *data) {
+  std::memcpy(base + place, &data, sizeof data);
+}
+
+void FreeDataAt(char *base, std::uint32_t place) {
+  char *data = DataAt(base, place);
+  if (data != nullptr) KsFree(data, __LINE__, __FILE__);
+  SetDataAt(base, place, nullptr);
+}
+
 bool AllNines(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char digit) { return digit == '9'; });
 }
@@ -101,9 +118,19 @@ void HeaderReader::CountReplayed() {
 std::int32_t HeaderReader::Read(const HeaderTable &table) {
   for (const HeaderRow &row : table.rows) {
     const std::int32_t status = ReadRow(row, static_cast<char *>(record), table.terminates);
-    if (status != SUCCESS) return status;
+    if (status == SUCCESS) continue;
+    if (row.countedBy != HeaderRow::kNowhere) DropData(table, row.countedBy);
+    return status;
   }
   return SUCCESS;
+}
+
+void HeaderReader::DropData(const HeaderTable &table, std::uint32_t countedBy) {
+  // The length is new and its data were not reached: data of another length must not stand beside it.
+  for (const HeaderRow &row : table.rows) {
+    if (row.kind == HeaderRow::Kind::Data && row.countedBy == countedBy)
+      FreeDataAt(static_cast<char *>(record), row.place);
+  }
 }
 
 std::int32_t HeaderReader::ReadRow(const HeaderRow &row, char *base, bool terminates) {
@@ -113,7 +140,7 @@ std::int32_t HeaderReader::ReadRow(const HeaderRow &row, char *base, bool termin
     case HeaderRow::Kind::Security:
       return ReadSecurity(row, terminates);
     case HeaderRow::Kind::Data:
-      return Present(row, base) ? ReadBytes(row, base) : SUCCESS;
+      return Present(row, base) ? ReadData(row, base) : SUCCESS;
     case HeaderRow::Kind::Group:
       return row.group(*this);
   }
@@ -156,14 +183,16 @@ std::int32_t HeaderReader::ReadSecurity(const HeaderRow &row, bool terminates) {
   return SUCCESS;
 }
 
-std::int32_t HeaderReader::ReadBytes(const HeaderRow &row, char *base) {
+std::int32_t HeaderReader::ReadData(const HeaderRow &row, char *base) {
   const std::int32_t length = LengthAt(base, row.countedBy);
   if (length < row.overhead) return ERROR_FILE_FORMAT;
-  char *buffer = nullptr;
-  std::memcpy(&buffer, base + row.place, sizeof buffer);
-  std::int32_t status = SUCCESS;
-  if (length > row.emptyUpTo) status = TakeNew(&buffer, static_cast<std::uint32_t>(length - row.overhead));
-  std::memcpy(base + row.place, &buffer, sizeof buffer);
+  if (length <= row.emptyUpTo) {
+    FreeDataAt(base, row.place);
+    return SUCCESS;
+  }
+  char *data = DataAt(base, row.place);
+  const std::int32_t status = TakeNew(&data, static_cast<std::uint32_t>(length - row.overhead));
+  SetDataAt(base, row.place, data);
   return status;
 }
 
@@ -188,7 +217,7 @@ std::int32_t HeaderReader::TakeNumber(std::uint32_t width, bool nineIsUnknown, s
 std::int32_t HeaderReader::TakeNew(char **buffer, std::uint64_t bytes) {
   if (bytes > budget - used) return kBudgetSpent;
   if (!Holds(bytes, 1)) return ERROR_FILE_READ;
-  KsFree(*buffer, __LINE__, __FILE__);
+  if (*buffer != nullptr) KsFree(*buffer, __LINE__, __FILE__);
   *buffer = static_cast<char *>(KsCalloc(bytes + 1, 1, __LINE__, __FILE__));
   return *buffer == nullptr ? static_cast<std::int32_t>(ERROR_NO_MEMORY) : Take(*buffer, bytes);
 }
@@ -212,22 +241,33 @@ std::int32_t ReadSubheader(HeaderReader &reader, const HeaderTable &table, NitfF
 
 namespace {
 
-void ListRow(const HeaderRow &row, const char *base, bool nitf20, std::string_view prefix,
-             const std::function<void(const FieldView &)> &visit) {
-  const std::uint32_t width = nitf20 ? row.width20 : row.width21;
-  if (width == 0 || (row.present != nullptr && !row.present(base, nitf20))) return;
-  if (row.countedBy != HeaderRow::kNowhere && LengthAt(base, row.countedBy) == 0) return;
-  visit({std::string(prefix).append(row.name), std::string_view(base + row.place, width), row.digits});
+bool IsListed(const HeaderRow &row, const char *base, bool nitf20) {
+  if (row.kind == HeaderRow::Kind::Text && (nitf20 ? row.width20 : row.width21) == 0) return false;
+  if (row.kind == HeaderRow::Kind::Data && DataAt(base, row.place) == nullptr) return false;
+  if (row.countedBy != HeaderRow::kNowhere && LengthAt(base, row.countedBy) == 0) return false;
+  return row.present == nullptr || row.present(base, nitf20);
+}
+
+std::string_view FieldBytes(const HeaderRow &row, const char *base, bool nitf20) {
+  if (row.kind == HeaderRow::Kind::Text) return {base + row.place, nitf20 ? row.width20 : row.width21};
+  return {DataAt(base, row.place), static_cast<std::size_t>(LengthAt(base, row.countedBy) - row.overhead)};
+}
+
+void ListRows(std::span<const HeaderRow> rows, const char *base, bool nitf20, std::string_view prefix,
+              const std::function<void(const FieldView &)> &visit) {
+  for (const HeaderRow &row : rows) {
+    if (row.kind == HeaderRow::Kind::Group) continue;
+    if (row.kind == HeaderRow::Kind::Security) {
+      ListRows(kSecurityRows, base + row.place, nitf20, row.name, visit);
+    } else if (IsListed(row, base, nitf20)) {
+      visit({std::string(prefix).append(row.name), FieldBytes(row, base, nitf20), row.content});
+    }
+  }
 }
 
 }  // namespace
 
 void ListFields(const HeaderTable &table, const void *record, bool nitf20,
                 const std::function<void(const FieldView &)> &visit) {
-  const auto *base = static_cast<const char *>(record);
-  for (const HeaderRow &row : table.rows) {
-    if (row.kind == HeaderRow::Kind::Text) ListRow(row, base, nitf20, {}, visit);
-    if (row.kind != HeaderRow::Kind::Security) continue;
-    for (const HeaderRow &security : kSecurityRows) ListRow(security, base + row.place, nitf20, row.name, visit);
-  }
+  ListRows(table.rows, static_cast<const char *>(record), nitf20, {}, visit);
 }

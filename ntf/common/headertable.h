@@ -51,6 +51,9 @@ enum SecurityRule : std::uint8_t {
 /** What a text field holds before anything was read. */
 enum class Initial : std::uint8_t { Empty, Blanks, Text };
 
+/** What the bytes of a field are. */
+enum class FieldContent : std::uint8_t { Text, Digits, Binary };
+
 /** One row of a format table. Made by the functions below, refined by its members. */
 struct HeaderRow {
   enum class Kind : std::uint8_t { Text, Security, Data, Group };
@@ -62,7 +65,7 @@ struct HeaderRow {
   std::uint16_t capacity = 0;     /**< bytes of the text's buffer, the NUL included */
   std::uint16_t width21 = 0;      /**< bytes in the file, 0 where the layout hasn't the field */
   std::uint16_t width20 = 0;
-  bool digits = false;          /**< the field is a decimal number */
+  FieldContent content = FieldContent::Text;
   bool allNinesUnknown = false; /**< a text of nines says that the value was not known when it was written */
   std::uint8_t securityRules = 0;
   std::uint8_t overhead = 0;          /**< of Data: what its length field counts beside the bytes */
@@ -86,7 +89,11 @@ struct HeaderRow {
   }
   /** The value is a number, and nothing computes with it. */
   constexpr HeaderRow Digits() const {
-    return With([](HeaderRow &row) { row.digits = true; });
+    return With([](HeaderRow &row) { row.content = FieldContent::Digits; });
+  }
+  /** The bytes are no text. */
+  constexpr HeaderRow Binary() const {
+    return With([](HeaderRow &row) { row.content = FieldContent::Binary; });
   }
   /** The value goes to the u32 at `offset` too. */
   constexpr HeaderRow Number(std::size_t offset) const {
@@ -222,7 +229,8 @@ class HeaderReader {
   std::int32_t ReadRow(const HeaderRow &row, char *base, bool terminates);
   std::int32_t ReadText(const HeaderRow &row, char *base, bool terminates);
   std::int32_t ReadSecurity(const HeaderRow &row, bool terminates);
-  std::int32_t ReadBytes(const HeaderRow &row, char *base);
+  std::int32_t ReadData(const HeaderRow &row, char *base);
+  void DropData(const HeaderTable &table, std::uint32_t countedBy);
   bool Present(const HeaderRow &row, const char *base) const;
 
   NitfFile *file;
@@ -246,10 +254,10 @@ std::int32_t ReadSubheader(HeaderReader &reader, const HeaderTable &table, NitfF
 /** One field of a header as a person may see it. */
 struct FieldView {
   std::string name;      /**< the standard's name */
-  std::string_view text; /**< the field's bytes at its width in the layout; binary in FBKGC, LTC, LBC */
-  bool digits;           /**< a decimal number */
+  std::string_view text; /**< the field's bytes at its width in the layout */
+  FieldContent content;
 };
 
-/** Visits all fields of a record that its layout has, in file order. Groups are not visited. */
+/** Visits all fields of a record that its layout has and that hold something, in file order; groups are left out. */
 void ListFields(const HeaderTable &table, const void *record, bool nitf20,
                 const std::function<void(const FieldView &)> &visit);

@@ -149,7 +149,7 @@ constexpr HeaderRow kRows[] = {
     TextRow(NITF_TEXT(NitfHeader, FSCOP), 5).Digits(),
     TextRow(NITF_TEXT(NitfHeader, FSCPYS), 5).Digits(),
     TextRow(NITF_TEXT(NitfHeader, ENCRYP), 1).Digits(),
-    TextRow(NITF_TEXT(NitfHeader, FBKGC), 3).Only21().Then(PackBackground),
+    TextRow(NITF_TEXT(NitfHeader, FBKGC), 3).Only21().Binary().Then(PackBackground),
     TextRow(NITF_TEXT(NitfHeader, ONAME), 24).In20(27).Blank(),
     TextRow(NITF_TEXT(NitfHeader, OPHONE), 18).Blank(),
     TextRow(NITF_TEXT(NitfHeader, FL), 12).Digits().AllNinesUnknown().Then(SetBothFileLengths),

@@ -185,6 +185,19 @@ TEST(StreamFile, AReplayThatEndsEarlyKeepsTheRest) {
   }
 }
 
+TEST(StreamFile, DataThatTheReplayDoesNotReachDoNotStandBesideTheirNewLength) {
+  StreamFile stream(3);
+  stream.sound.Field("UDHD", "twelve bytes");
+  stream.unknown.Field("UDHD", "four");
+  const std::size_t lengthEnd = stream.sound.Header().size() - 5 - 12 - 3;
+  for (const std::size_t bytes : {lengthEnd, lengthEnd + 2, lengthEnd + 3, lengthEnd + 14}) {
+    LoadedFile file(stream.Build(bytes));
+    ASSERT_EQ(file.status, SUCCESS);
+    EXPECT_STREQ(file->header.UDHDL, "00015");
+    EXPECT_EQ(file->header.userHeaderData, nullptr) << bytes;
+  }
+}
+
 TEST(StreamFile, ACopyThatIsItselfUnknownEndsThere) {
   StreamFile stream(3);
   stream.sound = stream.unknown;

@@ -3,15 +3,11 @@
 #include "headertable.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string>
 #include <string_view>
 
 namespace ntf {
 namespace {
-
-// Three colour bytes each, and no text.
-constexpr std::string_view kBinaryFields[] = {"FBKGC", "LTC", "LBC"};
 
 bool IsFill(char character) {
   return character == ' ' || character == '\0';
@@ -53,29 +49,15 @@ Json TextValue(std::string_view text) {
 }
 
 Json FieldValue(const FieldView &field) {
-  if (std::find(std::begin(kBinaryFields), std::end(kBinaryFields), field.name) != std::end(kBinaryFields)) {
-    return ByteArray(field.text);
-  }
+  if (field.content == FieldContent::Binary) return ByteArray(field.text);
   const std::string_view text = Trim(field.text);
   // No decimal field has more than 12 digits.
-  if (field.digits && IsNumber(text)) return std::stoull(std::string(text));
+  if (field.content == FieldContent::Digits && IsNumber(text)) return std::stoull(std::string(text));
   return TextValue(text);
-}
-
-/** The bytes that a length field counts, such as tagged extensions. */
-void AddBytes(const HeaderTable &table, const void *record, Json &object) {
-  const char *base = static_cast<const char *>(record);
-  for (const HeaderRow &row : table.rows) {
-    if (row.kind != HeaderRow::Kind::Data) continue;
-    const char *bytes = nullptr;
-    std::memcpy(&bytes, base + row.place, sizeof bytes);
-    if (bytes != nullptr) object[std::string(row.name)] = TextValue(bytes);
-  }
 }
 
 void AddFields(const HeaderTable &table, const void *record, bool nitf20, Json &object) {
   ListFields(table, record, nitf20, [&](const FieldView &field) { object[field.name] = FieldValue(field); });
-  AddBytes(table, record, object);
 }
 
 Json DescribeBand(const ImageSubheader &image, std::uint32_t band) {

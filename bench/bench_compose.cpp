@@ -1,0 +1,182 @@
+// Composing large uncompressed pictures, as a ratio to what can't be beaten: reading the same bytes in pieces of 1 MiB
+// and copying as many bytes as the canvas has.
+#include "internal/ksclasses_.h"
+#include "ksntfx.h"
+#include "nitf_builder.h"
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <sys/resource.h>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+constexpr std::uint32_t kMebibyte = 1U << 20;
+
+/** A picture to compose. */
+struct Scene {
+  const char *name;
+  std::uint32_t side;
+  std::uint32_t bands;
+  std::uint32_t bits;
+  char mode;
+  std::uint32_t block;
+  std::uint32_t canvasBits;
+  double aim; /**< times the floor */
+};
+
+constexpr Scene kScenes[] = {
+    {"8192 x 8192 mono 8 bits, blocks of 1024, 24-bit canvas", 8192, 1, 8, 'B', 1024, 24, 2},
+    {"8192 x 8192 mono 8 bits, blocks of 1024, 8-bit canvas", 8192, 1, 8, 'B', 1024, 8, 2},
+    {"4096 x 4096 RGB, mode B, blocks of 1024", 4096, 3, 8, 'B', 1024, 24, 2},
+    {"4096 x 4096 RGB, mode R, blocks of 1024", 4096, 3, 8, 'R', 1024, 24, 2},
+    {"4096 x 4096 RGB, mode S, blocks of 1024", 4096, 3, 8, 'S', 1024, 24, 2},
+    {"4096 x 4096 RGB, mode P, blocks of 1024", 4096, 3, 8, 'P', 1024, 24, 3},
+    {"4096 x 4096 mono 16 bits, one block", 4096, 1, 16, 'B', 0, 24, 2},
+};
+
+std::string ScenePath(const Scene &scene) {
+  return (std::filesystem::temp_directory_path() / ("ksntfx-bench-" + std::to_string(&scene - kScenes) + ".ntf"))
+      .string();
+}
+
+void WriteScene(const Scene &scene) {
+  ImageSpec image{.rows = scene.side, .columns = scene.side, .mode = scene.mode, .bits = scene.bits};
+  image.blockWidth = image.blockHeight = scene.block;
+  image.fields = scene.block == 0 ? FieldTexts{{"NPPBH", "0000"}, {"NPPBV", "0000"}} : FieldTexts{};
+  if (scene.bands == 3) {
+    image.representation = "RGB";
+    image.bands = {{"R", 0, {}}, {"G", 0, {}}, {"B", 0, {}}};
+  }
+  image.data.resize(std::size_t{scene.side} * scene.side * scene.bands * (scene.bits / 8));
+  std::uint32_t state = 1;
+  for (std::uint8_t &byte : image.data) byte = static_cast<std::uint8_t>((state = state * 1664525 + 1013904223) >> 24);
+  NitfBuilder().Image(image).Write(ScenePath(scene));
+}
+
+std::int32_t CountRow(std::uint64_t, KsBitmap *, void *, std::uint32_t, std::uint32_t, std::uint32_t count,
+                      std::uint64_t rows) {
+  *reinterpret_cast<std::uint64_t *>(rows) += count;
+  return SUCCESS;
+}
+
+void Compose(const Scene &scene) {
+  const std::u16string name = std::filesystem::path(ScenePath(scene)).u16string();
+  FilterTargetInfo target{};
+  target.bitsPerPixel = scene.canvasBits;
+  KsLoadOptions options{};
+  std::uint64_t rows = 0;
+  auto request = std::make_unique<FilterLoadRecord>();
+  request->fileName = name.c_str();
+  request->targetInfo = &target;
+  request->rowCallback = CountRow;
+  request->rowUserData = reinterpret_cast<std::uintptr_t>(&rows);
+  request->loadOptions = &options;
+  request->loadFromMemory = KsLoadMemory;
+  request->setRedirect = KsSetRedirect;
+  request->requiredEntry = [] {};
+  if (fltLoad(request.get()) != SUCCESS || rows != scene.side) std::abort();
+}
+
+void ReadFile(const Scene &scene) {
+  const std::unique_ptr<char[]> piece(new char[kMebibyte]);
+  std::FILE *file = std::fopen(ScenePath(scene).c_str(), "rb");
+  std::setvbuf(file, nullptr, _IONBF, 0);
+  while (std::fread(piece.get(), 1, kMebibyte, file) == kMebibyte) benchmark::DoNotOptimize(piece.get());
+  std::fclose(file);
+}
+
+void CopyCanvas(std::uint8_t *canvas, const Scene &scene) {
+  static const std::vector<std::uint8_t> piece(kMebibyte, 1);
+  const std::size_t bytes = std::size_t{scene.side} * scene.side * (scene.canvasBits / 8);
+  for (std::size_t at = 0; at < bytes; at += kMebibyte) std::memcpy(canvas + at, piece.data(), kMebibyte);
+  benchmark::DoNotOptimize(canvas);
+}
+
+/** Reads the file and copies a canvas' worth of bytes into a new canvas. */
+void RunFloor(const Scene &scene) {
+  ReadFile(scene);
+  KsLocalBitmap canvas;
+  KsBitmapCreate(canvas.Get(), sizeof(KsBitmap), KS_BITMAP_OWN, scene.side, scene.side, scene.canvasBits, KS_ORDER_BGR,
+                 nullptr, 4, nullptr, 0);
+  KsBitmapAccess(canvas.Get(), 0);
+  CopyCanvas(canvas->pixels, scene);
+  KsBitmapRelease(canvas.Get(), 1, 1);
+}
+
+/** The same into memory that is there already. */
+void RunWarmFloor(const Scene &scene) {
+  static std::vector<std::uint8_t> canvas(std::size_t{8192} * 8192 * 3);
+  ReadFile(scene);
+  CopyCanvas(canvas.data(), scene);
+}
+
+double SecondsOf(void (*work)(const Scene &), const Scene &scene) {
+  const auto start = std::chrono::steady_clock::now();
+  work(scene);
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+/** One composition and one floor an iteration, turn by turn, so that both meet the same machine; the best of each
+ * counts. */
+void MeasureScene(benchmark::State &state, const Scene &scene) {
+  WriteScene(scene);
+  RunFloor(scene);
+  RunWarmFloor(scene);
+  double composed = 1e9;
+  double floor = 1e9;
+  double warmFloor = 1e9;
+  for (auto _ : state) {
+    const double seconds = SecondsOf(Compose, scene);
+    composed = std::min(composed, seconds);
+    floor = std::min(floor, SecondsOf(RunFloor, scene));
+    warmFloor = std::min(warmFloor, SecondsOf(RunWarmFloor, scene));
+    state.SetIterationTime(seconds);
+  }
+  state.counters["floors"] = composed / floor;
+  state.counters["warm"] = composed / warmFloor;
+  state.counters["aim"] = scene.aim;
+  std::filesystem::remove(ScenePath(scene));
+}
+
+/** Prints a table of ratios, which mean more than times on machines that differ. */
+class RatioTable : public benchmark::BenchmarkReporter {
+ public:
+  bool ReportContext(const Context &) override {
+    std::printf("%-58s %8s %8s %8s\n", "composing, in times of reading and copying as many bytes", "ratio", "aim",
+                "warm");
+    return true;
+  }
+  void ReportRuns(const std::vector<Run> &runs) override {
+    for (const Run &run : runs) {
+      std::printf("%-58s %8.2f %8.1f %8.2f\n", run.run_name.function_name.c_str(), run.counters.at("floors").value,
+                  run.counters.at("aim").value, run.counters.at("warm").value);
+      std::fflush(stdout);
+    }
+  }
+};
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  for (const Scene &scene : kScenes) {
+    benchmark::RegisterBenchmark(scene.name, [&scene](benchmark::State &state) { MeasureScene(state, scene); })
+        ->UseManualTime()
+        ->Iterations(7);
+  }
+  benchmark::Initialize(&argc, argv);
+  RatioTable table;
+  benchmark::RunSpecifiedBenchmarks(&table);
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  std::printf("peak memory of all: %ld MiB\n", usage.ru_maxrss / 1024);
+  return 0;
+}
