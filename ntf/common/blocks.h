@@ -3,11 +3,12 @@
 
 #include "handlimg.h"
 #include "internal/ksclasses_.h"
+#include "samples.h"
 
 #include <algorithm>
 #include <optional>
 
-/** The block grid of an image whose target bitmap exists, so that all of its products are small numbers. */
+/** The blocks of an image, across and down. */
 struct BlockGrid {
   explicit BlockGrid(const ImageSubheader &image)
       : width(BlockWidth(image)),
@@ -16,8 +17,6 @@ struct BlockGrid {
         down(image.blocksPerColumn),
         count(std::uint64_t{across} * down) {}
 
-  std::int32_t Left(std::uint64_t block) const { return static_cast<std::int32_t>(block % across * width); }
-  std::int32_t Top(std::uint64_t block) const { return static_cast<std::int32_t>(block / across * height); }
   bool IsSingle() const { return across <= 1 && down <= 1; }
 
   std::uint32_t width; /**< pixels of a block */
@@ -58,8 +57,7 @@ class BlockMask {
  private:
   std::uint32_t Word(const std::uint8_t (*table)[4], std::uint64_t block) const {
     if (block >= image.maskEntries) return kNotRecorded;
-    const std::uint8_t *bytes = table[block];
-    return std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 | std::uint32_t{bytes[2]} << 8 | bytes[3];
+    return BigEndian32(table[block]);
   }
 
   const ImageSubheader &image;
@@ -67,31 +65,89 @@ class BlockMask {
 };
 
 /**
- * Where the rows of a block are put: right in the target, where they are whole bytes of its depth; otherwise in a
- * bitmap of the block, which is then combined with the target.
+ * Where the rows of a block are put: right in the strip that is being filled, where they are whole bytes of its depth;
+ * otherwise in a bitmap of the block's own, which is then combined with the strip.
  */
 class BlockRows {
  public:
-  BlockRows() = default;
-  BlockRows(const BlockRows &) = delete;
-  BlockRows &operator=(const BlockRows &) = delete;
-  ~BlockRows();
+  /** `depth` is that of the rows. Another one than the strip's is converted, through the image's palette. */
+  BlockRows(const ImageSubheader &header, std::uint32_t width, std::uint32_t depth)
+      : image(header), blockWidth(width), rowDepth(depth) {}
 
-  /** `depth` is that of the rows. Another one than the target's is converted, through the image's palette. */
-  std::int32_t Create(KsBitmap *imageTarget, const ImageSubheader &image, const BlockGrid &grid, std::uint32_t depth);
-
-  /** Begins a block; a bitmap of its own is cleared. */
-  void Begin(std::int32_t blockLeft, std::int32_t blockTop);
-  /** The bytes of a row, at least those of a block's width. */
-  std::uint8_t *Row(std::uint32_t row);
-  /** Brings the block into the target. */
+  /** Begins `rows` rows of the block at `left` of the strip. */
+  std::int32_t Begin(KsBitmap *stripBitmap, std::int32_t left, std::uint32_t rows);
+  /** The bytes of a row of the strip, from the block's left edge: at least those of a block's width. */
+  std::uint8_t *Row(std::uint32_t row) { return firstRow + std::uint64_t{row} * rowStep; }
+  /** Bytes from one row to the next. */
+  std::uint64_t RowStep() const { return rowStep; }
+  /** Brings the rows into the strip. */
   std::int32_t End();
 
  private:
-  bool IsDirect() const { return (block->flags & KS_BITMAP_ALLOCATED) == 0; }
+  std::int32_t BeginBlock(std::uint32_t rows);
 
-  KsBitmap *target = nullptr;
+  const ImageSubheader &image;
+  std::uint32_t blockWidth;
+  std::uint32_t rowDepth;
   KsLocalBitmap block{};
-  std::int32_t left = 0;
-  std::int32_t top = 0;
+  KsBitmap *strip = nullptr;
+  std::int32_t stripLeft = 0;
+  std::uint32_t rowCount = 0;
+  std::uint8_t *firstRow = nullptr;
+  std::uint64_t rowStep = 0;
+  bool direct = false;
+};
+
+/** Reads the blocks of an uncompressed image, a stretch of rows of one row of blocks at a time. */
+class BlockReader {
+ public:
+  explicit BlockReader(const ImageSource &data, std::uint32_t rowDepth)
+      : source(data), image(*data.image), grid(image), mask(data), out(image, grid.width, rowDepth) {}
+  BlockReader(const BlockReader &) = delete;
+  BlockReader &operator=(const BlockReader &) = delete;
+  virtual ~BlockReader() = default;
+
+  /** Whether there is a picture in the data, and the file holds all of it. Before the first strip. */
+  std::int32_t Open();
+
+  /**
+   * Fills `strip` with `rows` rows, from row `first` of the blocks of a row of blocks. Rows of blocks come in rising
+   * order. Where a block is absent the strip keeps what it holds.
+   */
+  std::int32_t ReadStrip(KsBitmap *strip, std::uint32_t blockRow, std::uint32_t first, std::uint32_t rows);
+
+  const BlockGrid &Grid() const { return grid; }
+  /** Whether blocks may be absent. */
+  bool HasGaps() const { return mask.HasBlockMask(); }
+
+ protected:
+  static constexpr std::int64_t kAbsent = -1;
+
+  /** Looks at the headers: bands, depth. SUCCESS, or ERROR_NOT_SUPPORTED for what makes no picture. */
+  virtual std::int32_t Prepare() = 0;
+  /** Where a block's data start behind IMDATOFF, or kAbsent. Blocks are asked for in rising order from 0. */
+  virtual std::int64_t StartOf(std::uint64_t block) = 0;
+  /** Goes back to block 0. */
+  virtual void Rewind() {}
+  /** Whether the file holds what is read of a block that starts at `start` behind the image data's start. */
+  virtual std::int32_t Check(std::int64_t start) const = 0;
+  /** Reads rows of a block into `out`. */
+  virtual std::int32_t ReadRows(std::int64_t start, std::uint32_t first, std::uint32_t rows) = 0;
+
+  /** A buffer of at least `bytes` bytes, or null without memory. */
+  std::uint8_t *Buffer(std::uint64_t bytes);
+
+  const ImageSource &source;
+  ImageSubheader &image;
+  BlockGrid grid;
+  BlockMask mask;
+  BlockRows out;
+
+ private:
+  std::int32_t LocateRow(std::uint32_t blockRow);
+
+  KsArray<std::int64_t> starts; /**< of the blocks of the row in hand */
+  std::uint32_t locatedRow = UINT32_MAX;
+  KsArray<std::uint8_t> buffer;
+  std::uint64_t bufferBytes = 0;
 };

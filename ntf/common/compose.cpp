@@ -29,10 +29,6 @@ std::int32_t Add(std::int32_t a, std::int32_t b) {
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
 }
 
-std::int32_t Subtract(std::int32_t a, std::int32_t b) {
-  return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b));
-}
-
 /** What the walk along an attachment chain needs of an object, whatever its kind. */
 struct Placement {
   std::uint32_t level;
@@ -286,30 +282,45 @@ std::int32_t PaintImage(KsDeviceContext *context, const KsBitmap *bitmap, const 
   return KsPaintBitmap(context, bitmap, nullptr, nullptr, &place, nullptr, KS_ROP_COPY);
 }
 
-/** The rectangle that an image covers: its padded size, or for vector-quantised data that of its recorded blocks. */
-KsRect ImagePlace(const KsBitmap *bitmap, const ImageSubheader &image, const DisplayOffset &offset) {
-  const bool quantised = image.compression == kC4 || image.compression == kM4;
-  const std::uint64_t width = quantised ? bitmap->width : PaddedWidth(image);
-  const std::uint64_t height = quantised ? bitmap->height : PaddedHeight(image);
-  const std::int32_t left = Add(image.locationColumn, offset.column);
-  const std::int32_t top = Add(image.locationRow, offset.row);
-  KsRect place;
-  platform::SetRect(&place, left, top, Add(left, static_cast<std::int32_t>(width)),
-                    Add(top, static_cast<std::int32_t>(height)));
-  return place;
-}
+/** Puts the parts of one image on the canvas. */
+class ImagePlacer {
+ public:
+  ImagePlacer(KsDeviceContext *deviceContext, KsBitmap *canvasBitmap, const ImageSubheader &header,
+              const DisplayOffset &offset)
+      : context(deviceContext),
+        canvas(canvasBitmap),
+        image(header),
+        quantised(image.compression == kC4 || image.compression == kM4),
+        left(Add(image.locationColumn, offset.column)),
+        top(Add(image.locationRow, offset.row)) {}
 
-std::int32_t PlaceImage(KsDeviceContext *context, KsBitmap *canvas, const KsBitmap *bitmap, const ImageSubheader &image,
-                        const DisplayOffset &offset) {
-  const KsRect place = ImagePlace(bitmap, image, offset);
-  if (context == nullptr) {
-    if (image.padCode != nullptr) return ERROR_INVALID_VALUE;
-    return KsCombine(canvas, place.left, place.top, Subtract(place.right, place.left),
-                     Subtract(place.bottom, place.top), bitmap, 0, 0, kCombineCopy, 0);
+  /** An image with transparent pixels can only be painted. */
+  std::int32_t Check() const { return image.padCode != nullptr && context == nullptr ? ERROR_INVALID_VALUE : SUCCESS; }
+
+  /**
+   * Places the first `rows` rows of `part` at row `partTop` of the image, within its padded size; vector-quantised data
+   * have that of their recorded blocks.
+   */
+  std::int32_t Place(const KsBitmap *part, std::uint32_t partTop, std::uint32_t rows) const {
+    const std::int32_t placeTop = Add(top, static_cast<std::int32_t>(partTop));
+    const auto width = static_cast<std::int32_t>(quantised ? part->width : PaddedWidth(image));
+    const auto height =
+        static_cast<std::int32_t>(quantised ? rows : std::min<std::uint64_t>(rows, PaddedHeight(image) - partTop));
+    if (context == nullptr) return KsCombine(canvas, left, placeTop, width, height, part, 0, 0, kCombineCopy, 0);
+    KsRect place;
+    platform::SetRect(&place, left, placeTop, Add(left, width), Add(placeTop, height));
+    const SelectedPalette palette(context, part);
+    return PaintImage(context, part, image, place);
   }
-  const SelectedPalette palette(context, bitmap);
-  return PaintImage(context, bitmap, image, place);
-}
+
+ private:
+  KsDeviceContext *context;
+  KsBitmap *canvas;
+  const ImageSubheader &image;
+  bool quantised;
+  std::int32_t left;
+  std::int32_t top;
+};
 
 /** Spreads an image all of whose levels lie below 20 over the full range. */
 std::int32_t CheckTone(KsBitmap *bitmap) {
@@ -327,11 +338,18 @@ std::int32_t CheckTone(KsBitmap *bitmap) {
 
 std::int32_t DrawImage(FilterLoadRecord *loadContext, KsDeviceContext *context, KsBitmap *canvas, NitfFile *file,
                        std::uint32_t index, const DisplayOffset &offset) {
+  const ImagePlacer placer(context, canvas, *FindImage(file, index), offset);
+  if (file->toneCheck == 0) {
+    return DecodeImageInParts(loadContext, file, index, [&](KsBitmap *part, std::uint32_t top, std::uint32_t rows) {
+      const std::int32_t status = placer.Check();
+      return status == SUCCESS ? placer.Place(part, top, rows) : status;
+    });
+  }
   KsLocalBitmap bitmap;
   std::int32_t status = DecodeImageSegment(loadContext, file, index, bitmap.Get());
-  if (status == SUCCESS && file->toneCheck != 0) status = CheckTone(bitmap.Get());
-  if (status != SUCCESS) return status;
-  return PlaceImage(context, canvas, bitmap.Get(), *FindImage(file, index), offset);
+  if (status == SUCCESS) status = CheckTone(bitmap.Get());
+  if (status == SUCCESS) status = placer.Check();
+  return status == SUCCESS ? placer.Place(bitmap.Get(), 0, bitmap->height) : status;
 }
 
 }  // namespace

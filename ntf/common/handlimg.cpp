@@ -2,6 +2,7 @@
 
 #include "imgmodes.h"
 #include "internal/ksclasses_.h"
+#include "strips.h"
 
 #include <algorithm>
 
@@ -47,16 +48,6 @@ void TakeUntagged(const ImageSubheader &image, std::uint32_t (&bands)[3]) {
   }
 }
 
-/**
- * Bits per pixel of the target. Two bands are shown as one through its palette, in full colour; so are three or more,
- * of which three are shown. Samples of 32 and 64 bits of a gray image come down to 8.
- */
-std::uint32_t TargetDepth(const ImageSubheader &image) {
-  if (image.bandCount == 2) return 24;
-  const std::uint32_t depth = image.bandCount > 1 ? 3 * image.bitsPerPixel : image.bitsPerPixel;
-  return image.representation == kMono && (depth == 32 || depth == 64) ? 8 : depth;
-}
-
 std::uint32_t TargetOrder(const ImageSubheader &image, std::uint32_t depth) {
   if (depth == 1 || depth == 8) return KS_ORDER_PALETTE;
   return image.representation == kMono ? KS_ORDER_GRAY : KS_ORDER_BGR;
@@ -68,28 +59,8 @@ std::uint32_t LutEntries(const ImageSubheader &image) {
   return std::min(image.bandLutEntries[0], image.lutCount);
 }
 
-std::int32_t SetUpTarget(KsBitmap *target, const ImageSubheader &image) {
-  const std::uint64_t width = PaddedWidth(image);
-  const std::uint64_t height = PaddedHeight(image);
-  if (width > UINT32_MAX || height > UINT32_MAX) return ERROR_NO_MEMORY;
-  const std::uint32_t depth = TargetDepth(image);
-  const std::int32_t status =
-      KsBitmapCreate(target, sizeof *target, KS_BITMAP_OWN, static_cast<std::uint32_t>(width),
-                     static_cast<std::uint32_t>(height), depth, KS_ORDER_BGR, nullptr, 1, nullptr, 0);
-  if (status != SUCCESS) return status;
-  target->order = TargetOrder(image, depth);
-  SetImagePalette(target, image);
-  return SUCCESS;
-}
-
-std::int32_t Decode(const ImageSource &source, KsBitmap *target) {
-  switch (source.image->compression) {
-    case kNC:
-    case kNM:
-      return source.image->pixelValueType == 1 ? DecodePackedBilevel(source, target) : DecodeSamples(source, target);
-    default:
-      return ERROR_NOT_SUPPORTED;
-  }
+bool IsUncompressed(const ImageSubheader &image) {
+  return image.compression == kNC || image.compression == kNM;
 }
 
 ImageSource OpenSource(const NitfFile *file, ImageSubheader *image, std::uint32_t index) {
@@ -110,6 +81,25 @@ void ChooseBands(ImageSubheader &image, BandOrder *order) {
   *order = {bands[0], bands[1], bands[2]};
   const bool different = bands[0] != bands[1] && bands[1] != bands[2] && bands[0] != bands[2];
   if (tagged && !different) std::copy(bands, bands + 3, image.displayBands);
+}
+
+std::uint32_t TargetDepth(const ImageSubheader &image) {
+  if (image.bandCount == 2) return 24;
+  const std::uint32_t depth = image.bandCount > 1 ? 3 * image.bitsPerPixel : image.bitsPerPixel;
+  return image.representation == kMono && (depth == 32 || depth == 64) ? 8 : depth;
+}
+
+std::int32_t CreateTarget(KsBitmap *target, const ImageSubheader &image, std::uint64_t rows) {
+  const std::uint64_t width = PaddedWidth(image);
+  if (width > UINT32_MAX || rows > UINT32_MAX) return ERROR_NO_MEMORY;
+  const std::uint32_t depth = TargetDepth(image);
+  const std::int32_t status =
+      KsBitmapCreate(target, sizeof *target, KS_BITMAP_OWN, static_cast<std::uint32_t>(width),
+                     static_cast<std::uint32_t>(rows), depth, KS_ORDER_BGR, nullptr, 1, nullptr, 0);
+  if (status != SUCCESS) return status;
+  target->order = TargetOrder(image, depth);
+  SetImagePalette(target, image);
+  return SUCCESS;
 }
 
 void SetImagePalette(KsBitmap *bitmap, const ImageSubheader &image) {
@@ -142,9 +132,24 @@ bool ImageSource::Holds(std::int64_t end) const {
 std::int32_t DecodeImageSegment(FilterLoadRecord *, const NitfFile *file, std::uint32_t index, KsBitmap *target) {
   ImageSubheader *image = FindImage(file, index);
   if (image == nullptr) return ERROR_INVALID_VALUE;
-  std::int32_t status = SetUpTarget(target, *image);
+  std::int32_t status = CreateTarget(target, *image, PaddedHeight(*image));
   if (status != SUCCESS) return status;
-  status = Decode(OpenSource(file, image, index), target);
+  const ImageSource source = OpenSource(file, image, index);
+  status = IsUncompressed(*image)
+               ? WithBlockReader(source, [&](BlockReader &reader) { return ReadWhole(reader, target); })
+               : static_cast<std::int32_t>(ERROR_NOT_SUPPORTED);
   if (status != SUCCESS && (target->flags & KS_BITMAP_ALLOCATED) != 0) KsBitmapFree(target);
   return status;
+}
+
+std::int32_t DecodeImageInParts(FilterLoadRecord *loadContext, const NitfFile *file, std::uint32_t index,
+                                const ImagePartSink &sink) {
+  ImageSubheader *image = FindImage(file, index);
+  if (image != nullptr && IsUncompressed(*image)) {
+    const ImageSource source = OpenSource(file, image, index);
+    return WithBlockReader(source, [&](BlockReader &reader) { return ReadInStrips(reader, *image, sink); });
+  }
+  KsLocalBitmap whole;
+  const std::int32_t status = DecodeImageSegment(loadContext, file, index, whole.Get());
+  return status == SUCCESS ? sink(whole.Get(), 0, whole->height) : status;
 }

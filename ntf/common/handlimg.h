@@ -3,6 +3,8 @@
 
 #include "nitffile.h"
 
+#include <functional>
+
 /** Block width and height in pixels. */
 inline std::uint32_t BlockWidth(const ImageSubheader &image) {
   return image.blockWidth != 0 ? image.blockWidth : image.columns;
@@ -48,9 +50,34 @@ struct ImageSource {
 };
 
 /**
+ * Bits per pixel of the bitmap that an image is decoded into. Two bands are shown as one through its palette, in full
+ * colour; so are three or more, of which three are shown. Samples of 32 and 64 bits of a gray image come down to 8.
+ */
+std::uint32_t TargetDepth(const ImageSubheader &image);
+
+/** Creates the bitmap for `rows` rows of an image, with its palette and colour order. */
+std::int32_t CreateTarget(KsBitmap *target, const ImageSubheader &image, std::uint64_t rows);
+
+/** Gives a bitmap the image's lookup table as palette, or the gray ramp of its bit depth. */
+void SetImagePalette(KsBitmap *bitmap, const ImageSubheader &image);
+
+/**
  * Decodes image segment `index` into `target`, an empty bitmap. `loadContext` may be null; its load functions decode
  * compressed streams where it is given. On failure `target` is empty: ERROR_NOT_SUPPORTED for an IC without decoder or
  * samples that make no picture, ERROR_FILE_READ, ERROR_FILE_FORMAT, ERROR_NO_MEMORY.
  */
 std::int32_t DecodeImageSegment(FilterLoadRecord *loadContext, const NitfFile *file, std::uint32_t index,
                                 KsBitmap *target);
+
+/**
+ * Takes a part of a decoded image: the first `rows` rows of `part`, which belong at row `top` of the image. The bitmap
+ * is used again afterwards. A result other than SUCCESS ends the decoding.
+ */
+using ImagePartSink = std::function<std::int32_t(KsBitmap *part, std::uint32_t top, std::uint32_t rows)>;
+
+/**
+ * Decodes the image part by part, from the top down, and without ever holding all of it where its IC allows that. The
+ * results are those of DecodeImageSegment; what is wrong with the headers, or cut off, shows before the first part.
+ */
+std::int32_t DecodeImageInParts(FilterLoadRecord *loadContext, const NitfFile *file, std::uint32_t index,
+                                const ImagePartSink &sink);

@@ -1,11 +1,9 @@
 #include "imgmodes.h"
 
-#include "blocks.h"
 #include "samples.h"
 
 #include <algorithm>
 #include <cstring>
-#include <optional>
 
 namespace {
 
@@ -63,150 +61,14 @@ ModeLayout LayoutOf(const ImageSubheader &image, const BlockGrid &grid, const Bl
   }
 }
 
-/** The offset of a block behind IMDATOFF, or nothing where it isn't there. */
-std::optional<std::int64_t> BlockOffset(const ModeLayout &layout, const BlockMask &mask, std::uint64_t block) {
-  if (layout.masked && mask.IsAbsent(block)) return std::nullopt;
-  const std::int64_t inOrder = static_cast<std::int64_t>(block) * layout.block;
-  return layout.masked ? std::int64_t{mask.Offset(block).value_or(inOrder)} : inOrder;
+/** Moves every `step`-th byte of a row of `count` samples. */
+void GatherRow(const std::uint8_t *samples, std::uint32_t step, std::uint64_t count, std::uint8_t *row) {
+  for (std::uint64_t x = 0; x < count; ++x) row[x] = samples[x * step];
 }
-
-// ---- one band, or one of two --------------------------------------------------------------------------------------
-
-/** Reads one band of an image into rows of its own depth. */
-class PlaneReader {
- public:
-  PlaneReader(const ImageSource &data, KsBitmap *bitmap)
-      : source(data),
-        image(*data.image),
-        target(bitmap),
-        grid(image),
-        mask(data),
-        rowBytes(RowBytes(image.bitsPerPixel, grid.width)),
-        layout(LayoutOf(image, grid, mask, rowBytes)),
-        convert(ChooseConversion(image.bitsPerPixel, image.actualBits)) {}
-
-  std::int32_t Decode() {
-    const std::uint32_t depth = image.bandCount == 2 ? image.bitsPerPixel : target->bitsPerPixel;
-    std::int32_t status = rows.Create(target, image, grid, depth);
-    if (status != SUCCESS) return status;
-    if (image.bandCount == 2) status = ChoosePlane();
-    const std::uint64_t blocks = grid.IsSingle() ? grid.count : mask.Visited(grid.count);
-    for (std::uint64_t block = 0; block < blocks && status == SUCCESS; ++block) {
-      const std::optional<std::int64_t> start = StartOf(block);
-      if (start) status = ReadBlock(block, *start);
-    }
-    return status;
-  }
-
- private:
-  /** The band that ChooseBands puts first stands for a two-band image. */
-  std::int32_t ChoosePlane() {
-    if (image.mode == kPixelInterleaved && image.bitsPerPixel != 8) return ERROR_NOT_SUPPORTED;
-    BandOrder order{};
-    ChooseBands(image, &order);
-    band = order.first;
-    return run.Allocate(rowBytes * layout.pixel) ? static_cast<std::int32_t>(SUCCESS) : ERROR_NO_MEMORY;
-  }
-
-  /**
-   * One band: the recorded blocks follow each other, whatever offsets the mask gives, and a single block is always
-   * there.
-   */
-  std::optional<std::int64_t> StartOf(std::uint64_t block) {
-    if (image.bandCount == 2) return BlockOffset(layout, mask, block);
-    if (!grid.IsSingle() && mask.IsAbsent(block)) return std::nullopt;
-    return static_cast<std::int64_t>(ordinal++) * static_cast<std::int64_t>(rowBytes) * grid.height;
-  }
-
-  std::int32_t ReadBlock(std::uint64_t block, std::int64_t start) {
-    const bool twoBands = image.bandCount == 2;
-    const auto step = twoBands ? layout.row : static_cast<std::int64_t>(rowBytes);
-    const std::int64_t origin = start + image.maskDataOffset + (layout.pixel == 1 ? band * layout.band : 0);
-    const std::uint64_t bytes = twoBands ? rowBytes * layout.pixel : rowBytes;
-    if (!source.Holds(origin + step * (grid.height - std::int64_t{1}) + static_cast<std::int64_t>(bytes))) {
-      return ERROR_FILE_READ;
-    }
-    rows.Begin(grid.Left(block), grid.Top(block));
-    for (std::uint32_t row = 0; row < grid.height; ++row) {
-      const std::int32_t status = ReadRow(origin + step * row, rows.Row(row));
-      if (status != SUCCESS) return status;
-    }
-    return rows.End();
-  }
-
-  std::int32_t ReadRow(std::int64_t offset, std::uint8_t *row) {
-    if (image.bandCount == 2 && layout.pixel != 1) {
-      const std::int32_t status = source.Read(offset, run.Get(), rowBytes * layout.pixel);
-      for (std::uint64_t x = 0; x < rowBytes; ++x) row[x] = run[x * layout.pixel + band];
-      return status;
-    }
-    const std::int32_t status = source.Read(offset, row, rowBytes);
-    if (status == SUCCESS && convert != nullptr) convert(row, rowBytes, image.bitsPerPixel, image.actualBits, {});
-    return status;
-  }
-
-  const ImageSource &source;
-  ImageSubheader &image;
-  KsBitmap *target;
-  BlockGrid grid;
-  BlockMask mask;
-  std::uint64_t rowBytes;
-  ModeLayout layout;
-  SampleConversion convert;
-  BlockRows rows;
-  KsArray<std::uint8_t> run;
-  std::uint32_t band = 0;
-  std::uint64_t ordinal = 0;
-};
-
-// ---- one block of 32-bit samples ----------------------------------------------------------------------------------
-
-/** Least and greatest word of all image data, from their first byte on. A failed read ends the scan. */
-SampleRange ScanRange(const ImageSource &source) {
-  constexpr std::uint32_t kPiece = 50000;
-  SampleRange range;
-  KsArray<std::uint8_t> piece;
-  if (!piece.Allocate(kPiece)) return range;
-  bool first = true;
-  for (std::uint64_t at = 0; at < source.dataLength; at += kPiece) {
-    const std::uint64_t bytes = std::min<std::uint64_t>(kPiece, source.dataLength - at);
-    if (source.Read(static_cast<std::int64_t>(at), piece.Get(), bytes) != SUCCESS) break;
-    for (std::uint64_t word = 0; word + 4 <= bytes; word += 4) {
-      const std::uint8_t *b = piece.Get() + word;
-      const auto value = static_cast<std::int32_t>(std::uint32_t{b[0]} << 24 | std::uint32_t{b[1]} << 16 |
-                                                   std::uint32_t{b[2]} << 8 | b[3]);
-      range.minimum = first ? value : std::min(range.minimum, value);
-      range.maximum = first ? value : std::max(range.maximum, value);
-      first = false;
-    }
-  }
-  return range;
-}
-
-/** A gray image of one block with 32 bits a sample comes down to 8 bits, its own range spread over them. */
-std::int32_t DecodeSpread(const ImageSource &source, KsBitmap *target) {
-  const ImageSubheader &image = *source.image;
-  const std::uint64_t bytes = std::uint64_t{target->width} * 4;
-  const std::int64_t origin = image.maskDataOffset;
-  if (!source.Holds(origin + static_cast<std::int64_t>(bytes * target->height))) return ERROR_FILE_READ;
-  const SampleRange range = ScanRange(source);
-  const SampleConversion convert = ChooseConversion(image.bitsPerPixel, image.actualBits);
-  KsArray<std::uint8_t> samples;
-  if (!samples.Allocate(bytes)) return ERROR_NO_MEMORY;
-  for (std::uint32_t row = 0; row < target->height; ++row) {
-    const std::int32_t status = source.Read(origin + static_cast<std::int64_t>(bytes * row), samples.Get(), bytes);
-    if (status != SUCCESS) return status;
-    convert(samples.Get(), target->width, image.bitsPerPixel, image.actualBits, range);
-    KsBitmapPutRow(target, samples.Get(), row, target->width);
-  }
-  return SUCCESS;
-}
-
-// ---- three bands or more ------------------------------------------------------------------------------------------
 
 /** One row of three samples a pixel, `step` bytes from one pixel to the next, as blue, green and red. */
-void InterleaveRow(std::uint8_t *pixel, std::uint32_t width, const std::uint8_t *red, const std::uint8_t *green,
-                   const std::uint8_t *blue, std::uint32_t step) {
+inline void InterleaveRow(std::uint8_t *pixel, std::uint32_t width, const std::uint8_t *red, const std::uint8_t *green,
+                          const std::uint8_t *blue, std::uint32_t step) {
   for (std::uint64_t x = 0; x < width; ++x, pixel += 3) {
     pixel[0] = blue[x * step];
     pixel[1] = green[x * step];
@@ -214,67 +76,166 @@ void InterleaveRow(std::uint8_t *pixel, std::uint32_t width, const std::uint8_t 
   }
 }
 
-/** Reads three bands of 8 bits, in any image mode. */
-class ColorReader {
+/** One band of 1, 8, 12 or 16 bits. */
+class PlaneReader final : public BlockReader {
  public:
-  ColorReader(const ImageSource &data, KsBitmap *bitmap)
-      : source(data),
-        image(*data.image),
-        target(bitmap),
-        grid(image),
-        mask(data),
-        layout(LayoutOf(image, grid, mask, grid.width)) {}
-
-  std::int32_t Decode() {
-    if (image.mode != kBlockInterleaved) order = {0, 1, 2};
-    ChooseBands(image, &order);
-    std::int32_t status = rows.Create(target, image, grid, 24);
-    const std::uint64_t blocks = mask.Visited(grid.count);
-    for (std::uint64_t block = 0; block < blocks && status == SUCCESS; ++block) {
-      const std::optional<std::int64_t> start = BlockOffset(layout, mask, block);
-      if (start) status = ReadBlock(block, *start + image.maskDataOffset);
-    }
-    return status;
-  }
+  explicit PlaneReader(const ImageSource &data)
+      : BlockReader(data, data.image->bitsPerPixel),
+        rowBytes(RowBytes(image.bitsPerPixel, grid.width)),
+        convert(ChooseConversion(image.bitsPerPixel, image.actualBits)) {}
 
  private:
-  std::uint32_t LastBand() const { return std::max({order.first, order.second, order.third}); }
-  std::uint64_t RunBytes() const { return std::uint64_t{grid.width} * image.bandCount; }
+  std::int32_t Prepare() override { return SUCCESS; }
 
-  std::int32_t ReadBlock(std::uint64_t block, std::int64_t start) {
-    if (!Holds(start)) return ERROR_FILE_READ;
-    const std::uint64_t bytes = layout.pixel == 1 ? 3 * std::uint64_t{grid.width} : RunBytes() + LastBand();
-    if (!samples && !samples.Allocate(bytes)) return ERROR_NO_MEMORY;
-    rows.Begin(grid.Left(block), grid.Top(block));
-    const bool pixelInterleaved = layout.pixel != 1;
-    for (std::uint32_t row = 0; row < grid.height; ++row) {
-      const std::int64_t offset = start + layout.row * row;
-      const std::int32_t status = pixelInterleaved ? ReadPixels(offset, row) : ReadPlanes(offset, row);
-      if (status != SUCCESS) return status;
-    }
-    return rows.End();
+  /** The recorded blocks follow each other, whatever offsets the mask gives, and a single block is always there. */
+  std::int64_t StartOf(std::uint64_t block) override {
+    if (!grid.IsSingle() && mask.IsAbsent(block)) return kAbsent;
+    return static_cast<std::int64_t>(ordinal++ * rowBytes * grid.height);
   }
 
-  /** Whether all that is read of a block is in the file. */
-  bool Holds(std::int64_t start) const {
+  void Rewind() override { ordinal = 0; }
+
+  std::int32_t Check(std::int64_t start) const override {
+    return source.Holds(start + static_cast<std::int64_t>(rowBytes * grid.height)) ? SUCCESS : ERROR_FILE_READ;
+  }
+
+  std::int32_t ReadRows(std::int64_t start, std::uint32_t first, std::uint32_t rows) override {
+    const std::uint64_t bytes = rowBytes * rows;
+    const bool inPlace = out.RowStep() == rowBytes;
+    std::uint8_t *samples = inPlace ? out.Row(0) : Buffer(bytes);
+    if (samples == nullptr) return ERROR_NO_MEMORY;
+    const std::int32_t status = source.Read(start + static_cast<std::int64_t>(rowBytes * first), samples, bytes);
+    if (status != SUCCESS) return status;
+    for (std::uint32_t row = 0; row < rows; ++row) {
+      if (!inPlace) std::memcpy(out.Row(row), samples + row * rowBytes, rowBytes);
+      if (convert != nullptr) convert(out.Row(row), rowBytes, image.bitsPerPixel, image.actualBits, {});
+    }
+    return SUCCESS;
+  }
+
+  std::uint64_t rowBytes;
+  SampleConversion convert;
+  std::uint64_t ordinal = 0;
+};
+
+/** What images of two and of more bands have in common: blocks whose places the mode's layout tells. */
+class LaidOutReader : public BlockReader {
+ protected:
+  LaidOutReader(const ImageSource &data, std::uint32_t rowDepth)
+      : BlockReader(data, rowDepth),
+        rowBytes(RowBytes(image.bitsPerPixel, grid.width)),
+        layout(LayoutOf(image, grid, mask, rowBytes)) {}
+
+  std::int64_t StartOf(std::uint64_t block) final {
+    if (layout.masked && mask.IsAbsent(block)) return kAbsent;
+    const std::int64_t inOrder = static_cast<std::int64_t>(block) * layout.block;
+    return layout.masked ? mask.Offset(block).value_or(inOrder) : inOrder;
+  }
+
+  /** Whether the file holds the rows of a block up to `row`, in one band. */
+  bool HoldsBand(std::int64_t start, std::uint32_t band) const {
+    const std::int64_t lastRow = start + band * layout.band + layout.row * (grid.height - std::int64_t{1});
+    return source.Holds(lastRow + static_cast<std::int64_t>(rowBytes));
+  }
+
+  /** Reads rows of one band, in a mode that keeps the samples of a row together: one after the other into `samples`. */
+  std::int32_t ReadBandRows(std::int64_t start, std::uint32_t band, std::uint32_t first, std::uint32_t rows,
+                            std::uint8_t *samples) const {
+    const std::int64_t from = start + band * layout.band + layout.row * first;
+    if (layout.row == static_cast<std::int64_t>(rowBytes)) return source.Read(from, samples, rowBytes * rows);
+    for (std::uint32_t row = 0; row < rows; ++row) {
+      const std::int32_t status = source.Read(from + layout.row * row, samples + row * rowBytes, rowBytes);
+      if (status != SUCCESS) return status;
+    }
+    return SUCCESS;
+  }
+
+  std::uint64_t rowBytes;
+  ModeLayout layout;
+};
+
+/** Two bands: the one that ChooseBands puts first is shown. */
+class TwoBandReader final : public LaidOutReader {
+ public:
+  explicit TwoBandReader(const ImageSource &data)
+      : LaidOutReader(data, data.image->bitsPerPixel),
+        convert(ChooseConversion(image.bitsPerPixel, image.actualBits)) {}
+
+ private:
+  std::int32_t Prepare() override {
+    if (layout.pixel != 1 && image.bitsPerPixel != 8) return ERROR_NOT_SUPPORTED;
+    BandOrder order{};
+    ChooseBands(image, &order);
+    band = order.first;
+    return SUCCESS;
+  }
+
+  std::int32_t Check(std::int64_t start) const override {
+    const std::int64_t end = start + layout.row * grid.height;
+    const bool held = layout.pixel == 1 ? HoldsBand(start, band) : source.Holds(end);
+    return held ? SUCCESS : ERROR_FILE_READ;
+  }
+
+  std::int32_t ReadRows(std::int64_t start, std::uint32_t first, std::uint32_t rows) override {
+    const std::uint64_t step = rowBytes * layout.pixel;
+    std::uint8_t *samples = Buffer(step * rows);
+    if (samples == nullptr) return ERROR_NO_MEMORY;
+    const std::int32_t status = layout.pixel == 1 ? ReadBandRows(start, band, first, rows, samples)
+                                                  : source.Read(start + layout.row * first, samples, step * rows);
+    if (status != SUCCESS) return status;
+    for (std::uint32_t row = 0; row < rows; ++row) {
+      GatherRow(samples + row * step + (layout.pixel == 1 ? 0 : band), layout.pixel, rowBytes, out.Row(row));
+      if (convert != nullptr) convert(out.Row(row), rowBytes, image.bitsPerPixel, image.actualBits, {});
+    }
+    return SUCCESS;
+  }
+
+  SampleConversion convert;
+  std::uint32_t band = 0;
+};
+
+/** Three bands of 8 bits or more bands, of which three are shown. */
+class ColorReader final : public LaidOutReader {
+ public:
+  explicit ColorReader(const ImageSource &data) : LaidOutReader(data, 24) {}
+
+ private:
+  std::int32_t Prepare() override {
+    BandOrder order{};
+    if (image.mode != kBlockInterleaved) order = {0, 1, 2};
+    ChooseBands(image, &order);
+    bands[0] = order.first;
+    bands[1] = order.second;
+    bands[2] = order.third;
+    lastBand = *std::max_element(bands, bands + 3);
+    return SUCCESS;
+  }
+
+  std::int32_t Check(std::int64_t start) const override {
     if (layout.pixel != 1) {
-      if (grid.height == 1) return true;
-      return source.Holds(start + layout.row * (grid.height - std::int64_t{1}) + LastBand());
+      const std::int64_t end = start + layout.row * (grid.height - std::int64_t{1}) + lastBand;
+      return grid.height == 1 || source.Holds(end) ? SUCCESS : ERROR_FILE_READ;
     }
-    const std::int64_t lastRow = start + layout.row * (grid.height - std::int64_t{1}) + grid.width;
-    return source.Holds(lastRow + order.first * layout.band) && source.Holds(lastRow + order.second * layout.band) &&
-           source.Holds(lastRow + order.third * layout.band);
+    const bool held = std::all_of(bands, bands + 3, [&](std::uint32_t band) { return HoldsBand(start, band); });
+    return held ? SUCCESS : ERROR_FILE_READ;
   }
 
-  std::int32_t ReadPlanes(std::int64_t offset, std::uint32_t row) {
-    const std::uint32_t bands[3] = {order.first, order.second, order.third};
+  std::int32_t ReadRows(std::int64_t start, std::uint32_t first, std::uint32_t rows) override {
+    return layout.pixel == 1 ? ReadPlanes(start, first, rows) : ReadPixels(start, first, rows);
+  }
+
+  std::int32_t ReadPlanes(std::int64_t start, std::uint32_t first, std::uint32_t rows) {
+    const std::uint64_t planeBytes = rowBytes * rows;
+    std::uint8_t *samples = Buffer(3 * planeBytes);
+    if (samples == nullptr) return ERROR_NO_MEMORY;
     for (std::uint32_t channel = 0; channel < 3; ++channel) {
-      std::uint8_t *to = samples.Get() + std::uint64_t{channel} * grid.width;
-      const std::int32_t status = source.Read(offset + bands[channel] * layout.band, to, grid.width);
+      const std::int32_t status = ReadBandRows(start, bands[channel], first, rows, samples + channel * planeBytes);
       if (status != SUCCESS) return status;
     }
-    const std::uint8_t *red = samples.Get();
-    InterleaveRow(rows.Row(row), grid.width, red, red + grid.width, red + 2 * std::uint64_t{grid.width}, 1);
+    for (std::uint32_t row = 0; row < rows; ++row) {
+      const std::uint8_t *red = samples + row * rowBytes;
+      InterleaveRow(out.Row(row), grid.width, red, red + planeBytes, red + 2 * planeBytes, 1);
+    }
     return SUCCESS;
   }
 
@@ -282,144 +243,105 @@ class ColorReader {
    * The last row of a block in mode P is taken to repeat the one before it, and a block of one row to be black: the run
    * of a band reaches beyond its row, which in the last row would be beyond the block.
    */
-  std::int32_t ReadPixels(std::int64_t offset, std::uint32_t row) {
-    std::uint8_t *pixels = rows.Row(row);
-    if (row + 1 == grid.height) {
-      if (row == 0) {
-        std::memset(pixels, 0, std::size_t{grid.width} * 3);
-      } else {
-        std::memcpy(pixels, rows.Row(row - 1), std::size_t{grid.width} * 3);
-      }
+  std::int32_t ReadPixels(std::int64_t start, std::uint32_t first, std::uint32_t rows) {
+    if (grid.height == 1) {
+      std::memset(out.Row(0), 0, std::size_t{grid.width} * 3);
       return SUCCESS;
     }
-    const std::int32_t status = source.Read(offset, samples.Get(), RunBytes() + LastBand());
+    const std::uint32_t lastRead = grid.height - 2;
+    const std::uint32_t begin = std::min(first, lastRead);
+    const std::uint32_t end = std::min(first + rows - 1, lastRead) + 1;
+    const auto runBytes = static_cast<std::uint64_t>(layout.row);
+    const std::uint64_t bytes = runBytes * (end - begin) + lastBand;
+    std::uint8_t *samples = Buffer(bytes);
+    if (samples == nullptr) return ERROR_NO_MEMORY;
+    const std::int32_t status = source.Read(start + layout.row * begin, samples, bytes);
     if (status != SUCCESS) return status;
-    const std::uint8_t *run = samples.Get();
-    if (layout.pixel == 3) {
-      InterleaveRow(pixels, grid.width, run + order.first, run + order.second, run + order.third, 3);
-    } else {
-      InterleaveRow(pixels, grid.width, run + order.first, run + order.second, run + order.third, layout.pixel);
+    for (std::uint32_t row = 0; row < rows; ++row) {
+      const std::uint8_t *run = samples + runBytes * (std::min(first + row, lastRead) - begin);
+      // The common case has its step known when it is compiled.
+      const std::uint32_t step = layout.pixel == 3 ? 3 : layout.pixel;
+      InterleaveRow(out.Row(row), grid.width, run + bands[0], run + bands[1], run + bands[2], step);
     }
     return SUCCESS;
   }
 
-  const ImageSource &source;
-  ImageSubheader &image;
-  KsBitmap *target;
-  BlockGrid grid;
-  BlockMask mask;
-  ModeLayout layout;
-  BandOrder order{};
-  KsArray<std::uint8_t> samples;
-  BlockRows rows;
+  std::uint32_t bands[3] = {};
+  std::uint32_t lastBand = 0;
 };
 
-// ---- packed bi-level ----------------------------------------------------------------------------------------------
-
-/** Moves `count` bits from bit `from` of `source` to the front of `row`, the top bit of a byte first. */
-void UnpackBits(const std::uint8_t *source, std::uint64_t from, std::uint32_t count, std::uint8_t *row) {
-  const std::uint8_t *bytes = source + from / 8;
-  const auto shift = static_cast<unsigned>(from % 8);
-  const std::uint64_t whole = count / 8;
-  if (shift == 0) {
-    std::memcpy(row, bytes, whole);
-  } else {
-    for (std::uint64_t at = 0; at < whole; ++at) {
-      row[at] = static_cast<std::uint8_t>(bytes[at] << shift | bytes[at + 1] >> (8 - shift));
-    }
-  }
-  const unsigned rest = count % 8;
-  if (rest == 0) return;
-  unsigned last = static_cast<unsigned>(bytes[whole]) << shift;
-  if (shift + rest > 8) last |= static_cast<unsigned>(bytes[whole + 1]) >> (8 - shift);
-  row[whole] = static_cast<std::uint8_t>(last & (0xFF00U >> rest));
-}
-
-/** Reads blocks of one bit a pixel, whose rows follow each other without fill bits. */
-class PackedReader {
+/** A gray image of one block with 32 bits a sample comes down to 8 bits, its own range spread over them. */
+class SpreadReader final : public BlockReader {
  public:
-  PackedReader(const ImageSource &data, KsBitmap *bitmap)
-      : source(data),
-        image(*data.image),
-        target(bitmap),
-        grid(image),
-        mask(data),
-        planeBits(std::uint64_t{grid.width} * grid.height),
-        blockBytes((planeBits * std::max(image.bandCount, 1U) + 7) / 8) {}
-
-  std::int32_t Decode() {
-    std::int32_t status = ChoosePlane();
-    if (status != SUCCESS) return status;
-    if (image.maskDataOffset > source.dataLength) return ERROR_FILE_FORMAT;
-    if (!source.Holds(source.dataLength)) return ERROR_FILE_READ;
-    const std::uint32_t depth = image.bandCount == 2 ? image.bitsPerPixel : target->bitsPerPixel;
-    status = rows.Create(target, image, grid, depth);
-    const std::uint64_t blocks = mask.Visited(grid.count);
-    for (std::uint64_t block = 0; block < blocks && status == SUCCESS; ++block) {
-      if (!mask.IsAbsent(block)) status = ReadBlock(block, StartOf(block));
-    }
-    return status;
-  }
+  explicit SpreadReader(const ImageSource &data)
+      : BlockReader(data, 8), convert(ChooseConversion(image.bitsPerPixel, image.actualBits)) {}
 
  private:
-  /** Of two bands, whose bits follow each other in a block, one is shown. More have no bi-level picture. */
-  std::int32_t ChoosePlane() {
-    if (image.bandCount < 2) return SUCCESS;
-    const bool planesFollow = image.mode == kBlockInterleaved || (image.mode == kBandSequential && grid.IsSingle());
-    if (image.bandCount > 2 || !planesFollow) return ERROR_NOT_SUPPORTED;
-    BandOrder order{};
-    ChooseBands(image, &order);
-    band = order.first;
+  std::int32_t Prepare() override { return SUCCESS; }
+  std::int64_t StartOf(std::uint64_t) override { return 0; }
+
+  std::int32_t Check(std::int64_t start) const override {
+    return source.Holds(start + static_cast<std::int64_t>(RowBytes(32, grid.width) * grid.height)) ? SUCCESS
+                                                                                                   : ERROR_FILE_READ;
+  }
+
+  std::int32_t ReadRows(std::int64_t start, std::uint32_t first, std::uint32_t rows) override {
+    if (first == 0) range = ScanRange();
+    const std::uint64_t rowBytes = RowBytes(32, grid.width);
+    std::uint8_t *samples = Buffer(rowBytes * rows);
+    if (samples == nullptr) return ERROR_NO_MEMORY;
+    const std::int32_t status =
+        source.Read(start + static_cast<std::int64_t>(rowBytes * first), samples, rowBytes * rows);
+    if (status != SUCCESS) return status;
+    for (std::uint32_t row = 0; row < rows; ++row) {
+      std::uint8_t *levels = samples + rowBytes * row;
+      convert(levels, grid.width, image.bitsPerPixel, image.actualBits, range);
+      std::memcpy(out.Row(row), levels, grid.width);
+    }
     return SUCCESS;
   }
 
-  /** Without an entry in the masks a block follows the one before it; a blank entry of TMR counts from the start. */
-  std::uint64_t StartOf(std::uint64_t block) const {
-    if (const std::optional<std::uint32_t> offset = mask.Offset(block)) return *offset;
-    return mask.HasPadMask() ? consumed : offsetBefore + consumed;
-  }
-
-  std::int32_t ReadBlock(std::uint64_t block, std::uint64_t start) {
-    if (start + blockBytes > source.dataLength - image.maskDataOffset) return ERROR_FILE_FORMAT;
-    if (!packed && !packed.Allocate(blockBytes)) return ERROR_NO_MEMORY;
-    const std::int32_t status =
-        source.Read(static_cast<std::int64_t>(image.maskDataOffset + start), packed.Get(), blockBytes);
-    if (status != SUCCESS) return status;
-    offsetBefore = start;
-    consumed = blockBytes;
-    rows.Begin(grid.Left(block), grid.Top(block));
-    for (std::uint32_t row = 0; row < grid.height; ++row) {
-      UnpackBits(packed.Get(), band * planeBits + std::uint64_t{row} * grid.width, grid.width, rows.Row(row));
+  /** Least and greatest word of all image data, from their first byte on. A failed read ends the scan. */
+  SampleRange ScanRange() {
+    constexpr std::uint32_t kPiece = 50000;
+    SampleRange found;
+    KsArray<std::uint8_t> piece;
+    if (!piece.Allocate(kPiece)) return found;
+    bool none = true;
+    for (std::uint64_t at = 0; at < source.dataLength; at += kPiece) {
+      const std::uint64_t bytes = std::min<std::uint64_t>(kPiece, source.dataLength - at);
+      if (source.Read(static_cast<std::int64_t>(at), piece.Get(), bytes) != SUCCESS) break;
+      for (std::uint64_t word = 0; word + 4 <= bytes; word += 4) {
+        const auto value = static_cast<std::int32_t>(BigEndian32(piece.Get() + word));
+        found.minimum = none ? value : std::min(found.minimum, value);
+        found.maximum = none ? value : std::max(found.maximum, value);
+        none = false;
+      }
     }
-    return rows.End();
+    return found;
   }
 
-  const ImageSource &source;
-  ImageSubheader &image;
-  KsBitmap *target;
-  BlockGrid grid;
-  BlockMask mask;
-  std::uint64_t planeBits;
-  std::uint64_t blockBytes;
-  BlockRows rows;
-  KsArray<std::uint8_t> packed;
-  std::uint32_t band = 0;
-  std::uint64_t offsetBefore = 0;
-  std::uint64_t consumed = 0;
+  SampleConversion convert;
+  SampleRange range;
 };
+
+template <class Reader>
+std::int32_t With(const ImageSource &source, const BlockWork &work) {
+  Reader reader(source);
+  return work(reader);
+}
 
 }  // namespace
 
-std::int32_t DecodeSamples(const ImageSource &source, KsBitmap *target) {
+std::int32_t WithBlockReader(const ImageSource &source, const BlockWork &work) {
   const ImageSubheader &image = *source.image;
   const std::uint32_t bits = image.bitsPerPixel;
-  if (image.bandCount >= 3) return bits == 8 ? ColorReader(source, target).Decode() : ERROR_NOT_SUPPORTED;
-  if (bits == 1 || bits == 8 || bits == 12 || bits == 16) return PlaneReader(source, target).Decode();
+  if (image.pixelValueType == 1) return WithBilevelReader(source, work);
+  if (image.bandCount >= 3) return bits == 8 ? With<ColorReader>(source, work) : ERROR_NOT_SUPPORTED;
+  if (bits == 1 || bits == 8 || bits == 12 || bits == 16) {
+    return image.bandCount == 2 ? With<TwoBandReader>(source, work) : With<PlaneReader>(source, work);
+  }
   const bool spreads =
       bits == 32 && image.bandCount < 2 && image.representation == kMono && BlockGrid(image).IsSingle();
-  return spreads ? DecodeSpread(source, target) : ERROR_NOT_SUPPORTED;
-}
-
-std::int32_t DecodePackedBilevel(const ImageSource &source, KsBitmap *target) {
-  return PackedReader(source, target).Decode();
+  return spreads ? With<SpreadReader>(source, work) : ERROR_NOT_SUPPORTED;
 }

@@ -2,16 +2,17 @@
 // bi-level blocks.
 #pragma once
 
-#include "handlimg.h"
+#include "blocks.h"
 
-/** Gives a bitmap the image's lookup table as palette, or the gray ramp of its bit depth. */
-void SetImagePalette(KsBitmap *bitmap, const ImageSubheader &image);
+/** What reads the blocks of an image, by its bands, depth and PVTYPE; each is an answer of its own where it makes none.
+ */
+using BlockWork = std::function<std::int32_t(BlockReader &reader)>;
 
 /**
- * Decodes IC NC or NM with PVTYPE INT into `target`, whose caller releases it. SUCCESS, ERROR_FILE_READ where the file
- * ends, ERROR_NOT_SUPPORTED for samples that make no picture, ERROR_NO_MEMORY.
+ * Does `work` with the reader for an image of IC NC or NM: its result, or ERROR_NOT_SUPPORTED for samples that make no
+ * picture.
  */
-std::int32_t DecodeSamples(const ImageSource &source, KsBitmap *target);
+std::int32_t WithBlockReader(const ImageSource &source, const BlockWork &work);
 
-/** The same with PVTYPE B. ERROR_FILE_FORMAT where the data of a block run out. */
-std::int32_t DecodePackedBilevel(const ImageSource &source, KsBitmap *target);
+/** The same for packed bi-level blocks, PVTYPE B. */
+std::int32_t WithBilevelReader(const ImageSource &source, const BlockWork &work);

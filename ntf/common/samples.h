@@ -9,6 +9,11 @@ struct SampleRange {
   std::int32_t maximum = 0;
 };
 
+/** The big-endian number of four bytes. */
+inline std::uint32_t BigEndian32(const std::uint8_t *bytes) {
+  return std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 | std::uint32_t{bytes[2]} << 8 | bytes[3];
+}
+
 /** What is done to each row of samples. Chosen once for an image. */
 using SampleConversion = void (*)(std::uint8_t *row, std::uint64_t bytes, std::uint32_t bits, std::uint32_t actualBits,
                                   const SampleRange &range);

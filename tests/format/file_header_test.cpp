@@ -187,7 +187,7 @@ TEST(StreamFile, AReplayThatEndsEarlyKeepsTheRest) {
 
 TEST(StreamFile, DataThatTheReplayDoesNotReachDoNotStandBesideTheirNewLength) {
   StreamFile stream(3);
-  stream.sound.Field("UDHD", "twelve bytes");
+  stream.sound.Field("UDHD", "twelve bytes").Field("HL", "000411");
   stream.unknown.Field("UDHD", "four");
   const std::size_t lengthEnd = stream.sound.Header().size() - 5 - 12 - 3;
   for (const std::size_t bytes : {lengthEnd, lengthEnd + 2, lengthEnd + 3, lengthEnd + 14}) {

@@ -101,6 +101,9 @@ std::vector<ColorCase> ColorCases() {
       cases.push_back({mode, bands, 7, 10, 4, 3});
       cases.push_back({mode, bands, 2, 3, 3, 1});
     }
+    // Larger than a strip, so that a block is read in several pieces.
+    cases.push_back({mode, 3, 701, 503, 503, 701});
+    cases.push_back({mode, 3, 700, 502, 251, 350});
   }
   return cases;
 }
@@ -281,6 +284,59 @@ INSTANTIATE_TEST_SUITE_P(
                     DepthCase{16, 8, "MONO", 0, 0x00AB, 0xAB00}, DepthCase{12, 12, "MONO", 0, 0xABC, 0xABC},
                     DepthCase{12, 12, "MONO", 2, 0xABC, 0xABC}, DepthCase{12, 12, "MULTI", 0, 0xABC, 0xABC},
                     DepthCase{12, 11, "MONO", 0, 2047, 4095}));
+
+struct TallCase {
+  std::uint32_t bits;
+  std::uint32_t bands;
+  char mode;
+  std::uint32_t columns;
+  const char *pixelValueType;
+};
+
+void PrintTo(const TallCase &given, std::ostream *out) {
+  *out << given.bits << " bits, " << given.bands << " bands, IMODE " << given.mode;
+}
+
+class TallImages : public testing::TestWithParam<TallCase> {};
+
+/** Images that are read in several strips, the seams of which nobody must see. */
+TEST_P(TallImages, HaveNoSeams) {
+  const TallCase &given = GetParam();
+  constexpr std::uint32_t kRows = 1500;
+  ImageSpec image{.rows = kRows, .columns = given.columns, .representation = "MONO", .mode = given.mode};
+  image.pixelValueType = given.pixelValueType;
+  image.bits = given.bits;
+  image.bands = std::vector<BandSpec>(given.bands);
+  const auto sample = [&](std::uint32_t band, std::uint32_t row, std::uint32_t column) {
+    const std::uint32_t value = row * 2654435761U + column * 40503U + band;
+    return value >> 7 & ((std::uint64_t{1} << given.bits) - 1) & 0xFFFF;
+  };
+  image.data = LayOut(image, sample);
+  const Composition picture = Compose(NitfBuilder().Image(image));
+  ASSERT_EQ(picture.status, SUCCESS);
+  for (std::uint32_t row = 0; row < kRows; ++row) {
+    for (std::uint32_t column = 0; column < given.columns; column += column < 16 ? 1 : 97) {
+      const std::uint32_t value = sample(0, row, column);
+      const std::uint32_t level = given.bits == 1 ? value * 255 : value >> (given.bits - 8);
+      ASSERT_EQ(picture.At(row, column), Gray(level)) << row << ", " << column;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(ImageModes, TallImages,
+                         testing::Values(TallCase{1, 1, 'B', 3001, "B"}, TallCase{1, 1, 'B', 3001, "INT"},
+                                         TallCase{8, 1, 'B', 601, "INT"}, TallCase{8, 1, 'B', 600, "INT"},
+                                         TallCase{12, 1, 'B', 801, "INT"}, TallCase{16, 1, 'B', 401, "INT"},
+                                         TallCase{8, 2, 'P', 301, "INT"}, TallCase{8, 2, 'R', 301, "INT"},
+                                         TallCase{12, 2, 'S', 301, "INT"}));
+
+TEST(Samples, AThirtyTwoBitImageOfSeveralStripsHasOneRange) {
+  ImageSpec image{.rows = 900, .columns = 700, .bits = 32};
+  image.data = LayOut(image, [](std::uint32_t, std::uint32_t row, std::uint32_t) { return 1000 + row; });
+  const Composition picture = Compose(NitfBuilder().Image(image));
+  ASSERT_EQ(picture.status, SUCCESS);
+  for (const std::uint32_t row : {0U, 449U, 748U, 749U, 899U}) EXPECT_EQ(picture.At(row, 699), Gray(row * 255 / 899));
+}
 
 TEST(Samples, PairsOfTwelveBitsAreRepacked) {
   std::uint8_t row[] = {0x12, 0x34, 0x56, 0x78, 0x90};
