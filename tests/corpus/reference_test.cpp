@@ -7,6 +7,7 @@
 #include "sample_files.h"
 
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <stdexcept>
 #include <string>
@@ -66,39 +67,61 @@ std::string Contents(const std::string &path) {
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-class References : public testing::TestWithParam<const char *> {};
+/** Gives the colour of a pixel of image segment 0. */
+using PixelFunction = std::function<Color(std::uint32_t row, std::uint32_t column)>;
 
-TEST_P(References, AgreeWithImageSegmentZero) {
-  const auto path = CorpusFile(GetParam());
-  const auto referencePath = CorpusFile(std::string(GetParam()) + "_0.ref.png");
-  if (!path || !referencePath) GTEST_SKIP() << GetParam() << " or its reference" << kNotAtHand;
-  const PngFile reference = DecodePng(Contents(*referencePath));
-  ASSERT_EQ(reference.bits, 8);
-  ASSERT_EQ(reference.rows.at(0).size(), reference.width * 4) << "red, green, blue and opacity";
+class References : public testing::TestWithParam<const char *> {
+ protected:
+  void SetUp() override {
+    const auto samplePath = CorpusFile(GetParam());
+    const auto referencePath = CorpusFile(std::string(GetParam()) + "_0.ref.png");
+    if (!samplePath || !referencePath) GTEST_SKIP() << GetParam() << " or its reference" << kNotAtHand;
+    path = *samplePath;
+    reference = DecodePng(Contents(*referencePath));
+    ASSERT_EQ(reference.bits, 8);
+    ASSERT_EQ(reference.rows.at(0).size(), reference.width * 4) << "red, green, blue and opacity";
+    ASSERT_EQ(Load(file.Get(), Wide(path).c_str()), SUCCESS);
+    image = FindImage(file.Get(), 0);
+    ASSERT_LE(image->rows, reference.height);
+    ASSERT_LE(image->columns, reference.width);
+  }
 
-  LocalNitfFile file;
-  ASSERT_EQ(Load(file.Get(), Wide(*path).c_str()), SUCCESS);
-  KsLocalBitmap bitmap;
-  ASSERT_EQ(DecodeImageSegment(nullptr, file.Get(), 0, bitmap.Get()), SUCCESS);
-  const ImageSubheader &image = *FindImage(file.Get(), 0);
-  ASSERT_LE(image.rows, reference.height);
-  ASSERT_LE(image.columns, reference.width);
-
-  std::uint64_t compared = 0, different = 0;
-  for (std::uint32_t row = 0; row < image.rows; ++row) {
-    for (std::uint32_t column = 0; column < image.columns; ++column) {
-      const ReferencePixel expected = ReferenceAt(reference, RowInReference(image, row), column);
-      if (expected.transparent) continue;
-      ++compared;
-      if (PixelOf(*bitmap.Get(), row, column) == expected.color) continue;
-      if (different++ == 0) {
-        ADD_FAILURE() << "row " << row << ", column " << column << ": " << std::hex
-                      << PixelOf(*bitmap.Get(), row, column) << " for " << expected.color;
+  void ExpectReference(const PixelFunction &pixel) const {
+    std::uint64_t compared = 0, different = 0;
+    for (std::uint32_t row = 0; row < image->rows; ++row) {
+      for (std::uint32_t column = 0; column < image->columns; ++column) {
+        const ReferencePixel expected = ReferenceAt(reference, RowInReference(*image, row), column);
+        if (expected.transparent) continue;
+        ++compared;
+        const Color color = pixel(row, column);
+        if (color == expected.color || different++ != 0) continue;
+        ADD_FAILURE() << "row " << row << ", column " << column << ": " << std::hex << color << " for "
+                      << expected.color;
       }
     }
+    EXPECT_EQ(different, 0U) << "of " << compared << " pixels";
+    EXPECT_GT(compared, 0U);
   }
-  EXPECT_EQ(different, 0U) << "of " << compared << " pixels";
-  EXPECT_GT(compared, 0U);
+
+  std::string path;
+  PngFile reference;
+  LocalNitfFile file;
+  const ImageSubheader *image = nullptr;
+};
+
+TEST_P(References, AgreeWithTheDecodedImage) {
+  KsLocalBitmap bitmap;
+  ASSERT_EQ(DecodeImageSegment(nullptr, file.Get(), 0, bitmap.Get()), SUCCESS);
+  ExpectReference([&](std::uint32_t row, std::uint32_t column) { return PixelOf(*bitmap.Get(), row, column); });
+}
+
+TEST_P(References, AgreeWithTheCompositionAtTheImagesPlace) {
+  const Composition picture = Compose(path);
+  ASSERT_EQ(picture.status, SUCCESS);
+  ExpectReference([&](std::uint32_t row, std::uint32_t column) {
+    return picture.At(static_cast<std::uint32_t>(image->locationRow) + row,
+                      static_cast<std::uint32_t>(image->locationColumn) + column);
+  });
 }
 
 INSTANTIATE_TEST_SUITE_P(Corpus, References,

@@ -16,6 +16,7 @@ TEST_P(SampleFiles, GiveTheirStatusAndCanvas) {
   const SampleFile &sample = GetParam();
   const auto path = CorpusFile(sample.name);
   if (!path) GTEST_SKIP() << sample.name << kNotAtHand;
+  const PlatformWatch quiet;
   const auto blocksBefore = LiveBlocks();
 
   const Information information = Inform(*path);
@@ -46,6 +47,7 @@ bool IsListed(const std::string &name) {
 TEST(OtherFiles, LoadOrAreRefused) {
   const auto folder = CorpusFolder();
   if (!folder) GTEST_SKIP() << "KSNTFX_CORPUS is not set";
+  const PlatformWatch quiet;
   for (const auto &entry : std::filesystem::recursive_directory_iterator(*folder)) {
     if (!entry.is_regular_file() || IsListed(entry.path().filename().string())) continue;
     const auto blocksBefore = LiveBlocks();
