@@ -79,6 +79,14 @@ struct HeaderRow {
   Initial initial = Initial::Empty;
   std::string_view initialText{};
 
+  /** A copy of the row, changed. */
+  template <class Change>
+  constexpr HeaderRow With(Change change) const {
+    HeaderRow row = *this;
+    change(row);
+    return row;
+  }
+
   /** The width in the 2.0 layout, where it is another one. */
   constexpr HeaderRow In20(std::uint16_t width) const {
     return With([&](HeaderRow &row) { row.width20 = width; });
@@ -123,14 +131,6 @@ struct HeaderRow {
   }
   constexpr HeaderRow Blank() const {
     return With([](HeaderRow &row) { row.initial = Initial::Blanks; });
-  }
-
- private:
-  template <class Change>
-  constexpr HeaderRow With(Change change) const {
-    HeaderRow row = *this;
-    change(row);
-    return row;
   }
 };
 

@@ -60,7 +60,7 @@ class Operation {
 
 std::int32_t Operation::Prepare(const std::uint32_t *transparentColor) {
   tables.bitsPerPixel = source.bitsPerPixel;
-  if (source.bitsPerPixel <= kscore::deepestLut) kscore::FillShownColors(source, tables.colors);
+  if (source.bitsPerPixel <= kscore::kDeepestLut) kscore::FillShownColors(source, tables.colors);
   if (target.bitsPerPixel == kscore::Index8::bits) kscore::FillShownColors(target, targetColors);
   if (transparentColor != nullptr) {
     hasTransparency = true;
@@ -105,8 +105,8 @@ std::int32_t Operation::PrepareConversion() {
 std::int32_t Operation::PrepareByteTarget() {
   const bool indexed = kscore::HasPalette(target);
   const std::uint32_t count = indexed ? kscore::SelectableColors(target) : 0;
-  if (source.bitsPerPixel <= kscore::deepestLut) {
-    const std::uint32_t levels = source.bitsPerPixel == kscore::Index1::bits ? 2 : kscore::levelCount;
+  if (source.bitsPerPixel <= kscore::kDeepestLut) {
+    const std::uint32_t levels = source.bitsPerPixel == kscore::Index1::bits ? 2 : kscore::kLevelCount;
     for (std::uint32_t i = 0; i < levels; ++i) {
       const Bgr color = tables.colors[i];
       tables.indices[i] = indexed ? kscore::NearestIndex(targetColors, count, color)

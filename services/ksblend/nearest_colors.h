@@ -26,7 +26,7 @@ class NearestColors {
     return kscore::BlueOf(color) >> 3 | kscore::GreenOf(color) >> 3 << 5 | kscore::RedOf(color) >> 3 << 10;
   }
 
-  static constexpr std::uint32_t cellCount = 32 * 32 * 32;
+  static constexpr std::uint32_t kCellCount = 32 * 32 * 32;
 
   const kscore::Bgr *colors = nullptr;
   std::uint32_t colorCount = 0;

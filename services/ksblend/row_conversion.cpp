@@ -86,10 +86,10 @@ struct FromColors {
 
 /** The row functions of one source form, in the order of TargetForm. */
 template <class From>
-constexpr RowFunction rowsFromLevels[] = {From::ToByte, From::ToByte, From::ToBgr24, From::ToBgr32};
+constexpr RowFunction kRowsFromLevels[] = {From::ToByte, From::ToByte, From::ToBgr24, From::ToBgr32};
 
 template <class From>
-constexpr RowFunction rowsFromColors[] = {From::ToGray, From::ToIndex, From::ToBgr24, From::ToBgr32};
+constexpr RowFunction kRowsFromColors[] = {From::ToGray, From::ToIndex, From::ToBgr24, From::ToBgr32};
 
 void CopyBytes(const RowTables &tables, const std::uint8_t *source, std::uint64_t sourceX, std::uint8_t *target,
                std::uint64_t targetX, std::uint64_t count) {
@@ -114,10 +114,10 @@ void CopyLowFirst(const RowTables &tables, const std::uint8_t *source, std::uint
 RowFunction ConversionOf(std::uint32_t sourceBits, TargetForm target) {
   const auto rowsOf = [](auto form) -> const RowFunction * {
     using Form = decltype(form);
-    if constexpr (kscore::hasLevels<Form>) {
-      return rowsFromLevels<FromLevels<Form>>;
+    if constexpr (kscore::kHasLevels<Form>) {
+      return kRowsFromLevels<FromLevels<Form>>;
     } else {
-      return rowsFromColors<FromColors<Form>>;
+      return kRowsFromColors<FromColors<Form>>;
     }
   };
   const RowFunction *const none = nullptr;

@@ -7,10 +7,10 @@ namespace ksblend {
 
 /** What the row functions look up; prepared once for a whole operation. */
 struct RowTables {
-  kscore::ShownColors colors;                // what the source's levels show
-  std::uint8_t indices[kscore::levelCount];  // the same as indices or grays of an 8-bit target
-  NearestColors *nearest = nullptr;          // the target's palette, where colours have to be found in it
-  std::uint32_t bitsPerPixel = 0;            // of source and target, where they are equal
+  kscore::ShownColors colors;                 // what the source's levels show
+  std::uint8_t indices[kscore::kLevelCount];  // the same as indices or grays of an 8-bit target
+  NearestColors *nearest = nullptr;           // the target's palette, where colours have to be found in it
+  std::uint32_t bitsPerPixel = 0;             // of source and target, where they are equal
 };
 
 /** Converts `count` pixels from pixel `sourceX` of a row to pixel `targetX` of another. */

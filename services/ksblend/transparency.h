@@ -22,8 +22,8 @@ class Transparency {
   struct Runs;
 
   FindRunEnd findRunEnd = nullptr;
-  std::uint32_t value = 0;          // the one value of grays and colours
-  bool levels[kscore::levelCount];  // the indices of that colour
+  std::uint32_t value = 0;           // the one value of grays and colours
+  bool levels[kscore::kLevelCount];  // the indices of that colour
 };
 
 }  // namespace ksblend

@@ -8,10 +8,10 @@
 namespace kscore {
 namespace {
 
-constexpr std::uint64_t largestBlock = std::numeric_limits<std::ptrdiff_t>::max();
+constexpr std::uint64_t kLargestBlock = std::numeric_limits<std::ptrdiff_t>::max();
 
 bool Overflows(std::uint64_t count, std::uint64_t size) {
-  return size != 0 && count > largestBlock / size;
+  return size != 0 && count > kLargestBlock / size;
 }
 
 /** An empty block has an address of its own too, so that null always means that memory ran out. */

@@ -13,10 +13,10 @@ namespace {
 
 using kscore::IsBitmap;
 
-constexpr uint64_t firstBitmapLimit = uint64_t{4} << 30;
-constexpr uint32_t mostBitsPerPixel = 255;
+constexpr uint64_t kFirstBitmapLimit = uint64_t{4} << 30;
+constexpr uint32_t kMostBitsPerPixel = 255;
 
-std::atomic<uint64_t> bitmapLimit{firstBitmapLimit};
+std::atomic<uint64_t> bitmapLimit{kFirstBitmapLimit};
 
 uint64_t BytesPerLine(uint32_t bits, uint32_t width) {
   return (uint64_t{bits} * width + 31) / 32 * 4;
@@ -24,7 +24,7 @@ uint64_t BytesPerLine(uint32_t bits, uint32_t width) {
 
 bool IsShape(uint32_t kind, uint32_t width, uint32_t height, uint32_t bits) {
   const bool knownKind = kind == KS_BITMAP_OWN || kind == KS_BITMAP_CALLER;
-  return knownKind && width != 0 && height != 0 && bits != 0 && bits <= mostBitsPerPixel;
+  return knownKind && width != 0 && height != 0 && bits != 0 && bits <= kMostBitsPerPixel;
 }
 
 /** False where `bytes` per row times `height` is above the limit, whether or not it can be told in 64 bits. */
@@ -48,7 +48,7 @@ bool MakeStorage(KsBitmap &bitmap) {
   if (bitmap.pixels == nullptr) return false;
   platform::ExpectWholeUse(bitmap.pixels, bytes);
   bitmap.storageBytes = bytes;
-  bitmap.flags |= KS_BITMAP_ALLOCATED | kscore::bitmapUntouched;
+  bitmap.flags |= KS_BITMAP_ALLOCATED | kscore::kBitmapUntouched;
   return true;
 }
 
@@ -83,7 +83,7 @@ int32_t KsBitmapCreate(KsBitmap *bitmap, uint32_t bitmapSize, uint32_t kind, uin
   bitmap->bytesPerLine = static_cast<uint32_t>(bytesPerLine);
   bitmap->order = order;
   int32_t status = SUCCESS;
-  if (palette != nullptr && bits <= kscore::deepestPalette && !CopyPalette(*bitmap, palette)) status = ERROR_NO_MEMORY;
+  if (palette != nullptr && bits <= kscore::kDeepestPalette && !CopyPalette(*bitmap, palette)) status = ERROR_NO_MEMORY;
   if (status == SUCCESS) status = AttachPixels(*bitmap, data, size);
   if (status != SUCCESS) KsBitmapFree(bitmap);
   return status;
@@ -158,5 +158,5 @@ int64_t KsBitmapPutRow(KsBitmap *bitmap, const void *buffer, uint32_t row, uint6
 }
 
 uint64_t KsSetBitmapLimit(uint64_t bytes) {
-  return bitmapLimit.exchange(bytes == 0 ? firstBitmapLimit : bytes);
+  return bitmapLimit.exchange(bytes == 0 ? kFirstBitmapLimit : bytes);
 }

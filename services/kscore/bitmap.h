@@ -8,7 +8,7 @@
 namespace kscore {
 
 /** Bit of KsBitmap::flags: nobody has written to the bitmap's own pixels yet, and clearing them needs no pass. */
-constexpr std::uint32_t bitmapUntouched = 2;
+constexpr std::uint32_t kBitmapUntouched = 2;
 
 inline bool IsBitmap(const KsBitmap *bitmap) {
   return bitmap != nullptr && bitmap->structureSize == sizeof(KsBitmap);
@@ -30,7 +30,7 @@ inline std::uint8_t *RowOf(const KsBitmap &bitmap, std::uint64_t row) {
 
 /** To be called before pixels are written. */
 inline void MarkWritten(KsBitmap &bitmap) {
-  bitmap.flags &= ~bitmapUntouched;
+  bitmap.flags &= ~kBitmapUntouched;
 }
 
 }  // namespace kscore

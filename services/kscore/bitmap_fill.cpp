@@ -57,7 +57,7 @@ Pattern PatternFor(const KsBitmap &bitmap, Bgr color) {
 }
 
 void Fill(KsBitmap &bitmap, uint8_t byte) {
-  if (byte == 0 && (bitmap.flags & kscore::bitmapUntouched) != 0) return;
+  if (byte == 0 && (bitmap.flags & kscore::kBitmapUntouched) != 0) return;
   std::memset(bitmap.pixels, byte, uint64_t{bitmap.bytesPerLine} * bitmap.height);
   kscore::MarkWritten(bitmap);
 }

@@ -10,7 +10,7 @@ namespace kscore {
 /** A colour with blue in the low byte, then green, then red, and 0 on top: a 24-bit pixel as it lies in memory. */
 using Bgr = std::uint32_t;
 
-constexpr std::uint32_t levelCount = 256;
+constexpr std::uint32_t kLevelCount = 256;
 
 constexpr std::uint32_t BlueOf(Bgr color) {
   return color & 0xFF;

@@ -8,7 +8,7 @@
 namespace kscore {
 namespace {
 
-constexpr std::uint32_t white = 0xFFFFFF;
+constexpr std::uint32_t kWhite = 0xFFFFFF;
 
 /** Doubles the room for saved states where it is used up. */
 bool MakeRoom(KsDeviceContext &context) {
@@ -46,7 +46,7 @@ KsDeviceContext *KsBitmapDC(KsBitmap *bitmap) {
   KsDeviceContext *const made = context.Release();
   made->bitmap = bitmap;
   made->stockPalette.stock = true;
-  made->state = {&made->stockPalette, 0, 0, kscore::white, kscore::BackgroundMode::opaque};
+  made->state = {&made->stockPalette, 0, 0, kscore::kWhite, kscore::BackgroundMode::opaque};
   return made;
 }
 

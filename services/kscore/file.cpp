@@ -11,12 +11,12 @@
 namespace kscore {
 namespace {
 
-constexpr std::uint64_t heldCapacity = 256 * 1024;
-constexpr std::int64_t lastPosition = std::numeric_limits<std::int64_t>::max();
+constexpr std::uint64_t kHeldCapacity = 256 * 1024;
+constexpr std::int64_t kLastPosition = std::numeric_limits<std::int64_t>::max();
 
 /** `bytes`, cut so that no position beyond the last one is reached. */
 std::uint64_t WithinPositions(std::uint64_t bytes, std::int64_t position) {
-  return std::min(bytes, static_cast<std::uint64_t>(lastPosition - position));
+  return std::min(bytes, static_cast<std::uint64_t>(kLastPosition - position));
 }
 
 }  // namespace
@@ -52,7 +52,7 @@ std::uint64_t File::Write(const std::uint8_t *buffer, std::uint64_t bytes) {
     done += moved;
     if (moved != 0) continue;
     if (!Flush()) break;
-    if (bytes - done < heldCapacity && MakeHeld()) continue;
+    if (bytes - done < kHeldCapacity && MakeHeld()) continue;
     const std::uint64_t through = WriteThrough(buffer + done, bytes - done);
     position += static_cast<std::int64_t>(through);
     done += through;
@@ -65,7 +65,7 @@ std::int64_t File::Seek(std::int64_t offset, std::uint32_t origin) {
   if (origin == KS_SEEK_CURRENT) base = position;
   if (origin == KS_SEEK_END) base = Size();
   if (origin > KS_SEEK_END || base < 0) return -1;
-  if (offset > lastPosition - base || base + offset < 0) return -1;
+  if (offset > kLastPosition - base || base + offset < 0) return -1;
   position = base + offset;
   return position;
 }
@@ -77,7 +77,7 @@ std::int64_t File::Size() const {
 
 /** Makes the buffer ready for a run that starts at the position. False without memory. */
 bool File::MakeHeld() {
-  if (held == nullptr) held = static_cast<std::uint8_t *>(Allocate(KS_MEMORY_FILE, 1, heldCapacity));
+  if (held == nullptr) held = static_cast<std::uint8_t *>(Allocate(KS_MEMORY_FILE, 1, kHeldCapacity));
   heldStart = position;
   return held != nullptr;
 }
@@ -94,8 +94,8 @@ std::uint64_t File::HoldBack(const std::uint8_t *buffer, std::uint64_t bytes) {
   if (held == nullptr || position < heldStart || position > HeldEnd()) return 0;
   const auto offset = static_cast<std::uint64_t>(position - heldStart);
   // A long run goes straight through, unless its place is in part held already.
-  if (heldBytes == 0 && bytes >= heldCapacity) return 0;
-  const std::uint64_t count = std::min(bytes, heldCapacity - offset);
+  if (heldBytes == 0 && bytes >= kHeldCapacity) return 0;
+  const std::uint64_t count = std::min(bytes, kHeldCapacity - offset);
   std::memcpy(held + offset, buffer, count);
   heldBytes = std::max(heldBytes, offset + count);
   return count;

@@ -15,7 +15,7 @@ namespace {
 static_assert(sizeof(off_t) == 8, "files beyond 2 GiB need 64-bit positions");
 
 // One system call moves a bounded number of bytes, whatever the platform's own bound is.
-constexpr std::uint64_t mostBytesPerCall = 1u << 30;
+constexpr std::uint64_t kMostBytesPerCall = 1u << 30;
 
 int DescriptorOf(SystemFile file) {
   return static_cast<int>(file);
@@ -40,7 +40,7 @@ template <class Transfer>
 std::uint64_t MoveAll(std::uint64_t bytes, const Transfer &transfer) {
   std::uint64_t done = 0;
   while (done < bytes) {
-    const ssize_t moved = transfer(done, static_cast<std::size_t>(std::min(bytes - done, mostBytesPerCall)));
+    const ssize_t moved = transfer(done, static_cast<std::size_t>(std::min(bytes - done, kMostBytesPerCall)));
     if (moved < 0 && errno == EINTR) continue;
     if (moved <= 0) break;
     done += static_cast<std::uint64_t>(moved);

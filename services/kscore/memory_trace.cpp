@@ -10,10 +10,10 @@
 namespace kscore::trace {
 namespace {
 
-constexpr std::int64_t neverFail = -1;
+constexpr std::int64_t kNeverFail = -1;
 
 std::array<std::atomic<std::int64_t>, KS_MEMORY_KINDS> liveBlocks{};
-std::atomic<std::int64_t> successesLeft{neverFail};
+std::atomic<std::int64_t> successesLeft{kNeverFail};
 
 }  // namespace
 
@@ -39,7 +39,7 @@ int64_t KsLiveBlocks(uint32_t kind) {
 }
 
 void KsFailAllocationsAfter(int64_t successes) {
-  kscore::trace::successesLeft.store(successes < 0 ? kscore::trace::neverFail : successes, std::memory_order_relaxed);
+  kscore::trace::successesLeft.store(successes < 0 ? kscore::trace::kNeverFail : successes, std::memory_order_relaxed);
 }
 
 #else

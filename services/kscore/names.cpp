@@ -3,9 +3,9 @@
 namespace kscore {
 namespace {
 
-constexpr char32_t notACharacter = 0xFFFFFFFF;
-constexpr char32_t firstBeyondOneUnit = 0x10000;
-constexpr char32_t lastCharacter = 0x10FFFF;
+constexpr char32_t kNotACharacter = 0xFFFFFFFF;
+constexpr char32_t kFirstBeyondOneUnit = 0x10000;
+constexpr char32_t kLastCharacter = 0x10FFFF;
 
 bool IsHighSurrogate(char32_t unit) {
   return unit >= 0xD800 && unit <= 0xDBFF;
@@ -21,9 +21,9 @@ bool IsSurrogate(char32_t unit) {
 char32_t NextOfWide(const char16_t *&text) {
   const char32_t unit = *text++;
   if (!IsSurrogate(unit)) return unit;
-  if (!IsHighSurrogate(unit) || !IsLowSurrogate(*text)) return notACharacter;
+  if (!IsHighSurrogate(unit) || !IsLowSurrogate(*text)) return kNotACharacter;
   const char32_t low = *text++;
-  return firstBeyondOneUnit + ((unit - 0xD800) << 10) + (low - 0xDC00);
+  return kFirstBeyondOneUnit + ((unit - 0xD800) << 10) + (low - 0xDC00);
 }
 
 /** How a lead byte of UTF-8 begins a character, and the least character that may be written in that length. */
@@ -34,43 +34,43 @@ struct LeadByte {
   char32_t least;
 };
 
-constexpr LeadByte leadBytes[] = {
-    {0x80, 0x00, 0, 0}, {0xE0, 0xC0, 1, 0x80}, {0xF0, 0xE0, 2, 0x800}, {0xF8, 0xF0, 3, firstBeyondOneUnit}};
+constexpr LeadByte kLeadBytes[] = {
+    {0x80, 0x00, 0, 0}, {0xE0, 0xC0, 1, 0x80}, {0xF0, 0xE0, 2, 0x800}, {0xF8, 0xF0, 3, kFirstBeyondOneUnit}};
 
 /** Takes one character off the front of a UTF-8 text. Overlong forms and surrogates are no characters. */
 char32_t NextOfNarrow(const char *&text) {
   const auto first = static_cast<unsigned char>(*text++);
-  for (const LeadByte &lead : leadBytes) {
+  for (const LeadByte &lead : kLeadBytes) {
     if ((first & lead.mask) != lead.value) continue;
     char32_t character = first & static_cast<unsigned char>(~lead.mask);
     for (int i = 0; i < lead.following; ++i) {
       const auto next = static_cast<unsigned char>(*text);
-      if ((next & 0xC0) != 0x80) return notACharacter;
+      if ((next & 0xC0) != 0x80) return kNotACharacter;
       character = (character << 6) | (next & 0x3F);
       ++text;
     }
-    const bool valid = character >= lead.least && character <= lastCharacter && !IsSurrogate(character);
-    return valid ? character : notACharacter;
+    const bool valid = character >= lead.least && character <= kLastCharacter && !IsSurrogate(character);
+    return valid ? character : kNotACharacter;
   }
-  return notACharacter;
+  return kNotACharacter;
 }
 
 /** Writes a character as UTF-8 and gives the place behind it. */
 char *PutNarrow(char *target, char32_t character) {
   int following = 0;
-  while (following < 3 && character >= leadBytes[following + 1].least) ++following;
-  *target++ = static_cast<char>(leadBytes[following].value | (character >> (6 * following)));
+  while (following < 3 && character >= kLeadBytes[following + 1].least) ++following;
+  *target++ = static_cast<char>(kLeadBytes[following].value | (character >> (6 * following)));
   while (following-- > 0) *target++ = static_cast<char>(0x80 | ((character >> (6 * following)) & 0x3F));
   return target;
 }
 
 /** Writes a character as UTF-16 and gives the place behind it. */
 char16_t *PutWide(char16_t *target, char32_t character) {
-  if (character < firstBeyondOneUnit) {
+  if (character < kFirstBeyondOneUnit) {
     *target++ = static_cast<char16_t>(character);
     return target;
   }
-  *target++ = static_cast<char16_t>(0xD800 + ((character - firstBeyondOneUnit) >> 10));
+  *target++ = static_cast<char16_t>(0xD800 + ((character - kFirstBeyondOneUnit) >> 10));
   *target++ = static_cast<char16_t>(0xDC00 + (character & 0x3FF));
   return target;
 }
@@ -85,13 +85,13 @@ std::uint64_t LengthOf(const Unit *text) {
 }  // namespace
 
 NarrowName NarrowFromWide(const char16_t *name) {
-  constexpr std::uint64_t mostBytesPerUnit = 3;
-  NarrowName narrow(LengthOf(name) * mostBytesPerUnit + 1);
+  constexpr std::uint64_t kMostBytesPerUnit = 3;
+  NarrowName narrow(LengthOf(name) * kMostBytesPerUnit + 1);
   if (!narrow) return {};
   char *end = narrow.Get();
   while (*name != 0) {
     const char32_t character = NextOfWide(name);
-    if (character == notACharacter) return {};
+    if (character == kNotACharacter) return {};
     end = PutNarrow(end, character);
   }
   *end = 0;
@@ -107,7 +107,7 @@ char16_t *KsToWide(const char *name) {
   char16_t *end = wide.Get();
   while (*name != 0) {
     const char32_t character = kscore::NextOfNarrow(name);
-    if (character == kscore::notACharacter) return nullptr;
+    if (character == kscore::kNotACharacter) return nullptr;
     end = kscore::PutWide(end, character);
   }
   *end = 0;

@@ -9,7 +9,7 @@
 namespace kscore {
 namespace {
 
-constexpr std::uint32_t mostLutEntries = 65536;
+constexpr std::uint32_t kMostLutEntries = 65536;
 
 KsPaletteEntry GrayEntry(std::uint32_t level) {
   const auto gray = static_cast<std::uint8_t>(level);
@@ -51,14 +51,14 @@ KsPaletteEntry *AllocatePalette(std::uint32_t entries) {
 }
 
 void FillShownColors(const KsBitmap &bitmap, ShownColors &colors) {
-  if (bitmap.bitsPerPixel <= deepestPalette && HasPalette(bitmap)) {
+  if (bitmap.bitsPerPixel <= kDeepestPalette && HasPalette(bitmap)) {
     const std::uint32_t count = SelectableColors(bitmap);
     for (std::uint32_t i = 0; i < count; ++i) colors[i] = BgrOfEntry(bitmap.palette[i]);
-    std::fill(colors + count, colors + levelCount, 0);
+    std::fill(colors + count, colors + kLevelCount, 0);
     return;
   }
-  const std::uint32_t last = bitmap.bitsPerPixel == 1 ? 1 : levelCount - 1;
-  for (std::uint32_t i = 0; i < levelCount; ++i) colors[i] = BgrOfGray(std::min(i, last) * 255 / last);
+  const std::uint32_t last = bitmap.bitsPerPixel == 1 ? 1 : kLevelCount - 1;
+  for (std::uint32_t i = 0; i < kLevelCount; ++i) colors[i] = BgrOfGray(std::min(i, last) * 255 / last);
 }
 
 std::uint8_t NearestIndex(const Bgr *colors, std::uint32_t count, Bgr color) {
@@ -90,7 +90,7 @@ using kscore::EntriesOf;
 using kscore::EntriesOfDepth;
 
 KsPaletteEntry *KsDefaultPalette(uint32_t bits) {
-  if (bits < 1 || bits > kscore::deepestPalette) return nullptr;
+  if (bits < 1 || bits > kscore::kDeepestPalette) return nullptr;
   KsPaletteEntry *const palette = kscore::AllocatePalette(EntriesOfDepth(bits));
   if (palette != nullptr) kscore::FillGrayRamp(palette, bits);
   return palette;
@@ -101,7 +101,7 @@ void KsPaletteFree(KsPaletteEntry *palette) {
 }
 
 KsPalette *KsPaletteFromLut(const uint32_t *table, uint32_t count) {
-  if (table == nullptr || count == 0 || count > kscore::mostLutEntries) return nullptr;
+  if (table == nullptr || count == 0 || count > kscore::kMostLutEntries) return nullptr;
   // A colour 0x00RRGGBB is an entry, byte for byte, but for what the table has in its top byte.
   KsPalette *const palette = kscore::MakePalette(reinterpret_cast<const KsPaletteEntry *>(table), count);
   if (palette == nullptr) return nullptr;
@@ -117,9 +117,9 @@ void KsObjectFree(void *object, int32_t, const char *) {
 int32_t KsBitmapSetLut(KsBitmap *bitmap, const KsPalette *palette) {
   if (!kscore::IsBitmap(bitmap) || bitmap->bitsPerPixel == 0 || palette == nullptr) return ERROR_INVALID_VALUE;
   const uint32_t bits = bitmap->bitsPerPixel;
-  if (bits > kscore::deepestLut) return ERROR_BITS_PER_PIXEL;
+  if (bits > kscore::kDeepestLut) return ERROR_BITS_PER_PIXEL;
   const uint32_t count = std::min(palette->count, EntriesOfDepth(bits));
-  const uint32_t capacity = bits <= kscore::deepestPalette ? EntriesOfDepth(bits) : count;
+  const uint32_t capacity = bits <= kscore::kDeepestPalette ? EntriesOfDepth(bits) : count;
   KsPaletteEntry *const entries = kscore::AllocatePalette(capacity);
   if (entries == nullptr) return ERROR_NO_MEMORY;
   std::memcpy(entries, EntriesOf(palette), count * sizeof(KsPaletteEntry));
@@ -137,7 +137,7 @@ int32_t KsBitmapGetPalette(const KsBitmap *bitmap, uint32_t first, uint32_t coun
 
 int32_t KsBitmapSetPalette(KsBitmap *bitmap, uint32_t first, uint32_t count, const KsPaletteEntry *entries) {
   if (!kscore::IsBitmap(bitmap) || bitmap->bitsPerPixel == 0 || entries == nullptr) return ERROR_INVALID_VALUE;
-  if (bitmap->bitsPerPixel > kscore::deepestPalette) return ERROR_BITS_PER_PIXEL;
+  if (bitmap->bitsPerPixel > kscore::kDeepestPalette) return ERROR_BITS_PER_PIXEL;
   if (!kscore::EnsurePalette(*bitmap)) return ERROR_NO_MEMORY;
   const uint32_t entriesOfDepth = EntriesOfDepth(bitmap->bitsPerPixel);
   if (first >= entriesOfDepth) return SUCCESS;

@@ -12,10 +12,10 @@ struct KsPalette {
 namespace kscore {
 
 /** What the levels of a bitmap show. */
-using ShownColors = Bgr[levelCount];
+using ShownColors = Bgr[kLevelCount];
 
-constexpr std::uint32_t deepestPalette = 8;
-constexpr std::uint32_t deepestLut = 16;
+constexpr std::uint32_t kDeepestPalette = 8;
+constexpr std::uint32_t kDeepestLut = 16;
 
 /** Entries of a full palette of `bits` bits, up to 16. */
 constexpr std::uint32_t EntriesOfDepth(std::uint32_t bits) {
@@ -24,7 +24,7 @@ constexpr std::uint32_t EntriesOfDepth(std::uint32_t bits) {
 
 /** The colours that pixels of up to 8 bits can select. */
 inline std::uint32_t SelectableColors(const KsBitmap &bitmap) {
-  return bitmap.colorCount < levelCount ? bitmap.colorCount : levelCount;
+  return bitmap.colorCount < kLevelCount ? bitmap.colorCount : kLevelCount;
 }
 
 inline bool HasPalette(const KsBitmap &bitmap) {

@@ -77,7 +77,7 @@ struct Bgr32 {
 
 /** Whether a form shows its pixels through a table of up to 256 levels. */
 template <class Form>
-constexpr bool hasLevels = requires(const std::uint8_t *row) {
+constexpr bool kHasLevels = requires(const std::uint8_t *row) {
   Form::Level(row, 0);
 };
 

@@ -11,11 +11,11 @@ namespace kscore {
 namespace {
 
 // Scattered headers cost one small read each; a place that is read on and on is worth larger and larger ones.
-constexpr std::uint64_t leastReadAhead = 16 * 1024;
-constexpr std::uint64_t mostReadAhead = 256 * 1024;
+constexpr std::uint64_t kLeastReadAhead = 16 * 1024;
+constexpr std::uint64_t kMostReadAhead = 256 * 1024;
 
 // From here on a system call costs little beside the bytes, and reading ahead would only copy them once more.
-constexpr std::uint64_t straightRead = 32 * 1024;
+constexpr std::uint64_t kStraightRead = 32 * 1024;
 
 }  // namespace
 
@@ -29,7 +29,7 @@ std::uint64_t ReadWindows::Read(SystemFile file, std::uint8_t *buffer, std::uint
     const std::int64_t here = position + static_cast<std::int64_t>(done);
     Window *window = Find(here);
     if (window == nullptr) {
-      if (bytes - done < straightRead) window = Fill(file, bytes - done, here);
+      if (bytes - done < kStraightRead) window = Fill(file, bytes - done, here);
       if (window == nullptr) return done + ReadAt(file, buffer + done, bytes - done, here);
     }
     const auto offset = static_cast<std::uint64_t>(here - window->start);
@@ -69,12 +69,12 @@ ReadWindows::Window &ReadWindows::LeastRecentlyUsed() {
 }
 
 std::uint64_t ReadWindows::ReadAheadFor(std::uint64_t bytes, std::int64_t position) const {
-  std::uint64_t readAhead = leastReadAhead;
+  std::uint64_t readAhead = kLeastReadAhead;
   for (const Window &window : windows) {
     const bool continued = window.length != 0 && window.start + static_cast<std::int64_t>(window.length) == position;
     if (continued) readAhead = std::max(readAhead, window.readAhead * 2);
   }
-  return std::min(std::max(readAhead, std::bit_ceil(bytes)), mostReadAhead);
+  return std::min(std::max(readAhead, std::bit_ceil(bytes)), kMostReadAhead);
 }
 
 /** Reads ahead from `position` into the window that was not used for longest. Null without memory. */

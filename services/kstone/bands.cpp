@@ -3,7 +3,7 @@
 
 namespace {
 
-constexpr uint32_t mostBands = 4;
+constexpr uint32_t kMostBands = 4;
 
 /** The bands that become the channels of a pixel. */
 struct Channels {
@@ -14,7 +14,7 @@ struct Channels {
 
 uint32_t CountBands(KsBitmap *const *bands) {
   uint32_t count = 0;
-  while (count < mostBands && bands[count] != nullptr) ++count;
+  while (count < kMostBands && bands[count] != nullptr) ++count;
   return count;
 }
 

@@ -6,26 +6,26 @@
 
 namespace {
 
-using Counts = std::array<uint64_t, kscore::levelCount>;
+using Counts = std::array<uint64_t, kscore::kLevelCount>;
 
 // Neighbouring pixels are often equal, and counting them in one place would make each wait for the one before.
-constexpr uint64_t lanes = 4;
+constexpr uint64_t kLanes = 4;
 
 /** Counts the levels of a form that has them, and the brightness of the others. */
 template <class Form>
 void CountPixels(const KsBitmap &bitmap, Counts &total) {
-  std::array<Counts, lanes> counts = {};
+  std::array<Counts, kLanes> counts = {};
   for (uint32_t y = 0; y < bitmap.height; ++y) {
     const uint8_t *const row = kscore::RowOf(bitmap, y);
     for (uint64_t x = 0; x < bitmap.width; ++x) {
-      if constexpr (kscore::hasLevels<Form>) {
-        ++counts[x % lanes][Form::Level(row, x)];
+      if constexpr (kscore::kHasLevels<Form>) {
+        ++counts[x % kLanes][Form::Level(row, x)];
       } else {
-        ++counts[x % lanes][kscore::BrightnessOf(Form::Value(row, x))];
+        ++counts[x % kLanes][kscore::BrightnessOf(Form::Value(row, x))];
       }
     }
   }
-  for (uint32_t level = 0; level < kscore::levelCount; ++level) {
+  for (uint32_t level = 0; level < kscore::kLevelCount; ++level) {
     for (const Counts &lane : counts) total[level] += lane[level];
   }
 }
@@ -36,9 +36,9 @@ void AddToCounters(const KsBitmap &bitmap, uint64_t *counters) {
   Counts counts = {};
   CountPixels<Form>(bitmap, counts);
   kscore::ShownColors shown;
-  for (uint32_t level = 0; level < kscore::levelCount; ++level) shown[level] = kscore::BgrOfGray(level);
-  if constexpr (kscore::hasLevels<Form>) kscore::FillShownColors(bitmap, shown);
-  for (uint32_t level = 0; level < kscore::levelCount; ++level) {
+  for (uint32_t level = 0; level < kscore::kLevelCount; ++level) shown[level] = kscore::BgrOfGray(level);
+  if constexpr (kscore::kHasLevels<Form>) kscore::FillShownColors(bitmap, shown);
+  for (uint32_t level = 0; level < kscore::kLevelCount; ++level) {
     counters[kscore::BrightnessOf(shown[level])] += counts[level];
   }
 }
@@ -46,7 +46,7 @@ void AddToCounters(const KsBitmap &bitmap, uint64_t *counters) {
 }  // namespace
 
 int32_t KsHistogram(const KsBitmap *bitmap, uint64_t *counters, uint32_t count, uint32_t) {
-  if (counters == nullptr || count != kscore::levelCount) return ERROR_INVALID_VALUE;
+  if (counters == nullptr || count != kscore::kLevelCount) return ERROR_INVALID_VALUE;
   const int32_t status = kscore::CheckPixels(bitmap);
   if (status != SUCCESS) return status;
   const auto add = [&](auto form) -> int32_t {

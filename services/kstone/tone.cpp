@@ -24,13 +24,13 @@ struct Range {
 
 /** Grays of 12 and 16 bits are samples of their own; the other forms have byte samples, of which the fourth is none. */
 template <class Form>
-constexpr bool isDeepGray = Form::bits == kscore::Gray12::bits || Form::bits == kscore::Gray16::bits;
+constexpr bool kIsDeepGray = Form::bits == kscore::Gray12::bits || Form::bits == kscore::Gray16::bits;
 template <class Form>
-constexpr uint32_t fullValue = isDeepGray<Form> ? (1u << Form::bits) - 1 : 255;
+constexpr uint32_t kFullValue = kIsDeepGray<Form> ? (1u << Form::bits) - 1 : 255;
 template <class Form>
-constexpr uint64_t pixelBytes = Form::bits / 8;
+constexpr uint64_t kPixelBytes = Form::bits / 8;
 template <class Form>
-constexpr uint64_t channels = std::min<uint64_t>(pixelBytes<Form>, 3);
+constexpr uint64_t kChannels = std::min<uint64_t>(kPixelBytes<Form>, 3);
 
 template <class Form>
 Range RangeOf(const KsBitmap &bitmap) {
@@ -38,10 +38,11 @@ Range RangeOf(const KsBitmap &bitmap) {
   for (uint32_t y = 0; y < bitmap.height; ++y) {
     const uint8_t *const row = kscore::RowOf(bitmap, y);
     for (uint64_t x = 0; x < bitmap.width; ++x) {
-      if constexpr (isDeepGray<Form>) {
+      if constexpr (kIsDeepGray<Form>) {
         range.Add(Form::Value(row, x));
       } else {
-        for (uint64_t channel = 0; channel < channels<Form>; ++channel) range.Add(row[x * pixelBytes<Form> + channel]);
+        for (uint64_t channel = 0; channel < kChannels<Form>; ++channel)
+          range.Add(row[x * kPixelBytes<Form> + channel]);
       }
     }
   }
@@ -53,11 +54,11 @@ void Replace(KsBitmap &bitmap, const uint16_t *replacement) {
   for (uint32_t y = 0; y < bitmap.height; ++y) {
     uint8_t *const row = kscore::RowOf(bitmap, y);
     for (uint64_t x = 0; x < bitmap.width; ++x) {
-      if constexpr (isDeepGray<Form>) {
+      if constexpr (kIsDeepGray<Form>) {
         Form::Put(row, x, replacement[Form::Value(row, x)]);
       } else {
-        for (uint64_t channel = 0; channel < channels<Form>; ++channel) {
-          uint8_t &sample = row[x * pixelBytes<Form> + channel];
+        for (uint64_t channel = 0; channel < kChannels<Form>; ++channel) {
+          uint8_t &sample = row[x * kPixelBytes<Form> + channel];
           sample = static_cast<uint8_t>(replacement[sample]);
         }
       }
@@ -71,17 +72,17 @@ int32_t SpreadPixels(KsBitmap &bitmap) {
   if constexpr (Form::bits == kscore::Index1::bits) return SUCCESS;
   const Range range = RangeOf<Form>(bitmap);
   if (!range.CanSpread()) return SUCCESS;
-  const kscore::Block<uint16_t, KS_MEMORY_BLOCK> replacement(fullValue<Form> + 1);
+  const kscore::Block<uint16_t, KS_MEMORY_BLOCK> replacement(kFullValue<Form> + 1);
   if (!replacement) return ERROR_NO_MEMORY;
   for (uint32_t value = range.low; value <= range.high; ++value) {
-    replacement[value] = static_cast<uint16_t>(range.Spread(value, fullValue<Form>));
+    replacement[value] = static_cast<uint16_t>(range.Spread(value, kFullValue<Form>));
   }
   kscore::MarkWritten(bitmap);
   Replace<Form>(bitmap, replacement.Get());
   return SUCCESS;
 }
 
-using UsedLevels = std::array<bool, kscore::levelCount>;
+using UsedLevels = std::array<bool, kscore::kLevelCount>;
 
 template <class Form>
 UsedLevels LevelsOf(const KsBitmap &bitmap) {
@@ -116,7 +117,7 @@ int32_t SpreadPalette(KsBitmap &bitmap) {
 
 template <class Form>
 int32_t Spread(KsBitmap &bitmap) {
-  if constexpr (Form::bits <= kscore::deepestPalette) {
+  if constexpr (Form::bits <= kscore::kDeepestPalette) {
     if (kscore::HasPalette(bitmap)) return SpreadPalette<Form>(bitmap);
   }
   return SpreadPixels<Form>(bitmap);

@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr int answerOk = 1;
+constexpr int kAnswerOk = 1;
 
 KsPlatformHandlers handlers = {};
 
@@ -25,7 +25,7 @@ namespace platform {
 int MessageBoxA(Window, const char *text, const char *caption, std::uint32_t type) {
   if (handlers.messageBox != nullptr) return handlers.messageBox(text, caption, type, handlers.userData);
   std::fprintf(stderr, "%s: %s\n", TextOrNothing(caption), TextOrNothing(text));
-  return answerOk;
+  return kAnswerOk;
 }
 
 void OutputDebugStringA(const char *text) {

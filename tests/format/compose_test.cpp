@@ -262,6 +262,26 @@ TEST(Placing, AnImageMayReachOverTheLeftAndTopEdge) {
   EXPECT_EQ(picture.At(2, 1), 0x0F0F0FU);
 }
 
+TEST(Placing, AnImageChangesNoPixelBesideIt) {
+  for (const std::uint32_t bands : {1U, 3U}) {
+    for (const std::uint32_t bits : {8U, 24U, 32U}) {
+      ImageSpec image = Square(2, 0, 3, 5, 9, 3);
+      image.bands = std::vector<BandSpec>(bands);
+      image.representation = bands == 3 ? "RGB" : "MONO";
+      image.mode = 'S';
+      image.data = Bytes(std::size_t{9} * bands, 9);
+      const Composition picture = Compose(NitfBuilder().Image(Square(1, 0, 0, 0, 5, 11)).Image(image), {.bits = bits});
+      for (std::uint32_t row = 0; row < 11; ++row) {
+        for (std::uint32_t column = 0; column < 11; ++column) {
+          const bool inside = row >= 3 && row < 6 && column >= 5 && column < 8;
+          const std::uint32_t level = inside ? 9 : 5;
+          ASSERT_EQ(picture.At(row, column), bits == 8 ? level : level * 0x010101) << row << ", " << column;
+        }
+      }
+    }
+  }
+}
+
 struct PadCase {
   const char *name;
   std::string representation;

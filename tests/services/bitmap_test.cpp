@@ -50,6 +50,40 @@ TEST_F(BitmapTest, AnotherLayoutIsRefused) {
   EXPECT_EQ(KsBitmapCreate(bitmap.Get(), 284, 3, 4, 4, 8, 0, nullptr, 1, nullptr, 0), ERROR_INVALID_VALUE);
 }
 
+TEST_F(BitmapTest, AViewShowsAPartOfAnotherBitmap) {
+  KsLocalBitmap whole;
+  ASSERT_EQ(Create(whole, 9, 5, 24), SUCCESS);
+  KsLocalBitmap view;
+  const auto show = [&](uint32_t left, uint32_t top, uint32_t width, uint32_t height) {
+    return KsBitmapView(view.Get(), sizeof(KsBitmap), whole.Get(), left, top, width, height);
+  };
+  ASSERT_EQ(show(7, 3, 2, 2), SUCCESS);
+  KsBitmapAccess(whole.Get(), 0);
+  EXPECT_EQ(view->pixels, whole->pixels + 3 * uint64_t{whole->bytesPerLine} + 7 * 3);
+  EXPECT_EQ(view->bytesPerLine, whole->bytesPerLine);
+  // A larger source fills the view and no pixel beside it.
+  KsLocalBitmap source;
+  ASSERT_EQ(Create(source, 20, 20, 24), SUCCESS);
+  ASSERT_EQ(KsBitmapFill(source.Get(), 0x0A0A0A), SUCCESS);
+  ASSERT_EQ(KsCombine(view.Get(), 0, 0, 20, 20, source.Get(), 0, 0, 288, 0), SUCCESS);
+  for (uint32_t y = 0; y < 5; ++y) {
+    for (uint32_t x = 0; x < 9; ++x) {
+      EXPECT_EQ(whole->pixels[y * whole->bytesPerLine + x * 3], x >= 7 && y >= 3 ? 10 : 0) << x << ", " << y;
+    }
+  }
+  KsBitmapRelease(whole.Get(), 1, 1);
+  EXPECT_EQ(show(8, 0, 2, 1), ERROR_INVALID_VALUE);
+  EXPECT_EQ(show(0, 4, 1, 2), ERROR_INVALID_VALUE);
+  EXPECT_EQ(show(0, 0, 0, 1), ERROR_INVALID_VALUE);
+  EXPECT_EQ(show(UINT32_MAX, UINT32_MAX, 2, 2), ERROR_INVALID_VALUE);
+  KsLocalBitmap bits;
+  ASSERT_EQ(Create(bits, 20, 2, 1), SUCCESS);
+  EXPECT_EQ(KsBitmapView(view.Get(), sizeof(KsBitmap), bits.Get(), 8, 0, 3, 1), SUCCESS);
+  EXPECT_EQ(KsBitmapView(view.Get(), sizeof(KsBitmap), bits.Get(), 4, 0, 3, 1), ERROR_INVALID_VALUE);
+  KsLocalBitmap empty;
+  EXPECT_EQ(KsBitmapView(view.Get(), sizeof(KsBitmap), empty.Get(), 0, 0, 1, 1), ERROR_NO_STORAGE);
+}
+
 TEST_F(BitmapTest, CallersPixelsAreShownAndLeftAlive) {
   Bytes pixels = RandomBytes(40, 1);
   KsLocalBitmap bitmap;
