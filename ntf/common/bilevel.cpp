@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 namespace {
 
@@ -84,7 +85,6 @@ class BilevelReader final : public BlockReader {
 
 }  // namespace
 
-std::int32_t WithBilevelReader(const ImageSource &source, const BlockWork &work) {
-  BilevelReader reader(source);
-  return work(reader);
+std::unique_ptr<BlockReader> MakeBilevelReader(const ImageSource &source) {
+  return std::unique_ptr<BlockReader>(new (std::nothrow) BilevelReader(source));
 }

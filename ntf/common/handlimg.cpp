@@ -134,10 +134,13 @@ std::int32_t DecodeImageSegment(FilterLoadRecord *, const NitfFile *file, std::u
   if (image == nullptr) return ERROR_INVALID_VALUE;
   std::int32_t status = CreateTarget(target, *image, PaddedHeight(*image));
   if (status != SUCCESS) return status;
-  const ImageSource source = OpenSource(file, image, index);
-  status = IsUncompressed(*image)
-               ? WithBlockReader(source, [&](BlockReader &reader) { return ReadWhole(reader, target); })
-               : static_cast<std::int32_t>(ERROR_NOT_SUPPORTED);
+  status = ERROR_NOT_SUPPORTED;
+  if (IsUncompressed(*image)) {
+    const ImageSource source = OpenSource(file, image, index);
+    std::unique_ptr<BlockReader> reader;
+    status = MakeBlockReader(source, &reader);
+    if (status == SUCCESS) status = ReadWhole(*reader, target);
+  }
   if (status != SUCCESS && (target->flags & KS_BITMAP_ALLOCATED) != 0) KsBitmapFree(target);
   return status;
 }
@@ -147,7 +150,9 @@ std::int32_t DecodeImageInParts(FilterLoadRecord *loadContext, const NitfFile *f
   ImageSubheader *image = FindImage(file, index);
   if (image != nullptr && IsUncompressed(*image)) {
     const ImageSource source = OpenSource(file, image, index);
-    return WithBlockReader(source, [&](BlockReader &reader) { return ReadInStrips(reader, *image, sink); });
+    std::unique_ptr<BlockReader> reader;
+    const std::int32_t status = MakeBlockReader(source, &reader);
+    return status == SUCCESS ? ReadInStrips(*reader, *image, sink) : status;
   }
   KsLocalBitmap whole;
   const std::int32_t status = DecodeImageSegment(loadContext, file, index, whole.Get());

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 namespace {
 
@@ -342,22 +343,30 @@ class SpreadReader final : public BlockReader {
 };
 
 template <class Reader>
-std::int32_t With(const ImageSource &source, const BlockWork &work) {
-  Reader reader(source);
-  return work(reader);
+std::unique_ptr<BlockReader> Make(const ImageSource &source) {
+  return std::unique_ptr<BlockReader>(new (std::nothrow) Reader(source));
+}
+
+using ReaderMaker = std::unique_ptr<BlockReader> (*)(const ImageSource &source);
+
+/** What makes the reader for an image, or null for samples that make no picture. */
+ReaderMaker ChooseReader(const ImageSubheader &image) {
+  const std::uint32_t bits = image.bitsPerPixel;
+  if (image.pixelValueType == 1) return MakeBilevelReader;
+  if (image.bandCount >= 3) return bits == 8 ? Make<ColorReader> : nullptr;
+  if (bits == 1 || bits == 8 || bits == 12 || bits == 16) {
+    return image.bandCount == 2 ? Make<TwoBandReader> : Make<PlaneReader>;
+  }
+  const bool spreads =
+      bits == 32 && image.bandCount < 2 && image.representation == kMono && BlockGrid(image).IsSingle();
+  return spreads ? Make<SpreadReader> : nullptr;
 }
 
 }  // namespace
 
-std::int32_t WithBlockReader(const ImageSource &source, const BlockWork &work) {
-  const ImageSubheader &image = *source.image;
-  const std::uint32_t bits = image.bitsPerPixel;
-  if (image.pixelValueType == 1) return WithBilevelReader(source, work);
-  if (image.bandCount >= 3) return bits == 8 ? With<ColorReader>(source, work) : ERROR_NOT_SUPPORTED;
-  if (bits == 1 || bits == 8 || bits == 12 || bits == 16) {
-    return image.bandCount == 2 ? With<TwoBandReader>(source, work) : With<PlaneReader>(source, work);
-  }
-  const bool spreads =
-      bits == 32 && image.bandCount < 2 && image.representation == kMono && BlockGrid(image).IsSingle();
-  return spreads ? With<SpreadReader>(source, work) : ERROR_NOT_SUPPORTED;
+std::int32_t MakeBlockReader(const ImageSource &source, std::unique_ptr<BlockReader> *reader) {
+  const ReaderMaker make = ChooseReader(*source.image);
+  if (make == nullptr) return ERROR_NOT_SUPPORTED;
+  *reader = make(source);
+  return *reader == nullptr ? ERROR_NO_MEMORY : SUCCESS;
 }

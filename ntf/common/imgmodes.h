@@ -4,17 +4,13 @@
 
 #include "blocks.h"
 
-#include <functional>
-
-/** What reads the blocks of an image, by its bands, depth and PVTYPE; each is an answer of its own where it makes none.
- */
-using BlockWork = std::function<std::int32_t(BlockReader &reader)>;
+#include <memory>
 
 /**
- * Does `work` with the reader for an image of IC NC or NM: its result, or ERROR_NOT_SUPPORTED for samples that make no
- * picture.
+ * Makes the reader for an image of IC NC or NM, by its PVTYPE, bands and depth. `source` must outlive it. SUCCESS,
+ * ERROR_NOT_SUPPORTED for samples that make no picture, ERROR_NO_MEMORY.
  */
-std::int32_t WithBlockReader(const ImageSource &source, const BlockWork &work);
+std::int32_t MakeBlockReader(const ImageSource &source, std::unique_ptr<BlockReader> *reader);
 
-/** The same for packed bi-level blocks, PVTYPE B. */
-std::int32_t WithBilevelReader(const ImageSource &source, const BlockWork &work);
+/** A reader for packed bi-level blocks, PVTYPE B, or null without memory. */
+std::unique_ptr<BlockReader> MakeBilevelReader(const ImageSource &source);
