@@ -6,6 +6,13 @@
 #include <cstdint>
 #include <utility>
 
+/** Frees a block of the framework and sets its pointer to null; a null pointer stays one. */
+template <class T>
+void KsFreeAndClear(T *&block) {
+  if (block != nullptr) KsFree(block, __LINE__, __FILE__);
+  block = nullptr;
+}
+
 /** An array of zeroed records from KsCalloc. `T` must be fine with bytes of 0. */
 template <class T>
 class KsArray {
@@ -37,10 +44,7 @@ class KsArray {
   explicit operator bool() const { return items != nullptr; }
 
  private:
-  void Free() {
-    if (items != nullptr) KsFree(items, __LINE__, __FILE__);
-    items = nullptr;
-  }
+  void Free() { KsFreeAndClear(items); }
 
   T *items = nullptr;
 };

@@ -1,6 +1,7 @@
 #include "dexsbhdr.h"
 
 #include "fields.h"
+#include "internal/ksclasses_.h"
 #include "strmfhdr.h"
 
 namespace {
@@ -45,8 +46,7 @@ void DataExtensionSubheaderInit(DataExtensionSubheader *record) {
 }
 
 void DataExtensionSubheaderFree(DataExtensionSubheader *record) {
-  if (record->userData != nullptr) KsFree(record->userData, __LINE__, __FILE__);
-  record->userData = nullptr;
+  KsFreeAndClear(record->userData);
 }
 
 std::int32_t DataExtensionSubheaderRead(DataExtensionSubheader *record, NitfFile &file) {

@@ -21,8 +21,7 @@ std::int32_t ReadLut(HeaderReader &reader) {
   auto &graphic = reader.As<GraphicSubheader>();
   const std::uint32_t entries = graphic.lutEntries;
   graphic.lutEntries = 0;
-  if (graphic.lut != nullptr) KsFree(graphic.lut, __LINE__, __FILE__);
-  graphic.lut = nullptr;
+  KsFreeAndClear(graphic.lut);
   if (entries == 0) return SUCCESS;
   if (!reader.Holds(entries, entries == 1 ? 1 : 3)) return ERROR_FILE_READ;
   KsArray<std::uint32_t> lut;
@@ -81,12 +80,9 @@ void GraphicSubheaderInit(GraphicSubheader *record, NitfFile *file) {
 }
 
 void GraphicSubheaderFree(GraphicSubheader *record) {
-  for (char **data : {&record->extendedData, &record->memoryData}) {
-    if (*data != nullptr) KsFree(*data, __LINE__, __FILE__);
-    *data = nullptr;
-  }
-  if (record->lut != nullptr) KsFree(record->lut, __LINE__, __FILE__);
-  record->lut = nullptr;
+  KsFreeAndClear(record->extendedData);
+  KsFreeAndClear(record->lut);
+  KsFreeAndClear(record->memoryData);
 }
 
 std::int32_t GraphicSubheaderRead(GraphicSubheader *record, NitfFile &file, StreamFileHeader &stream, bool replay) {

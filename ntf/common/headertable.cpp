@@ -1,6 +1,7 @@
 #include "headertable.h"
 
 #include "fields.h"
+#include "internal/ksclasses_.h"
 #include "nitffile.h"
 #include "strmfhdr.h"
 
@@ -76,8 +77,8 @@ void SetDataAt(char *base, std::uint32_t place, char *data) {
 
 void FreeDataAt(char *base, std::uint32_t place) {
   char *data = DataAt(base, place);
-  if (data != nullptr) KsFree(data, __LINE__, __FILE__);
-  SetDataAt(base, place, nullptr);
+  KsFreeAndClear(data);
+  SetDataAt(base, place, data);
 }
 
 bool AllNines(std::string_view text) {
@@ -217,7 +218,7 @@ std::int32_t HeaderReader::TakeNumber(std::uint32_t width, bool nineIsUnknown, s
 std::int32_t HeaderReader::TakeNew(char **buffer, std::uint64_t bytes) {
   if (bytes > budget - used) return kBudgetSpent;
   if (!Holds(bytes, 1)) return ERROR_FILE_READ;
-  if (*buffer != nullptr) KsFree(*buffer, __LINE__, __FILE__);
+  KsFreeAndClear(*buffer);
   *buffer = static_cast<char *>(KsCalloc(bytes + 1, 1, __LINE__, __FILE__));
   return *buffer == nullptr ? static_cast<std::int32_t>(ERROR_NO_MEMORY) : Take(*buffer, bytes);
 }

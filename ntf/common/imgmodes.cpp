@@ -27,7 +27,7 @@ struct ModeLayout {
  * that holds the first and the last recorded block count.
  */
 std::int64_t BandDistance(const BlockGrid &grid, const BlockMask &mask, std::int64_t blockBytes) {
-  if (!mask.HasBlockMask()) return blockBytes * static_cast<std::int64_t>(grid.count);
+  if (!mask.HasBlockMask() || grid.count == 0) return blockBytes * static_cast<std::int64_t>(grid.count);
   std::optional<std::uint64_t> first;
   std::uint64_t last = 0;
   for (std::uint64_t block = 0; block < mask.Visited(grid.count); ++block) {

@@ -1,6 +1,7 @@
 #include "imsubhdr.h"
 
 #include "fields.h"
+#include "internal/ksclasses_.h"
 #include "ksntfx.h"
 #include "nitffile.h"
 #include "platform.h"
@@ -56,22 +57,12 @@ ImageSubheader &Image(HeaderReader &reader) {
   return reader.As<ImageSubheader>();
 }
 
-void FreeBlock(void *block) {
-  if (block != nullptr) KsFree(block, __LINE__, __FILE__);
-}
-
 /** Replaces an array of the record by a zeroed one of `count` items. False without memory. */
 template <class Item>
 bool Renew(Item *&array, std::uint64_t count) {
-  FreeBlock(array);
+  KsFreeAndClear(array);
   array = static_cast<Item *>(KsCalloc(count, sizeof(Item), __LINE__, __FILE__));
   return array != nullptr;
-}
-
-template <class Item>
-void Drop(Item *&array) {
-  FreeBlock(array);
-  array = nullptr;
 }
 
 std::int32_t Refuse(const char *message, std::int32_t status) {
@@ -162,7 +153,7 @@ bool CountsInExtendedField(const void *record, bool) {
 std::int32_t ReadComments(HeaderReader &reader) {
   ImageSubheader &image = Image(reader);
   image.commentsHeld = 0;
-  Drop(image.comments);
+  KsFreeAndClear(image.comments);
   if (image.commentCount == 0) return SUCCESS;
   if (!reader.Holds(image.commentCount, 80)) return ERROR_FILE_READ;
   if (!Renew(image.comments, image.commentCount)) return ERROR_NO_MEMORY;
@@ -199,7 +190,7 @@ std::int32_t ReadLut(HeaderReader &reader, std::uint32_t tables, std::uint32_t e
       if (status == SUCCESS) status = ReadLutRow(reader, row, channel);
     }
   }
-  FreeBlock(row);
+  KsFreeAndClear(row);
   return status;
 }
 
@@ -227,13 +218,13 @@ std::int32_t ReadBand(HeaderReader &reader, std::uint32_t band) {
 
 void DropBands(ImageSubheader &image) {
   image.bandsHeld = image.lutCount = 0;
-  Drop(image.lut);
-  Drop(image.bandRepresentation);
-  Drop(image.bandSubcategories);
-  Drop(image.bandFilterConditions);
-  Drop(image.bandFilterCodes);
-  Drop(image.bandLutCounts);
-  Drop(image.bandLutEntries);
+  KsFreeAndClear(image.lut);
+  KsFreeAndClear(image.bandRepresentation);
+  KsFreeAndClear(image.bandSubcategories);
+  KsFreeAndClear(image.bandFilterConditions);
+  KsFreeAndClear(image.bandFilterCodes);
+  KsFreeAndClear(image.bandLutCounts);
+  KsFreeAndClear(image.bandLutEntries);
 }
 
 std::int32_t ReadBands(HeaderReader &reader) {
@@ -269,7 +260,7 @@ std::int32_t TakeBigEndian(HeaderReader &reader, Number *number) {
 std::int32_t ReadPadCode(HeaderReader &reader) {
   ImageSubheader &image = Image(reader);
   const std::uint32_t bytes = PadCodeBytes(image);
-  Drop(image.padCode);
+  KsFreeAndClear(image.padCode);
   if (bytes == 0) return SUCCESS;
   char *code = nullptr;
   const std::int32_t status = reader.TakeNew(&code, bytes);
@@ -295,8 +286,8 @@ std::int32_t ReadMask(HeaderReader &reader, std::uint8_t (*&mask)[4], std::uint6
 std::int32_t ReadMaskTable(HeaderReader &reader) {
   ImageSubheader &image = Image(reader);
   image.maskEntries = 0;
-  Drop(image.blockMask);
-  Drop(image.padMask);
+  KsFreeAndClear(image.blockMask);
+  KsFreeAndClear(image.padMask);
   std::int32_t status = HasMaskTable(image.compression) ? ReadMaskHeader(reader) : static_cast<std::int32_t>(SUCCESS);
   // The counts are up to 9999, 9999 and 99999, or anything where the file writes a minus sign: the product is checked
   // factor by factor, so that it can't pass the file's own size.
@@ -383,13 +374,13 @@ void ImageSubheaderInit(ImageSubheader *record, NitfFile *file) {
 void ImageSubheaderFree(ImageSubheader *record) {
   DropBands(*record);
   record->commentsHeld = record->maskEntries = 0;
-  Drop(record->comments);
-  Drop(record->userData);
-  Drop(record->extendedData);
-  Drop(record->padCode);
-  Drop(record->blockMask);
-  Drop(record->padMask);
-  Drop(record->memoryData);
+  KsFreeAndClear(record->comments);
+  KsFreeAndClear(record->userData);
+  KsFreeAndClear(record->extendedData);
+  KsFreeAndClear(record->padCode);
+  KsFreeAndClear(record->blockMask);
+  KsFreeAndClear(record->padMask);
+  KsFreeAndClear(record->memoryData);
 }
 
 std::int32_t ImageSubheaderRead(ImageSubheader *record, NitfFile &file, StreamFileHeader &stream, bool replay) {

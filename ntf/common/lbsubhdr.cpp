@@ -1,6 +1,7 @@
 #include "lbsubhdr.h"
 
 #include "fields.h"
+#include "internal/ksclasses_.h"
 #include "nitffile.h"
 #include "strmfhdr.h"
 
@@ -76,10 +77,8 @@ std::int32_t LabelSetLocation(LabelSubheader *record, std::int32_t row, std::int
 }
 
 void LabelSubheaderFree(LabelSubheader *record) {
-  for (char **data : {&record->extendedData, &record->memoryData}) {
-    if (*data != nullptr) KsFree(*data, __LINE__, __FILE__);
-    *data = nullptr;
-  }
+  KsFreeAndClear(record->extendedData);
+  KsFreeAndClear(record->memoryData);
 }
 
 std::int32_t LabelSubheaderRead(LabelSubheader *record, NitfFile &file, StreamFileHeader &stream, bool replay) {

@@ -34,19 +34,25 @@ constexpr std::uint32_t kReportedBits = 24;
 
 constexpr std::uint32_t kCanvasMemory = 4;
 
-std::int32_t LoadRequested(NitfFile *file, const char16_t *name, KsLoadOptions *options) {
+struct CanvasSize {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+};
+
+/** What both entries begin with: the options, the headers, the size of the picture. */
+std::int32_t LoadRequested(NitfFile *file, const char16_t *name, KsLoadOptions *options, CanvasSize *size) {
   options->loadFlags |= kFrameworkFlags;
   file->fixedCanvas = (options->loadFlags & NITF_LOAD_FIXED_CANVAS) != 0 ? 1 : 0;
   file->toneCheck = (options->loadFlags & NITF_LOAD_TONE_CHECK) != 0 ? 1 : 0;
   file->vectorRender = (options->loadFlags & NITF_LOAD_VECTOR_RENDER) != 0 ? 1 : 0;
-  return Load(file, name);
+  const std::int32_t status = Load(file, name);
+  return status == SUCCESS ? MeasureCanvas(file, &size->width, &size->height) : status;
 }
 
 /** Creates a canvas and fills it with FBKGC, which stays wherever nothing is drawn. */
-std::int32_t CreateCanvas(KsBitmap *canvas, std::uint32_t width, std::uint32_t height, std::uint32_t bits,
-                          const NitfFile *file) {
-  const std::int32_t status = KsBitmapCreate(canvas, sizeof *canvas, KS_BITMAP_OWN, width, height, bits, KS_ORDER_BGR,
-                                             nullptr, kCanvasMemory, nullptr, 0);
+std::int32_t CreateCanvas(KsBitmap *canvas, const CanvasSize &size, std::uint32_t bits, const NitfFile *file) {
+  const std::int32_t status = KsBitmapCreate(canvas, sizeof *canvas, KS_BITMAP_OWN, size.width, size.height, bits,
+                                             KS_ORDER_BGR, nullptr, kCanvasMemory, nullptr, 0);
   if (status == SUCCESS) KsBitmapFill(canvas, file->backgroundColor);
   return status;
 }
@@ -89,13 +95,13 @@ std::int32_t ComposeInContext(FilterLoadRecord *request, KsBitmap *canvas, NitfF
                                   : DrawObjects(request, context.Get(), canvas, file);
 }
 
-void FillInfo(KsFileInfo *info, std::uint32_t width, std::uint32_t height) {
+void FillInfo(KsFileInfo *info, const CanvasSize &size) {
   info->formatId = NITF_FORMAT_ID;
-  info->width = width;
-  info->height = height;
+  info->width = size.width;
+  info->height = size.height;
   info->bitsPerPixel = kReportedBits;
-  const std::uint32_t rowBytes = ((kReportedBits * width + 31) / 8) & ~3U;
-  info->imageBytes = std::uint64_t{rowBytes} * height;
+  const std::uint32_t rowBytes = ((kReportedBits * size.width + 31) / 8) & ~3U;
+  info->imageBytes = std::uint64_t{rowBytes} * size.height;
   info->pageCount = 1;
   info->pageNumber = 1;
 }
@@ -105,12 +111,9 @@ void FillInfo(KsFileInfo *info, std::uint32_t width, std::uint32_t height) {
 std::int32_t fltInfo(FilterInfoRecord *request) {
   KsSeek(request->inputHandle, 0, KS_SEEK_START);
   LocalNitfFile file;
-  std::int32_t status = LoadRequested(file.Get(), request->fileName, request->loadOptions);
-  if (status != SUCCESS) return status;
-  std::uint32_t width = 0;
-  std::uint32_t height = 0;
-  status = MeasureCanvas(file.Get(), &width, &height);
-  if (status == SUCCESS) FillInfo(request->fileInfo, width, height);
+  CanvasSize size;
+  const std::int32_t status = LoadRequested(file.Get(), request->fileName, request->loadOptions, &size);
+  if (status == SUCCESS) FillInfo(request->fileInfo, size);
   return status;
 }
 
@@ -119,14 +122,11 @@ std::int32_t fltLoad(FilterLoadRecord *request) {
   if (request->loadFromMemory == nullptr || request->setRedirect == nullptr || request->requiredEntry == nullptr) {
     return ERROR_FILE_FORMAT;
   }
-  std::int32_t status = LoadRequested(file.Get(), request->fileName, request->loadOptions);
-  if (status != SUCCESS) return status;
-  std::uint32_t width = 0;
-  std::uint32_t height = 0;
-  status = MeasureCanvas(file.Get(), &width, &height);
+  CanvasSize size;
+  std::int32_t status = LoadRequested(file.Get(), request->fileName, request->loadOptions, &size);
   if (status != SUCCESS) return status;
   KsLocalBitmap canvas;
-  status = CreateCanvas(canvas.Get(), width, height, request->targetInfo->bitsPerPixel, file.Get());
+  status = CreateCanvas(canvas.Get(), size, request->targetInfo->bitsPerPixel, file.Get());
   if (status != SUCCESS) return status;
   status = NeedsContext(file.Get()) ? ComposeInContext(request, canvas.Get(), file.Get())
                                     : DrawObjects(request, nullptr, canvas.Get(), file.Get());
@@ -151,10 +151,9 @@ std::int32_t K_NitfDrawObjects(FilterLoadRecord *loadContext, KsDeviceContext *d
 std::int32_t K_NtfRenderBitmap(KsBitmap *bitmap, NitfFile *file) {
   if (bitmap == nullptr) return ERROR_INVALID_VALUE;
   if ((bitmap->flags & KS_BITMAP_ALLOCATED) != 0) KsBitmapFree(bitmap);
-  std::uint32_t width = 0;
-  std::uint32_t height = 0;
-  std::int32_t status = MeasureCanvas(file, &width, &height);
-  if (status == SUCCESS) status = CreateCanvas(bitmap, width, height, kReportedBits, file);
+  CanvasSize size;
+  std::int32_t status = MeasureCanvas(file, &size.width, &size.height);
+  if (status == SUCCESS) status = CreateCanvas(bitmap, size, kReportedBits, file);
   if (status != SUCCESS) return status;
   status = ComposeInContext(nullptr, bitmap, file);
   if (status < SUCCESS) KsBitmapFree(bitmap);

@@ -1,6 +1,7 @@
 #include "ntfhdr.h"
 
 #include "fields.h"
+#include "internal/ksclasses_.h"
 #include "ksntfx.h"
 #include "nitffile.h"
 #include "platform.h"
@@ -94,8 +95,7 @@ constexpr LengthTable kReservedLengths = {&NitfHeader::reservedExtensionTableCou
 
 bool RenewTable(NitfHeader &header, std::uint32_t *NitfHeader::*table, std::uint32_t count) {
   if (table == nullptr) return true;
-  if (header.*table != nullptr) KsFree(header.*table, __LINE__, __FILE__);
-  header.*table = nullptr;
+  KsFreeAndClear(header.*table);
   if (count == 0) return true;
   header.*table = static_cast<std::uint32_t *>(KsCalloc(count, sizeof(std::uint32_t), __LINE__, __FILE__));
   return header.*table != nullptr;
@@ -190,10 +190,8 @@ void NitfHeaderFree(NitfHeader *header) {
        {&kImageLengths, &kGraphicLengths, &kLabelLengths, &kTextLengths, &kDataExtensionLengths, &kReservedLengths}) {
     RenewTables(*header, *lengths, 0);
   }
-  for (char **data : {&header->userHeaderData, &header->extendedHeaderData}) {
-    if (*data != nullptr) KsFree(*data, __LINE__, __FILE__);
-    *data = nullptr;
-  }
+  KsFreeAndClear(header->userHeaderData);
+  KsFreeAndClear(header->extendedHeaderData);
 }
 
 std::int32_t NitfHeaderRead(NitfHeader *header, NitfFile &file, StreamFileHeader &stream, bool replay) {

@@ -88,7 +88,7 @@ std::int32_t ReadReplacementData(KsHandle handle, std::uint64_t size, StreamFile
   KsArray<char> data;
   if (!data.Allocate(length + 1)) return ERROR_NO_MEMORY;
   if (KsRead(handle, data.Get(), length) != length) return ERROR_FILE_READ;
-  if (stream->replacementData != nullptr) KsFree(stream->replacementData, __LINE__, __FILE__);
+  KsFreeAndClear(stream->replacementData);
   stream->replacementData = data.Release();
   return SUCCESS;
 }
@@ -115,8 +115,7 @@ std::int32_t ReadStreamFileHeader(KsHandle handle, StreamFileHeader *stream, std
 }
 
 void StreamFileHeaderFree(StreamFileHeader *stream) {
-  if (stream->replacementData != nullptr) KsFree(stream->replacementData, __LINE__, __FILE__);
-  stream->replacementData = nullptr;
+  KsFreeAndClear(stream->replacementData);
   DataExtensionSubheaderFree(stream);
 }
 

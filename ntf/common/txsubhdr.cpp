@@ -1,5 +1,6 @@
 #include "txsubhdr.h"
 
+#include "internal/ksclasses_.h"
 #include "nitffile.h"
 #include "strmfhdr.h"
 
@@ -41,10 +42,8 @@ void TextSubheaderInit(TextSubheader *record, NitfFile *file) {
 }
 
 void TextSubheaderFree(TextSubheader *record) {
-  for (char **data : {&record->memoryData, &record->extendedData}) {
-    if (*data != nullptr) KsFree(*data, __LINE__, __FILE__);
-    *data = nullptr;
-  }
+  KsFreeAndClear(record->memoryData);
+  KsFreeAndClear(record->extendedData);
 }
 
 std::int32_t TextSubheaderRead(TextSubheader *record, NitfFile &file, StreamFileHeader &stream, bool replay) {

@@ -151,6 +151,21 @@ TEST(Limits, AnImageWithoutItsDataTakesNoTime) {
   EXPECT_EQ(bitmap.flags & KS_BITMAP_ALLOCATED, 0U);
 }
 
+TEST(Limits, AnImageWithoutBlocksIsRefusedInEveryMode) {
+  for (const char mode : {'B', 'P', 'R', 'S'}) {
+    for (const char *field : {"NBPR", "NBPC", "NCOLS", "NROWS"}) {
+      for (const bool masked : {false, true}) {
+        ImageSpec image = masked ? Masked(mode, 3) : Image(mode, 3, "NC");
+        // A block size of 0 stands for the size of the image.
+        image.fields = {{field, "00000000"}, {"NPPBH", "0000"}, {"NPPBV", "0000"}};
+        if (field[0] == 'N' && field[1] == 'B') image.fields[field] = "0000";
+        const NitfBuilder builder = NitfBuilder().Image(Image('B', 1, "NC")).Image(image);
+        EXPECT_LT(Compose(builder).status, 0) << mode << ' ' << field << ' ' << masked;
+      }
+    }
+  }
+}
+
 TEST(Limits, ALongChainOfAttachmentsIsFollowed) {
   NitfBuilder builder;
   for (int level = 1; level <= 998; ++level) {

@@ -18,7 +18,8 @@ struct Delivery {
 
 std::int32_t TakeRow(std::uint64_t, KsBitmap *canvas, void *row, std::uint32_t flags, std::uint32_t index,
                      std::uint32_t, std::uint64_t userData) {
-  const auto &delivery = *reinterpret_cast<const Delivery *>(userData);
+  // The number is the address that the request carried.
+  const auto &delivery = *reinterpret_cast<const Delivery *>(userData);  // NOLINT(performance-no-int-to-ptr)
   Composition &composition = *delivery.composition;
   composition.width = canvas->width;
   composition.height = canvas->height;

@@ -242,6 +242,7 @@ NitfBuilder &NitfBuilder::Field(const std::string &name, const std::string &text
 std::vector<NitfBuilder::Kind> NitfBuilder::Kinds() const {
   const auto segmentsOf = [](const auto &specs, auto makeHeader, auto makeBody) {
     std::vector<Segment> segments;
+    segments.reserve(specs.size());
     for (const auto &spec : specs) segments.push_back({makeHeader(spec), makeBody(spec)});
     return segments;
   };
