@@ -195,8 +195,7 @@ struct Edges {
   std::uint32_t bottom;
 };
 
-/** An edge in the format's unsigned 32 bits. A picture too large for them stays at the limit, which no canvas reaches.
- */
+/** An edge in the format's unsigned 32 bits. A picture too large for them stays at their limit, as no canvas does. */
 std::uint32_t Edge(std::uint64_t size, std::int32_t location, std::int32_t offset) {
   if (size > UINT32_MAX) return UINT32_MAX;
   const std::int64_t edge = static_cast<std::int64_t>(size) + Add(location, offset);

@@ -14,8 +14,7 @@ namespace {
 using kscore::Bgr;
 using kscore::ShownColors;
 
-/** Cuts one axis so that `position` and what lies `extent` behind it stay within `low` and `high`; `other` goes along.
- */
+/** Cuts one axis so that `position` and `extent` behind it stay within `low` and `high`; `other` goes along. */
 void ClipAxis(std::int64_t &position, std::int64_t &other, std::int64_t &extent, std::int64_t low, std::int64_t high) {
   const std::int64_t cut = std::max<std::int64_t>(low - position, 0);
   position += cut;
