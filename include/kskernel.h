@@ -397,11 +397,13 @@ typedef struct KsPlatformHandlers {
  * library. */
 KS_API void KsSetPlatformHandlers(const KsPlatformHandlers *handlers);
 
-/** A function that a filter entry is handed to, with the entry's address first and the caller's other arguments behind.
+/**
+ * A function that a filter entry is handed to, with the entry's address first and the caller's other arguments behind.
  */
 typedef intptr_t (*KsFilterHandler)(void *entry, ...);
 
-/** Hands a filter to the framework: jumps to the handler with all arguments and the stack as they came. 1 by default.
+/**
+ * Hands a filter to the framework: jumps to the handler with all arguments and the stack as they came. 1 by default.
  */
 KS_API intptr_t KsFilterEntry(void *entry, ...);
 

@@ -40,7 +40,8 @@ extern const HeaderTable kLabelTable;
 /** Gives every member its default. Whatever the record held is forgotten. */
 void LabelSubheaderInit(LabelSubheader *record, NitfFile *file);
 
-/** Stores a location, in pixels, as numbers and as the text LLOC: five characters each, the sign first. Always SUCCESS.
+/**
+ * Stores a location, in pixels, as numbers and as the text LLOC: five characters each, the sign first. Always SUCCESS.
  */
 std::int32_t LabelSetLocation(LabelSubheader *record, std::int32_t row, std::int32_t column);
 

@@ -26,7 +26,8 @@ void PutLittleEndian16(std::uint8_t *bytes, std::uint32_t value) {
   bytes[1] = static_cast<std::uint8_t>(value >> 8);
 }
 
-/** Two big-endian samples of 12 bits in three bytes become two little-endian ones. A last single one fills two bytes.
+/**
+ * Two big-endian samples of 12 bits in three bytes become two little-endian ones. A last single one fills two bytes.
  */
 void Repack12(std::uint8_t *row, std::uint64_t bytes, std::uint32_t bits, std::uint32_t actualBits,
               const SampleRange &) {

@@ -81,7 +81,8 @@ constexpr bool kHasLevels = requires(const std::uint8_t *row) {
   Form::Level(row, 0);
 };
 
-/** Calls `operation` with the form of `bits` bits per pixel and gives its result, or `otherwise` where there is none.
+/**
+ * Calls `operation` with the form of `bits` bits per pixel and gives its result, or `otherwise` where there is none.
  */
 template <class Operation, class Result>
 Result WithForm(std::uint32_t bits, const Operation &operation, Result otherwise) {

@@ -107,7 +107,8 @@ TEST(FileHeader, LengthsBeyond32BitsStayAtTheLimit) {
 
 // ---- stream files -------------------------------------------------------------------------------------------------
 
-/** A file whose lengths are given as unknown in its headers, with their true copies in a stream file header at its end.
+/**
+ * A file whose lengths are given as unknown in its headers, with their true copies in a stream file header at its end.
  */
 class StreamFile {
  public:
