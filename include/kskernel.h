@@ -365,9 +365,59 @@ KS_API int32_t KsBandsMerge(KsBitmap *target, KsBitmap *const *bands, uint32_t b
 
 /* ---- codecs ------------------------------------------------------------------------------------------------------ */
 
+/** The framework's numbers for what a stream is. */
+enum KsFormat {
+  KS_FORMAT_JP2 = 5,       /**< JPEG 2000 in a JP2 file */
+  KS_FORMAT_JPEG = 10,     /**< JPEG, 8 bits, sequential, components of one size; saved with YCbCr components */
+  KS_FORMAT_JPEG_12 = 11,  /**< JPEG, 12 bits, extended sequential */
+  KS_FORMAT_JPEG_422 = 21, /**< as 10, chroma halved across */
+  KS_FORMAT_JPEG_420 = 22, /**< as 10, components of other sizes in any other way */
+  KS_FORMAT_JPEG_PROGRESSIVE = 23,
+  KS_FORMAT_JPEG_LOSSLESS = 24, /**< JPEG, process 14 */
+  KS_FORMAT_JPEG_MANY = 26,     /**< JPEG, 8 bits, of two components, or of more than three */
+  KS_FORMAT_CGM = 62,
+  KS_FORMAT_T4_1D = 66,    /**< bi-level, T.4 one-dimensional, without a header of its own */
+  KS_FORMAT_T4_2D = 67,    /**< bi-level, T.4 two-dimensional, likewise */
+  KS_FORMAT_J2K = 165,     /**< JPEG 2000, the bare code stream */
+  KS_FORMAT_JPEG_RGB = 182 /**< for saving: JPEG, 8 bits, with RGB components */
+};
+
+/** Flags of KsLoadOptions::loadFlags that codecs look at. */
+enum KsLoadFlags {
+  KS_LOAD_COLOR = 0x4000, /**< three components are a colour picture, to be given as blue, green, red */
+  KS_LOAD_BANDS = 0x8000  /**< the three bands of KsLoadOptions::bands are wanted, as red, green and blue */
+};
+
+#pragma pack(push, 1)
+
 /** What a redirect callback fills for a stream that has no header of its own. */
-typedef struct KsRawFormatInfo KsRawFormatInfo;
+typedef struct KsRawFormatInfo {
+  uint8_t reserved0[4];
+  uint32_t format; /* 4: KS_FORMAT_T4_1D or KS_FORMAT_T4_2D */
+  uint32_t width;  /* 8: pixels */
+  uint32_t height; /* 12: rows */
+  uint32_t bits;   /* 16: 1 */
+  uint8_t reserved20[8];
+  uint64_t offset; /* 28: where the stream begins in the buffer, 0 */
+  uint32_t pages;  /* 36: 1 */
+  uint8_t reserved40[24];
+} KsRawFormatInfo;
+
+#pragma pack(pop)
+
+/** Answers for a stream without a header: fills `info`, which comes cleared, and gives SUCCESS. */
 typedef int32_t (*KsRedirectCallback)(KsRawFormatInfo *info, void *userData);
+
+/** Clears load options; -13 where `bytes` is not sizeof(KsLoadOptions), 84. */
+KS_API int32_t KsLoadOptionsInit(KsLoadOptions *options, uint32_t bytes);
+
+/**
+ * Tells what the `size` bytes at `buffer` are without decoding them: fills formatId, width, height and bitsPerPixel of
+ * `info`, whose size `infoBytes` is 2316. ERROR_NOT_SUPPORTED where no codec knows the stream. The last two arguments
+ * are 0.
+ */
+KS_API int32_t KsFileInfoMemory(const void *buffer, KsFileInfo *info, uint32_t infoBytes, uint64_t size, uint32_t,
+                                uint32_t);
 
 /**
  * Decodes `size` bytes at `buffer` into `bitmap`. `bits` 0 and `order` KS_ORDER_CODEC leave both to the codec.
