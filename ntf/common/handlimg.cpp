@@ -3,6 +3,7 @@
 #include "imgmodes.h"
 #include "internal/ksclasses_.h"
 #include "strips.h"
+#include "tiles.h"
 
 #include <algorithm>
 
@@ -69,6 +70,70 @@ ImageSource OpenSource(const NitfFile *file, ImageSubheader *image, std::uint32_
           static_cast<std::uint64_t>(std::max<std::int64_t>(end, 0))};
 }
 
+std::int32_t DecodeUncompressed(const ImageSource &source, KsBitmap *target) {
+  std::unique_ptr<BlockReader> reader;
+  const std::int32_t status = MakeBlockReader(source, &reader);
+  return status == SUCCESS ? ReadWhole(*reader, target) : status;
+}
+
+/** Bi-level codecs give 1 for black: the two colours of the image's table change places. */
+void CrossPalette(const ImageSubheader &image, KsBitmap *target) {
+  constexpr std::uint32_t kColors = 2;
+  if (image.lut == nullptr || image.lutCount < kColors) return;
+  KsPaletteEntry entries[kColors] = {};
+  KsBitmapGetPalette(target, 0, kColors, entries);
+  for (std::uint32_t color = 0; color < kColors; ++color) {
+    const std::uint32_t entry = image.lut[color];
+    KsPaletteEntry &other = entries[kColors - 1 - color];
+    other.blue = static_cast<std::uint8_t>(entry);
+    other.green = static_cast<std::uint8_t>(entry >> 8);
+    other.red = static_cast<std::uint8_t>(entry >> 16);
+  }
+  KsBitmapSetPalette(target, 0, kColors, entries);
+}
+
+/** The pad value stays on its colour: it becomes its logical inverse, once for each decoding. */
+void InvertPadCode(ImageSubheader &image) {
+  if (image.padCode == nullptr) return;
+  const bool wasZero = image.padCode[0] == 0;
+  KsFreeAndClear(image.padCode);
+  KsArray<std::uint8_t> inverse;
+  if (!inverse.Allocate(2)) return;
+  inverse[0] = wasZero ? 1 : 0;
+  image.padCode = inverse.Release();
+}
+
+std::int32_t DecodeBilevel(FilterLoadRecord *loadContext, const ImageSource &source, KsBitmap *target) {
+  const std::int32_t status = DecodeBilevelStream(loadContext, source, target);
+  if (status != SUCCESS) return status;
+  CrossPalette(*source.image, target);
+  InvertPadCode(*source.image);
+  return SUCCESS;
+}
+
+std::int32_t Decode(FilterLoadRecord *loadContext, const ImageSource &source, KsBitmap *target) {
+  switch (source.image->compression) {
+    case kNC:
+    case kNM:
+      return DecodeUncompressed(source, target);
+    case kC1:
+    case kM1:
+      return DecodeBilevel(loadContext, source, target);
+    case kC3:
+    case kC5:
+    case kC6:
+    case kC8:
+    case kI1:
+    case kM3:
+    case kM5:
+    case kM6:
+    case kM8:
+      return DecodeCodecImage(loadContext, source, target);
+    default:
+      return ERROR_NOT_SUPPORTED;
+  }
+}
+
 }  // namespace
 
 void ChooseBands(ImageSubheader &image, BandOrder *order) {
@@ -129,18 +194,13 @@ bool ImageSource::Holds(std::int64_t end) const {
          static_cast<std::uint64_t>(dataStart) + static_cast<std::uint64_t>(end) <= fileSize;
 }
 
-std::int32_t DecodeImageSegment(FilterLoadRecord *, const NitfFile *file, std::uint32_t index, KsBitmap *target) {
+std::int32_t DecodeImageSegment(FilterLoadRecord *loadContext, const NitfFile *file, std::uint32_t index,
+                                KsBitmap *target) {
   ImageSubheader *image = FindImage(file, index);
   if (image == nullptr) return ERROR_INVALID_VALUE;
   std::int32_t status = CreateTarget(target, *image, PaddedHeight(*image));
   if (status != SUCCESS) return status;
-  status = ERROR_NOT_SUPPORTED;
-  if (IsUncompressed(*image)) {
-    const ImageSource source = OpenSource(file, image, index);
-    std::unique_ptr<BlockReader> reader;
-    status = MakeBlockReader(source, &reader);
-    if (status == SUCCESS) status = ReadWhole(*reader, target);
-  }
+  status = Decode(loadContext, OpenSource(file, image, index), target);
   if (status != SUCCESS && (target->flags & KS_BITMAP_ALLOCATED) != 0) KsBitmapFree(target);
   return status;
 }
