@@ -19,17 +19,33 @@ struct PictureInfo {
   std::uint32_t bits = 0;       /**< bits of a component */
 };
 
+/** Bits of a pixel of the bitmap that a codec makes. */
+constexpr std::uint32_t DepthOfBitmap(const PictureInfo &info) {
+  if (info.components != 1) return 24;
+  if (info.bits <= 8) return 8;
+  return info.bits <= 12 ? 12 : 16;
+}
+
 /** One codec. The operations take streams that may be damaged in any way. */
 struct Codec {
   /** Whether a stream begins like one of this codec's. */
   bool (*recognises)(Stream stream);
-  /** Reads the header: SUCCESS, ERROR_FILE_FORMAT, or ERROR_NOT_SUPPORTED for a kind that it doesn't decode. */
+  /**
+   * Reads the header: SUCCESS with all of `info` filled and a picture of at least one pixel, ERROR_FILE_FORMAT, or
+   * ERROR_NOT_SUPPORTED for a kind that has no format number. A kind that has one may still be more than `load` knows.
+   */
   std::int32_t (*inform)(Stream stream, PictureInfo *info);
   /**
-   * Decodes into `target`, which comes empty and is created by the codec: 8, 12 or 16 bits of gray for one component,
-   * 24 bits for more. `options` is never null. On failure `target` is left empty.
+   * Decodes a stream that `inform` gave SUCCESS for into `target`, which comes empty and is created by the codec with
+   * DepthOfBitmap. Grays (KS_ORDER_PALETTE at 8 bits, else KS_ORDER_GRAY) have no palette: levels shown as the gray
+   * ramp, which are copied as they are onto a bitmap of the same depth, so that the levels of an image with a lookup
+   * table stay its indices. Colour has KS_ORDER_BGR. `options` is never null. On failure `target` is left empty.
    */
   std::int32_t (*load)(Stream stream, const KsLoadOptions &options, KsBitmap *target);
 };
+
+#ifdef KSNTFX_CODEC_JPEG
+extern const Codec kJpegCodec;
+#endif
 
 }  // namespace kscodec
