@@ -3,6 +3,7 @@
 #include "imgmodes.h"
 #include "internal/ksclasses_.h"
 #include "strips.h"
+#include "vq.h"
 
 #include <algorithm>
 
@@ -63,6 +64,10 @@ bool IsUncompressed(const ImageSubheader &image) {
   return image.compression == kNC || image.compression == kNM;
 }
 
+bool IsVectorQuantised(const ImageSubheader &image) {
+  return image.compression == kC4 || image.compression == kM4;
+}
+
 ImageSource OpenSource(const NitfFile *file, ImageSubheader *image, std::uint32_t index) {
   const std::int64_t end = KsSeek(file->fileHandle, 0, KS_SEEK_END);
   return {file, image, DataLength(file, SegmentKind::Image, index), SeekSegmentData(file, SegmentKind::Image, index),
@@ -89,8 +94,7 @@ std::uint32_t TargetDepth(const ImageSubheader &image) {
   return image.representation == kMono && (depth == 32 || depth == 64) ? 8 : depth;
 }
 
-std::int32_t CreateTarget(KsBitmap *target, const ImageSubheader &image, std::uint64_t rows) {
-  const std::uint64_t width = PaddedWidth(image);
+std::int32_t CreateTarget(KsBitmap *target, const ImageSubheader &image, std::uint64_t width, std::uint64_t rows) {
   if (width > UINT32_MAX || rows > UINT32_MAX) return ERROR_NO_MEMORY;
   const std::uint32_t depth = TargetDepth(image);
   const std::int32_t status =
@@ -100,6 +104,15 @@ std::int32_t CreateTarget(KsBitmap *target, const ImageSubheader &image, std::ui
   target->order = TargetOrder(image, depth);
   SetImagePalette(target, image);
   return SUCCESS;
+}
+
+std::int32_t CheckTargetSize(const ImageSubheader &image) {
+  KsLocalBitmap whole;
+  const std::uint64_t width = PaddedWidth(image);
+  const std::uint64_t height = PaddedHeight(image);
+  if (width > UINT32_MAX || height > UINT32_MAX) return ERROR_NO_MEMORY;
+  return KsBitmapCreate(whole.Get(), sizeof(KsBitmap), KS_BITMAP_CALLER, static_cast<std::uint32_t>(width),
+                        static_cast<std::uint32_t>(height), TargetDepth(image), KS_ORDER_BGR, nullptr, 1, nullptr, 0);
 }
 
 void SetImagePalette(KsBitmap *bitmap, const ImageSubheader &image) {
@@ -132,7 +145,8 @@ bool ImageSource::Holds(std::int64_t end) const {
 std::int32_t DecodeImageSegment(FilterLoadRecord *, const NitfFile *file, std::uint32_t index, KsBitmap *target) {
   ImageSubheader *image = FindImage(file, index);
   if (image == nullptr) return ERROR_INVALID_VALUE;
-  std::int32_t status = CreateTarget(target, *image, PaddedHeight(*image));
+  if (IsVectorQuantised(*image)) return DecodeVqImage(OpenSource(file, image, index), target);
+  std::int32_t status = CreateTarget(target, *image, PaddedWidth(*image), PaddedHeight(*image));
   if (status != SUCCESS) return status;
   status = ERROR_NOT_SUPPORTED;
   if (IsUncompressed(*image)) {
