@@ -168,6 +168,7 @@ std::int32_t DecodeImageInParts(FilterLoadRecord *loadContext, const NitfFile *f
     const std::int32_t status = MakeBlockReader(source, &reader);
     return status == SUCCESS ? ReadInStrips(*reader, *image, sink) : status;
   }
+  if (image != nullptr && IsVectorQuantised(*image)) return DecodeVqInParts(OpenSource(file, image, index), sink);
   KsLocalBitmap whole;
   const std::int32_t status = DecodeImageSegment(loadContext, file, index, whole.Get());
   return status == SUCCESS ? sink.Place(whole.Get(), 0, whole->height) : status;

@@ -95,10 +95,29 @@ class Codebook {
 /** The codes of an image: one run of bits from the first block to the last. */
 class CodeStream {
  public:
-  CodeStream(KsHandle source, std::uint32_t codeBits, std::uint64_t codes)
-      : file(source), bits(codeBits), bytesLeft((codes * codeBits + 7) / 8) {}
+  /** The codes begin at the file's position. */
+  bool Open(KsHandle source, std::uint32_t codeBits) {
+    file = source;
+    bits = codeBits;
+    start = KsSeek(file, 0, KS_SEEK_CURRENT);
+    return piece.Allocate(kPieceBytes);
+  }
 
-  bool Allocate() { return piece.Allocate(kPieceBytes); }
+  /** Goes to code number `first`, of which and those behind it `count` will be read. */
+  std::int32_t Seek(std::uint64_t first, std::uint64_t count) {
+    const std::uint64_t firstBit = first * bits;
+    const auto skipped = static_cast<std::uint32_t>(firstBit % 8);
+    if (KsSeek(file, start + static_cast<std::int64_t>(firstBit / 8), KS_SEEK_START) < 0) return ERROR_FILE_READ;
+    bytesLeft = (skipped + count * bits + 7) / 8;
+    next = pieceEnd = 0;
+    held = 0;
+    if (skipped == 0) return SUCCESS;
+    const std::int32_t status = ReadPiece();
+    if (status != SUCCESS) return status;
+    window = piece[next++];
+    held = 8 - skipped;
+    return SUCCESS;
+  }
 
   /** Reads the next `count` codes. */
   std::int32_t Read(std::uint16_t *codes, std::uint32_t count) {
@@ -150,9 +169,10 @@ class CodeStream {
     return pieceEnd != 0 ? ReadBytes(file, piece.Get(), pieceEnd) : static_cast<std::int32_t>(ERROR_FILE_READ);
   }
 
-  KsHandle file;
-  std::uint32_t bits;
-  std::uint64_t bytesLeft; /**< of the stream, behind the piece in hand */
+  KsHandle file = KS_INVALID_HANDLE;
+  std::uint32_t bits = 0;
+  std::int64_t start = 0;
+  std::uint64_t bytesLeft = 0; /**< to be read behind the piece in hand */
   KsArray<std::uint8_t> piece;
   std::uint64_t next = 0;
   std::uint64_t pieceEnd = 0;
@@ -178,15 +198,30 @@ void PlaceAnyKernels(const Codebook &book, const Kernel &kernel, const std::uint
 
 /** The usual kernel of 4 x 4 pixels: each row of it is one word. */
 constexpr std::uint32_t kUsualSide = 4;
+using UsualKernel = std::array<std::uint32_t, kUsualSide>;
 
-void PlaceUsualKernels(const Codebook &book, const Kernel &, const std::uint16_t *codes, std::uint32_t count,
+UsualKernel LoadUsual(const std::uint8_t *values, std::uint16_t code) {
+  UsualKernel rows;
+  std::memcpy(rows.data(), values + code * sizeof rows, sizeof rows);
+  return rows;
+}
+
+/** Four kernels at a time, whose rows are four words side by side. */
+void PlaceUsualKernels(const Codebook &book, const Kernel &kernel, const std::uint16_t *codes, std::uint32_t count,
                        std::uint8_t *out, std::uint64_t rowStep) {
-  for (std::uint32_t code = 0; code < count; ++code, out += kUsualSide) {
-    const std::uint8_t *values = book.Values(codes[code]);
+  const std::uint8_t *values = book.Values(0);
+  const std::uint32_t fours = count / 4;
+  for (std::uint32_t four = 0; four < fours; ++four, codes += 4, out += sizeof(UsualKernel)) {
+    const UsualKernel a = LoadUsual(values, codes[0]);
+    const UsualKernel b = LoadUsual(values, codes[1]);
+    const UsualKernel c = LoadUsual(values, codes[2]);
+    const UsualKernel d = LoadUsual(values, codes[3]);
     for (std::uint32_t row = 0; row < kUsualSide; ++row) {
-      std::memcpy(out + row * rowStep, values + std::size_t{row} * kUsualSide, kUsualSide);
+      const UsualKernel words = {a[row], b[row], c[row], d[row]};
+      std::memcpy(out + row * rowStep, words.data(), sizeof words);
     }
   }
+  PlaceAnyKernels(book, kernel, codes, count % 4, out, rowStep);
 }
 
 PlaceKernels ChoosePlacing(const Kernel &kernel) {
@@ -199,28 +234,90 @@ class VqDecoder {
   explicit VqDecoder(const ImageSource &data)
       : source(data), image(*data.image), file(data.file->fileHandle), grid(image), mask(data) {}
 
-  std::int32_t Decode(KsBitmap *target) {
+  /** Reads what stands in front of the codes, and checks that they are all there and have entries. */
+  std::int32_t Open() {
     if (image.bitsPerPixel != kDepth || TargetDepth(image) != kDepth) return ERROR_NOT_SUPPORTED;
     std::int32_t status = CheckTargetSize(image);
     if (status == SUCCESS) status = ReadTables();
     if (status != SUCCESS) return status;
     MeasureBlocks();
     if (!HoldsCodes()) return ERROR_FILE_READ;
-    status = CreateTarget(target, image, (std::uint64_t{lastColumn} + 1) * grid.width,
-                          (std::uint64_t{lastRow} + 1) * grid.height);
-    if (status != SUCCESS) return status;
-    KsBitmapAccess(target, 0);
-    status = DecodeBlocks(target);
-    KsBitmapRelease(target, 1, 1);
-    if (status != SUCCESS) KsBitmapFree(target);
-    return status;
+    if (!stream.Open(file, header.codeBits)) return ERROR_NO_MEMORY;
+    place = ChoosePlacing(kernel);
+    return CheckCodes();
+  }
+
+  /** The extent of the recorded blocks. */
+  std::uint64_t Width() const { return (std::uint64_t{lastColumn} + 1) * grid.width; }
+  std::uint64_t Height() const { return (std::uint64_t{lastRow} + 1) * grid.height; }
+
+  /** The rows of codes that a strip of the whole width takes. */
+  std::uint32_t CodeRowsPerStrip() const {
+    const std::uint64_t rows = std::max<std::uint64_t>(kStripBytes / (Width() * kernel.height), 1);
+    return static_cast<std::uint32_t>(std::min<std::uint64_t>(rows, header.codeRows));
+  }
+  std::uint32_t RowsPerStrip() const { return CodeRowsPerStrip() * kernel.height; }
+
+  /** Whether not all pixels of the extent have a value in the file. */
+  bool HasGaps() const { return mask.HasBlockMask() || kernel.filledRows < kernel.height; }
+
+  /** Does `work` for each strip: its top and its rows. The strip is then to be filled by ReadStrip. */
+  template <class Work>
+  std::int32_t ForEachStrip(Work work) {
+    const std::uint32_t step = CodeRowsPerStrip();
+    std::uint64_t before = 0;
+    for (std::uint32_t blockRow = 0; blockRow <= lastRow; ++blockRow) {
+      for (std::uint32_t first = 0; first < header.codeRows; first += step) {
+        strip = {blockRow, first, std::min(step, header.codeRows - first), before};
+        const std::int32_t status = work(blockRow * grid.height + first * kernel.height, strip.rows * kernel.height);
+        if (status != SUCCESS) return status;
+      }
+      before += RecordedInRow(blockRow);
+    }
+    return SUCCESS;
+  }
+
+  /** Fills the rows of the strip in hand where blocks are recorded. */
+  std::int32_t ReadStrip(KsBitmap *rows) {
+    std::uint64_t ordinal = strip.recordedBefore;
+    for (std::uint32_t column = 0; column <= lastColumn; ++column) {
+      if (!IsPresent(std::uint64_t{strip.blockRow} * grid.across + column)) continue;
+      const std::int32_t status =
+          ReadPart(ordinal++, rows->pixels + std::uint64_t{column} * grid.width, rows->bytesPerLine);
+      if (status != SUCCESS) return status;
+    }
+    return SUCCESS;
+  }
+
+  std::int32_t MakeBitmap(KsBitmap *bitmap, std::uint64_t rows) const {
+    const std::int32_t status = CreateTarget(bitmap, image, Width(), rows);
+    return status == SUCCESS ? KsBitmapAccess(bitmap, 0) : status;
   }
 
  private:
+  /** Some rows of codes of one row of blocks. */
+  struct Strip {
+    std::uint32_t blockRow;
+    std::uint32_t first;
+    std::uint32_t rows;
+    std::uint64_t recordedBefore; /**< blocks in the rows of blocks above */
+  };
+
+  /** Little enough to stay in a processor's cache until it is placed. */
+  static constexpr std::uint64_t kStripBytes = 256 * 1024;
+
   /** Only the word for it makes a block absent here: the codes of all others follow each other. */
   bool IsPresent(std::uint64_t block) const { return !mask.HasBlockMask() || mask.BlockWord(block) != kNotRecorded; }
 
-  /** Reads all that stands in front of the codes. */
+  std::uint64_t RecordedInRow(std::uint32_t blockRow) const {
+    if (!mask.HasBlockMask()) return grid.across;
+    std::uint64_t count = 0;
+    for (std::uint32_t column = 0; column <= lastColumn; ++column) {
+      count += IsPresent(std::uint64_t{blockRow} * grid.across + column) ? 1 : 0;
+    }
+    return count;
+  }
+
   std::int32_t ReadTables() {
     if (KsSeek(file, source.dataStart, KS_SEEK_START) < 0) return ERROR_FILE_READ;
     std::int32_t status = SkipMaskTable(source.file, image);
@@ -250,54 +347,55 @@ class VqDecoder {
     }
   }
 
-  /** Whether the file holds the codes of all recorded blocks. */
+  std::uint64_t CodesPerBlock() const { return std::uint64_t{header.codeRows} * header.codesPerRow; }
+
   bool HoldsCodes() const {
     const std::uint64_t held = BytesLeft(file) * 8 / header.codeBits;
     return recorded <= held / CodesPerBlock();
   }
 
-  std::uint64_t CodesPerBlock() const { return std::uint64_t{header.codeRows} * header.codesPerRow; }
-
-  std::int32_t DecodeBlocks(KsBitmap *target) {
-    CodeStream stream(file, header.codeBits, recorded * CodesPerBlock());
-    if (!stream.Allocate()) return ERROR_NO_MEMORY;
-    const std::uint64_t blocks = mask.Visited(grid.count);
-    std::int32_t status = SUCCESS;
-    for (std::uint64_t block = 0; block < blocks && status == SUCCESS; ++block) {
-      if (!IsPresent(block)) continue;
-      const std::uint64_t top = block / grid.across * grid.height;
-      const std::uint64_t left = block % grid.across * grid.width;
-      status = DecodeBlock(stream, target->pixels + top * target->bytesPerLine + left, target->bytesPerLine);
+  /** Looks for codes without an entry before anything is shown, unless every code has one. */
+  std::int32_t CheckCodes() {
+    if (book.Named() == 1U << header.codeBits) return SUCCESS;
+    std::uint64_t left = recorded * CodesPerBlock();
+    std::int32_t status = stream.Seek(0, left);
+    while (left != 0 && status == SUCCESS) {
+      const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(left, codes.size()));
+      status = ReadCodes(count);
+      left -= count;
     }
     return status;
   }
 
-  std::int32_t DecodeBlock(CodeStream &stream, std::uint8_t *out, std::uint64_t rowStep) {
-    std::int32_t status = SUCCESS;
-    for (std::uint32_t row = 0; row < header.codeRows && status == SUCCESS; ++row) {
-      status = DecodeRow(stream, out + std::uint64_t{row} * kernel.height * rowStep, rowStep);
+  /** Reads codes that have entries. */
+  std::int32_t ReadCodes(std::uint32_t count) {
+    const std::int32_t status = stream.Read(codes.data(), count);
+    if (status != SUCCESS) return status;
+    std::uint16_t largest = 0;
+    for (std::uint32_t code = 0; code < count; ++code) largest = std::max(largest, codes[code]);
+    return largest < book.Named() ? SUCCESS : ERROR_FILE_FORMAT;
+  }
+
+  /** The part of one block that lies in the strip. `ordinal` counts the recorded blocks. */
+  std::int32_t ReadPart(std::uint64_t ordinal, std::uint8_t *out, std::uint64_t rowStep) {
+    const std::uint64_t first = ordinal * CodesPerBlock() + std::uint64_t{strip.first} * header.codesPerRow;
+    std::int32_t status = stream.Seek(first, std::uint64_t{strip.rows} * header.codesPerRow);
+    for (std::uint32_t row = 0; row < strip.rows && status == SUCCESS; ++row) {
+      status = ReadRow(out + std::uint64_t{row} * kernel.height * rowStep, rowStep);
     }
     return status;
   }
 
-  std::int32_t DecodeRow(CodeStream &stream, std::uint8_t *out, std::uint64_t rowStep) {
-    const PlaceKernels place = ChoosePlacing(kernel);
+  std::int32_t ReadRow(std::uint8_t *out, std::uint64_t rowStep) {
     for (std::uint32_t left = header.codesPerRow; left != 0;) {
       const std::uint32_t count = std::min(left, static_cast<std::uint32_t>(codes.size()));
-      const std::int32_t status = stream.Read(codes.data(), count);
+      const std::int32_t status = ReadCodes(count);
       if (status != SUCCESS) return status;
-      if (LargestCode(count) >= book.Named()) return ERROR_FILE_FORMAT;
       place(book, kernel, codes.data(), count, out, rowStep);
       out += std::uint64_t{count} * kernel.width;
       left -= count;
     }
     return SUCCESS;
-  }
-
-  std::uint32_t LargestCode(std::uint32_t count) const {
-    std::uint16_t largest = 0;
-    for (std::uint32_t code = 0; code < count; ++code) largest = std::max(largest, codes[code]);
-    return largest;
   }
 
   const ImageSource &source;
@@ -308,11 +406,23 @@ class VqDecoder {
   VqHeader header{};
   Kernel kernel{};
   Codebook book;
+  CodeStream stream;
+  PlaceKernels place = nullptr;
   std::uint64_t recorded = 0; /**< blocks that are in the file */
   std::uint32_t lastColumn = 0;
   std::uint32_t lastRow = 0;
+  Strip strip{};
   std::array<std::uint16_t, 2048> codes{};
 };
+
+/** Fills the strips of the whole picture. */
+std::int32_t ReadWholeVq(VqDecoder &decoder, KsBitmap *target) {
+  return decoder.ForEachStrip([&](std::uint32_t top, std::uint32_t rows) {
+    KsLocalBitmap view;
+    const std::int32_t status = KsBitmapView(view.Get(), sizeof(KsBitmap), target, 0, top, target->width, rows);
+    return status == SUCCESS ? decoder.ReadStrip(view.Get()) : status;
+  });
+}
 
 }  // namespace
 
@@ -357,5 +467,25 @@ std::int32_t ReadVqLookupRecords(const NitfFile *file, const VqHeader &header, V
 }
 
 std::int32_t DecodeVqImage(const ImageSource &source, KsBitmap *target) {
-  return VqDecoder(source).Decode(target);
+  VqDecoder decoder(source);
+  std::int32_t status = decoder.Open();
+  if (status == SUCCESS) status = decoder.MakeBitmap(target, decoder.Height());
+  if (status != SUCCESS) return status;
+  status = ReadWholeVq(decoder, target);
+  KsBitmapRelease(target, 1, 1);
+  if (status != SUCCESS) KsBitmapFree(target);
+  return status;
+}
+
+std::int32_t DecodeVqInParts(const ImageSource &source, ImagePartSink &sink) {
+  VqDecoder decoder(source);
+  KsLocalBitmap strip;
+  std::int32_t status = decoder.Open();
+  if (status == SUCCESS) status = decoder.MakeBitmap(strip.Get(), decoder.RowsPerStrip());
+  if (status != SUCCESS) return status;
+  return decoder.ForEachStrip([&](std::uint32_t top, std::uint32_t rows) {
+    if (decoder.HasGaps()) KsBitmapClear(strip.Get());
+    const std::int32_t read = decoder.ReadStrip(strip.Get());
+    return read == SUCCESS ? sink.Place(strip.Get(), top, rows) : read;
+  });
 }

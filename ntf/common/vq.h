@@ -50,3 +50,6 @@ std::int32_t ReadVqLookupRecords(const NitfFile *file, const VqHeader &header, V
  * code without an entry, ERROR_FILE_READ, ERROR_NO_MEMORY.
  */
 std::int32_t DecodeVqImage(const ImageSource &source, KsBitmap *target);
+
+/** Decodes the image through a strip of that bitmap, with the same results; they show before the first part. */
+std::int32_t DecodeVqInParts(const ImageSource &source, ImagePartSink &sink);

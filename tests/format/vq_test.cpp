@@ -172,10 +172,22 @@ TEST_P(VqKernels, GiveThePicture) {
   ExpectPicture(given, Decoded(given.Image()), given.BlockWidth() * given.across, given.BlockHeight() * given.down);
 }
 
+TEST_P(VqKernels, ComposeThePicture) {
+  const VqCase &given = GetParam();
+  const Composition picture = Compose(NitfBuilder().Image(given.Image()));
+  ASSERT_EQ(picture.status, SUCCESS);
+  for (std::uint32_t row = 0; row < picture.height; ++row) {
+    for (std::uint32_t column = 0; column < picture.width; ++column) {
+      ASSERT_EQ(picture.At(row, column), given.Pixel(row, column) * 0x010101) << row << ", " << column;
+    }
+  }
+}
+
 // Kernel, codes of a block, blocks, code bits, entries, tables.
 const VqCase kKernels[] = {
     {"UsualFrame", 4, 4, 256, 256, 1, 1, 12, 4096, 4},  // the codes are more than are read at a time
     {"UsualFrames", 4, 4, 8, 6, 3, 2, 12, 4096, 4},
+    {"AbsentBehindAPresentOne", 4, 4, 64, 64, 2, 2, 12, 4096, 4, {3}},  // what was read above must not show again
     {"UsualKernelsInOddNumber", 4, 4, 5, 3, 3, 3, 12, 300, 4},
     {"OneBit", 4, 4, 5, 3, 2, 2, 1, 2, 4},
     {"FiveBits", 4, 4, 5, 3, 2, 2, 5, 32, 4},
