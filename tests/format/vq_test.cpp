@@ -284,6 +284,43 @@ TEST(VectorQuantised, ReadsBehindAMaskTableOfAnyKind) {
   ExpectPicture(given, Decoded(image), 24, 24);
 }
 
+TEST(VectorQuantised, HeaderAndRecordsAreReadFromTheFilesPosition) {
+  ImageSpec image{.rows = 4, .columns = 4, .compression = "M4"};
+  image.mask = MaskSpec{{0}, {kNotRecorded}, Bytes{1, 2, 3}};
+  image.data = {0,  1,  2,  3, 4, 5, 6,  7,    8,    9,  10, 0,  2,  13, 14, 15, 16, 17,
+                18, 19, 20, 0, 1, 0, 2,  0x40, 0x80, 7,  8,  9,  10, 11, 12, 13, 14,  // record 1
+                0,  2,  0,  0, 0, 3, 17, 18,   19,   20, 21, 22, 23, 24};             // record 2
+  LoadedFile file(NitfBuilder().Image(image));
+  SeekSegmentData(file.Get(), SegmentKind::Image, 0);
+  ASSERT_EQ(SkipMaskTable(file.Get(), file.Image(0)), SUCCESS);
+  VqHeader header{};
+  ASSERT_EQ(ReadVqHeader(file.Get(), &header), SUCCESS);
+  EXPECT_EQ(header.codeRows, 0x00010203U);
+  EXPECT_EQ(header.codesPerRow, 0x04050607U);
+  EXPECT_EQ(header.codeBits, 8);
+  EXPECT_EQ(header.algorithm, 0x090A);
+  EXPECT_EQ(header.lookupRecords, 2);
+  EXPECT_EQ(header.parameterRecords, 0x0D0E);
+  EXPECT_EQ(header.lookupOffset, 0x0F101112U);
+  EXPECT_EQ(header.lookupRecordLength, 0x1314);
+  VqLookupRecord records[2];
+  ASSERT_EQ(ReadVqLookupRecords(file.Get(), header, records), SUCCESS);
+  EXPECT_EQ(records[0].table, 1);
+  EXPECT_EQ(records[0].entries, 0x00024080U);
+  EXPECT_EQ(records[0].valuesPerEntry, 0x0708);
+  EXPECT_EQ(records[0].bitsPerValue, 0x090A);
+  EXPECT_EQ(records[0].offset, 0x0B0C0D0EU);
+  EXPECT_EQ(records[1].table, 2);
+  EXPECT_EQ(records[1].entries, 3U);
+  EXPECT_EQ(records[1].offset, 0x15161718U);
+  // Nothing is left in the file.
+  EXPECT_EQ(ReadVqHeader(file.Get(), &header), ERROR_FILE_READ);
+  EXPECT_EQ(header.codeRows, 0U);
+  header.lookupRecords = 1;
+  EXPECT_EQ(ReadVqLookupRecords(file.Get(), header, records), ERROR_FILE_READ);
+  EXPECT_EQ(SkipMaskTable(file.Get(), file.Image(0)), ERROR_FILE_READ);
+}
+
 // ---- colours ------------------------------------------------------------------------------------------------------
 
 TEST(VectorQuantised, ShowsTheColoursOfItsLookupTable) {
