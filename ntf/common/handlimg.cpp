@@ -4,6 +4,7 @@
 #include "internal/ksclasses_.h"
 #include "strips.h"
 #include "tiles.h"
+#include "vq.h"
 
 #include <algorithm>
 
@@ -62,6 +63,10 @@ std::uint32_t LutEntries(const ImageSubheader &image) {
 
 bool IsUncompressed(const ImageSubheader &image) {
   return image.compression == kNC || image.compression == kNM;
+}
+
+bool IsVectorQuantised(const ImageSubheader &image) {
+  return image.compression == kC4 || image.compression == kM4;
 }
 
 ImageSource OpenSource(const NitfFile *file, ImageSubheader *image, std::uint32_t index) {
@@ -155,8 +160,7 @@ std::uint32_t TargetDepth(const ImageSubheader &image) {
   return image.representation == kMono && (depth == 32 || depth == 64) ? 8 : depth;
 }
 
-std::int32_t CreateTarget(KsBitmap *target, const ImageSubheader &image, std::uint64_t rows) {
-  const std::uint64_t width = PaddedWidth(image);
+std::int32_t CreateTarget(KsBitmap *target, const ImageSubheader &image, std::uint64_t width, std::uint64_t rows) {
   if (width > UINT32_MAX || rows > UINT32_MAX) return ERROR_NO_MEMORY;
   const std::uint32_t depth = TargetDepth(image);
   const std::int32_t status =
@@ -166,6 +170,15 @@ std::int32_t CreateTarget(KsBitmap *target, const ImageSubheader &image, std::ui
   target->order = TargetOrder(image, depth);
   SetImagePalette(target, image);
   return SUCCESS;
+}
+
+std::int32_t CheckTargetSize(const ImageSubheader &image) {
+  KsLocalBitmap whole;
+  const std::uint64_t width = PaddedWidth(image);
+  const std::uint64_t height = PaddedHeight(image);
+  if (width > UINT32_MAX || height > UINT32_MAX) return ERROR_NO_MEMORY;
+  return KsBitmapCreate(whole.Get(), sizeof(KsBitmap), KS_BITMAP_CALLER, static_cast<std::uint32_t>(width),
+                        static_cast<std::uint32_t>(height), TargetDepth(image), KS_ORDER_BGR, nullptr, 1, nullptr, 0);
 }
 
 void SetImagePalette(KsBitmap *bitmap, const ImageSubheader &image) {
@@ -199,7 +212,8 @@ std::int32_t DecodeImageSegment(FilterLoadRecord *loadContext, const NitfFile *f
                                 KsBitmap *target) {
   ImageSubheader *image = FindImage(file, index);
   if (image == nullptr) return ERROR_INVALID_VALUE;
-  std::int32_t status = CreateTarget(target, *image, PaddedHeight(*image));
+  if (IsVectorQuantised(*image)) return DecodeVqImage(OpenSource(file, image, index), target);
+  std::int32_t status = CreateTarget(target, *image, PaddedWidth(*image), PaddedHeight(*image));
   if (status != SUCCESS) return status;
   status = Decode(loadContext, OpenSource(file, image, index), target);
   if (status != SUCCESS && (target->flags & KS_BITMAP_ALLOCATED) != 0) KsBitmapFree(target);
@@ -215,6 +229,7 @@ std::int32_t DecodeImageInParts(FilterLoadRecord *loadContext, const NitfFile *f
     const std::int32_t status = MakeBlockReader(source, &reader);
     return status == SUCCESS ? ReadInStrips(*reader, *image, sink) : status;
   }
+  if (image != nullptr && IsVectorQuantised(*image)) return DecodeVqInParts(OpenSource(file, image, index), sink);
   KsLocalBitmap whole;
   const std::int32_t status = DecodeImageSegment(loadContext, file, index, whole.Get());
   return status == SUCCESS ? sink.Place(whole.Get(), 0, whole->height) : status;
