@@ -21,7 +21,7 @@ using kscodec::Stream;
 
 /** A stream of some kilobytes can name any number of scans, each of which passes over the whole picture. */
 constexpr int kMostScans = 500;
-constexpr uint64_t kMostScannedPixels = uint64_t{1} << 36;
+constexpr uint64_t kMostScannedPixels = uint64_t{1} << 34;
 
 /** The coefficients of a picture in several scans are held until the last of them: two bytes a sample. */
 constexpr uint64_t kMostCoefficientBytes = uint64_t{4} << 30;
@@ -186,8 +186,10 @@ Plan PlanOf(const kscodec::jpeg::Header &header, const KsLoadOptions &options) {
   return {IsRgb(header) ? Route::kColorFromRgb : Route::kColorFromYCbCr, {}};
 }
 
-bool IsDecoded(uint32_t format) {
-  return format != KS_FORMAT_JPEG_12 && format != KS_FORMAT_JPEG_LOSSLESS;
+/** Whether libjpeg has the process, and enough components: it finds those beyond the fourth in no scan. */
+bool IsDecoded(const PictureInfo &info) {
+  return info.format != KS_FORMAT_JPEG_12 && info.format != KS_FORMAT_JPEG_LOSSLESS &&
+         info.components <= MAX_COMPS_IN_SCAN;
 }
 
 bool Recognises(Stream stream) {
@@ -206,14 +208,14 @@ int32_t Load(Stream stream, const KsLoadOptions &options, KsBitmap *target) {
   int32_t status = ReadHeader(stream, &header);
   if (status == SUCCESS) status = Describe(header.frame, &info);
   if (status != SUCCESS) return status;
-  if (!IsDecoded(info.format)) return ERROR_NOT_SUPPORTED;
+  if (!IsDecoded(info)) return ERROR_NOT_SUPPORTED;
   const uint32_t order = info.components == 1 ? KS_ORDER_PALETTE : KS_ORDER_BGR;
   status = KsBitmapCreate(target, sizeof(KsBitmap), KS_BITMAP_OWN, info.width, info.height,
                           kscodec::DepthOfBitmap(info), order, nullptr, 1, nullptr, 0);
   if (status != SUCCESS) return status;
   kscore::MarkWritten(*target);
   Decoder decoder = {};
-  status = Decode(&decoder, stream, PlanOf(header, options), *target);
+  status = Decode(&decoder, WithWholeSegments(stream, header), PlanOf(header, options), *target);
   jpeg_destroy_decompress(&decoder.state);
   if (status != SUCCESS) KsBitmapFree(target);
   return status;

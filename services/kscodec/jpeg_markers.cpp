@@ -165,6 +165,19 @@ int32_t ReadHeader(Stream stream, Header *header) {
   return SUCCESS;
 }
 
+Stream WithWholeSegments(Stream stream, const Header &header) {
+  const bool oneScan = !header.scan.empty() && header.scan[0] == header.frame.components;
+  if (oneScan && header.frame.marker != kSof2) return stream;
+  MarkerWalk walk(header.entropy);
+  Segment segment;
+  while (walk.Next(&segment) == SUCCESS) {
+    if (segment.marker == kEoi) return stream;
+  }
+  if (segment.marker == 0) return stream;  // within a scan
+  constexpr size_t kMarkerBytes = 2;
+  return stream.first(stream.size() - walk.Rest().size() - kMarkerBytes);
+}
+
 int32_t Describe(const Frame &frame, PictureInfo *info) {
   const auto *const process = std::find_if(kProcesses.begin(), kProcesses.end(), [&](const Process &known) {
     return frame.marker == known.marker && frame.bits >= known.leastBits && frame.bits <= known.mostBits;

@@ -94,6 +94,12 @@ struct Header {
  */
 std::int32_t ReadHeader(Stream stream, Header *header);
 
+/**
+ * The stream without the segment that it breaks off in, where that one stands behind the first scan: what is left is a
+ * picture with fewer scans. A stream of one scan is given back as it is.
+ */
+Stream WithWholeSegments(Stream stream, const Header &header);
+
 /** What the frame makes the picture: ERROR_NOT_SUPPORTED for a process without a format number. */
 std::int32_t Describe(const Frame &frame, PictureInfo *info);
 
