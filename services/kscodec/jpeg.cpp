@@ -192,17 +192,19 @@ bool IsDecoded(const PictureInfo &info) {
          info.components <= MAX_COMPS_IN_SCAN;
 }
 
-bool Recognises(Stream stream) {
+bool Recognises(Stream padded) {
+  const Stream stream = kscodec::jpeg::WithoutFill(padded);
   return stream.size() >= 3 && stream[0] == 0xFF && stream[1] == kscodec::jpeg::kSoi && stream[2] == 0xFF;
 }
 
 int32_t Inform(Stream stream, PictureInfo *info) {
   kscodec::jpeg::Header header;
-  const int32_t status = ReadHeader(stream, &header);
+  const int32_t status = ReadHeader(kscodec::jpeg::WithoutFill(stream), &header);
   return status == SUCCESS ? Describe(header.frame, info) : status;
 }
 
-int32_t Load(Stream stream, const KsLoadOptions &options, KsBitmap *target) {
+int32_t Load(Stream padded, const KsLoadOptions &options, KsBitmap *target) {
+  const Stream stream = kscodec::jpeg::WithoutFill(padded);
   kscodec::jpeg::Header header;
   PictureInfo info;
   int32_t status = ReadHeader(stream, &header);

@@ -147,6 +147,11 @@ Component Frame::ComponentAt(size_t index) const {
   return {bytes[0], static_cast<uint8_t>(bytes[1] >> 4), static_cast<uint8_t>(bytes[1] & 15)};
 }
 
+Stream WithoutFill(Stream stream) {
+  while (stream.size() >= 2 && stream[0] == kMarkerPrefix && stream[1] == kMarkerPrefix) stream = stream.subspan(1);
+  return stream;
+}
+
 int32_t ReadHeader(Stream stream, Header *header) {
   *header = {};
   if (stream.size() < 2 || stream[0] != kMarkerPrefix || stream[1] != kSoi) return ERROR_FILE_FORMAT;

@@ -85,6 +85,10 @@ struct Header {
   Stream entropy;                  /**< what follows it */
 };
 
+/** The stream without the bytes FF that may fill the space in front of its start of image, as in front of any marker.
+ */
+Stream WithoutFill(Stream stream);
+
 /**
  * Walks from the start of image to the first scan. ERROR_FILE_FORMAT where that isn't reached, and for a picture
  * without pixels or components.

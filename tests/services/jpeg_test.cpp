@@ -292,6 +292,13 @@ TEST_F(JpegTest, StreamsWithoutHuffmanTablesMeanTheStandardOnes) {
   ExpectSamePicture(color, WithoutSegments(color, 0xC4, 4));
 }
 
+TEST_F(JpegTest, FillBytesMayStandInFrontOfTheStream) {
+  const Bytes stream = Encode({.components = 1});
+  Bytes padded(7, 0xFF);
+  padded.insert(padded.end(), stream.begin(), stream.end());
+  ExpectSamePicture(stream, padded);
+}
+
 TEST_F(JpegTest, StreamsWithoutQuantisationAreDamaged) {
   KsLocalBitmap bitmap;
   EXPECT_EQ(Load(WithoutSegments(Encode({.components = 1}), 0xDB, 1), bitmap), ERROR_FILE_FORMAT);
