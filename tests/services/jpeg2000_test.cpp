@@ -125,7 +125,8 @@ Bytes Encode(const Recipe &recipe, const Samples &samples) {
   opj_set_default_encoder_parameters(&parameters);
   parameters.tcp_numlayers = 1;
   parameters.cp_disto_alloc = 1;
-  parameters.numresolution = 3;
+  // The encoder wants a pixel at the lowest resolution.
+  parameters.numresolution = std::min(recipe.width, recipe.height) < 4 ? 1 : 3;
   parameters.tcp_mct = recipe.mixes ? 1 : 0;
   parameters.tile_size_on = recipe.tile != 0 ? OPJ_TRUE : OPJ_FALSE;
   parameters.cp_tdx = static_cast<int>(recipe.tile);
@@ -312,6 +313,8 @@ INSTANTIATE_TEST_SUITE_P(
         PictureCase{{.name = "subsampled", .components = {{8}, {8, false, 2, 2}, {8, false, 3, 1}}}, {}, 24, {0, 1, 2}},
         PictureCase{{.name = "subsampled with an offset",
                      .components = {{8, false, 1, 2}, {8, true, 2, 2}, {8, false, 4, 3}},
+                     .width = 36,
+                     .height = 30,
                      .left = 5,
                      .top = 7,
                      .tile = 16},
