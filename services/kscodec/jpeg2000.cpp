@@ -245,7 +245,9 @@ std::int32_t CheckComponent(const opj_image_comp_t &component) {
 }
 
 std::int32_t CreateBitmap(const Jpeg2000Header &header, std::uint32_t bits, KsBitmap *target) {
-  const std::uint32_t order = bits == kscore::Bgr24::bits ? KS_ORDER_BGR : KS_ORDER_GRAY;
+  std::uint32_t order = KS_ORDER_BGR;
+  if (bits == kscore::Index8::bits) order = KS_ORDER_PALETTE;
+  if (bits == kscore::Gray16::bits) order = KS_ORDER_GRAY;
   return KsBitmapCreate(target, sizeof(KsBitmap), KS_BITMAP_OWN, header.size.width, header.size.height, bits, order,
                         nullptr, 1, nullptr, 0);
 }
@@ -325,22 +327,32 @@ std::int32_t Write(const opj_image_t &image, const Channels &places, bool isGray
 }
 
 /** Whether the bitmap would be within its limit, before anything is decoded. */
-std::int32_t CheckBitmapSize(const Jpeg2000Header &header, std::uint64_t components) {
+std::int32_t CheckBitmapSize(const kscodec::PictureInfo &info) {
   std::uint32_t bits = kscore::Bgr24::bits;
-  if (components == 1) bits = header.size.bits > 8 ? kscore::Gray16::bits : kscore::Index8::bits;
+  if (info.components == 1) bits = info.bits > 8 ? kscore::Gray16::bits : kscore::Index8::bits;
   KsBitmap shape;
-  return KsBitmapCreate(&shape, sizeof shape, KS_BITMAP_CALLER, header.size.width, header.size.height, bits,
-                        KS_ORDER_BGR, nullptr, 1, nullptr, 0);
+  return KsBitmapCreate(&shape, sizeof shape, KS_BITMAP_CALLER, info.width, info.height, bits, KS_ORDER_BGR, nullptr, 1,
+                        nullptr, 0);
+}
+
+/** Components and bits are those of the palette where there is one. */
+void Tell(const Jpeg2000Header &header, kscodec::PictureInfo *info) {
+  info->format = header.isJp2 ? KS_FORMAT_JP2 : KS_FORMAT_J2K;
+  info->width = header.size.width;
+  info->height = header.size.height;
+  const kscodec::Jp2Colors &colors = header.colors;
+  info->components = colors.paletteColumns != 0 ? colors.paletteColumns : header.size.components;
+  info->bits = colors.paletteColumns != 0 ? colors.paletteBits : header.size.bits;
 }
 
 std::int32_t Decode(Stream stream, const KsLoadOptions &options, KsBitmap *target) {
   const std::optional<Jpeg2000Header> header = kscodec::ReadJpeg2000Header(stream);
   if (!header) return ERROR_FILE_FORMAT;
-  const bool hasPalette = header->colors.paletteColumns != 0;
-  const std::uint32_t expected = hasPalette ? header->colors.paletteColumns : header->size.components;
+  kscodec::PictureInfo info;
+  Tell(*header, &info);
   const kscodec::Jpeg2000Coding coding = kscodec::ReadJpeg2000Coding(*header);
-  const Selection selection = Select(*header, coding, ChooseChannels(options, expected));
-  std::int32_t status = CheckBitmapSize(*header, expected);
+  const Selection selection = Select(*header, coding, ChooseChannels(options, info.components));
+  std::int32_t status = CheckBitmapSize(info);
   if (status == SUCCESS) status = CheckDecodedSize(*header, selection.decoded);
   if (status == SUCCESS && !kscodec::IsPlausible(*header, coding)) status = ERROR_FILE_FORMAT;
   if (status != SUCCESS) return status;
@@ -373,11 +385,7 @@ bool Recognises(Stream stream) {
 std::int32_t Inform(Stream stream, kscodec::PictureInfo *info) {
   const std::optional<Jpeg2000Header> header = kscodec::ReadJpeg2000Header(stream);
   if (!header) return ERROR_FILE_FORMAT;
-  info->format = header->isJp2 ? KS_FORMAT_JP2 : KS_FORMAT_J2K;
-  info->width = header->size.width;
-  info->height = header->size.height;
-  info->components = header->size.components;
-  info->bits = header->size.bits;
+  Tell(*header, info);
   return SUCCESS;
 }
 

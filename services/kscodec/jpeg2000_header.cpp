@@ -66,7 +66,11 @@ Jp2Colors ReadColors(Stream boxes) {
   constexpr std::uint32_t kSycc = 18;
   Jp2Colors colors;
   const std::optional<Stream> palette = FindBox(boxes, BoxType("pclr"));
-  if (palette && palette->size() >= 3) colors.paletteColumns = (*palette)[2];
+  // The number of entries, the number of columns, the depth of each column.
+  if (palette && palette->size() >= 4) {
+    colors.paletteColumns = (*palette)[2];
+    colors.paletteBits = ((*palette)[3] & 0x7Fu) + 1;
+  }
   colors.hasChannelDefinition = FindBox(boxes, BoxType("cdef")).has_value();
   // Method, precedence, approximation, and the number of the colour space.
   const std::optional<Stream> space = FindBox(boxes, BoxType("colr"));

@@ -22,6 +22,7 @@ struct Jpeg2000Size {
 /** What the boxes of a JP2 file say of its colours (ISO/IEC 15444-1, I.5.3). */
 struct Jp2Colors {
   std::uint32_t paletteColumns = 0; /**< 0 without a palette */
+  std::uint32_t paletteBits = 0;    /**< of the first column */
   bool hasChannelDefinition = false;
   bool isSycc = false;
 };

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <memory>
 #include <ostream>
 
@@ -254,7 +255,8 @@ TEST_P(PictureTest, ComesAsItWasEncoded) {
   ASSERT_EQ(bitmap->width, recipe.width);
   ASSERT_EQ(bitmap->height, recipe.height);
   ASSERT_EQ(bitmap->bitsPerPixel, picture.bits);
-  EXPECT_EQ(bitmap->order, uint32_t{picture.bits == 24 ? KS_ORDER_BGR : KS_ORDER_GRAY});
+  const std::map<uint32_t, uint32_t> orders = {{8, KS_ORDER_PALETTE}, {16, KS_ORDER_GRAY}, {24, KS_ORDER_BGR}};
+  EXPECT_EQ(bitmap->order, orders.at(picture.bits));
   const uint32_t ownFull = (1u << recipe.components[0].bits) - 1;
   const Bytes storage = StorageOf(*bitmap.Get());
   for (uint32_t y = 0; y < recipe.height; ++y) {
@@ -367,7 +369,7 @@ TEST_F(Jpeg2000Test, LuminanceAndColorDifferencesBecomeRgbUnlessBandsAreWanted) 
 
 /** A JP2 file of the four indices 0 to 3, and a palette of three columns. */
 Bytes PaletteFile() {
-  const Recipe recipe = {.name = "", .components = Equal(1), .width = 4, .height = 1, .isJp2 = true};
+  const Recipe recipe = {.name = "", .components = Equal(1, {2}), .width = 4, .height = 1, .isJp2 = true};
   const Bytes palette = {0, 4, 3, 7, 7, 7, 10, 20, 30, 40, 50, 60, 70, 80, 90, 100, 110, 120};
   const Bytes mapping = {0, 0, 1, 0, 0, 0, 1, 1, 0, 0, 1, 2};
   Bytes boxes = Box("pclr", palette);
@@ -375,7 +377,11 @@ Bytes PaletteFile() {
   return WithHeaderBoxes(Encode(recipe, {{0, 3, 2, 1}}), boxes);
 }
 
-TEST_F(Jpeg2000Test, PaletteIsAppliedBeforeBandsAreCounted) {
+TEST_F(Jpeg2000Test, PaletteIsAppliedBeforeComponentsAreCounted) {
+  kscodec::PictureInfo info;
+  ASSERT_EQ(jpeg2000Codec.inform(PaletteFile(), &info), SUCCESS);
+  EXPECT_EQ(info.components, 3u);
+  EXPECT_EQ(info.bits, 8u);
   KsLocalBitmap bitmap;
   ASSERT_EQ(Load(PaletteFile(), bitmap), SUCCESS);
   EXPECT_EQ(bitmap->bitsPerPixel, 24u);
