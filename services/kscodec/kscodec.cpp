@@ -1,4 +1,5 @@
 #include "kscodec/codec.h"
+#include "kscodec/jpeg2000.h"
 #include "kscodec/redirect.h"
 #include "kscodec/t4.h"
 #include "kscore/bitmap.h"
@@ -17,6 +18,9 @@ thread_local kscodec::Redirect redirect = {nullptr, nullptr};
 constexpr const Codec *kCodecs[] = {
 #ifdef KSNTFX_CODEC_JPEG
     &kscodec::kJpegCodec,
+#endif
+#ifdef KSNTFX_CODEC_JPEG2000
+    &kscodec::jpeg2000Codec,
 #endif
     nullptr,  // stands in a build without codecs, too
 };

@@ -126,7 +126,8 @@ TEST_P(References, AgreeWithTheCompositionAtTheImagesPlace) {
 
 INSTANTIATE_TEST_SUITE_P(Corpus, References,
                          testing::Values("i_3001a.ntf", "i_3034c.ntf", "LUinBand2.ntf", "i_3301a.ntf", "i_3301h.ntf",
-                                         "v_3301f.ntf", "i_3405a.ntf", "blank_irepbands.ntf"),
+                                         "v_3301f.ntf", "i_3405a.ntf", "blank_irepbands.ntf", "i_3025b.ntf",
+                                         "i_3309a.ntf", "i_3041a.ntf"),
                          [](const auto &tested) { return TestName(tested.param); });
 
 }  // namespace

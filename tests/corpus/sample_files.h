@@ -54,9 +54,9 @@ constexpr SampleFile kSampleFiles[] = {
     // Bi-level.
     {"i_3041a.ntf", SUCCESS, SUCCESS, 512, 512},
     // JPEG 2000.
-    {"file9_j2c.ntf", SUCCESS, kNoDecoder, 768, 512},
-    {"p0_10b.ntf", SUCCESS, kNoDecoder, 64, 64},
-    {"001_006_64x64_s_8_1_mono_j2c.ntf", SUCCESS, kNoDecoder, 64, 64},
+    {"file9_j2c.ntf", SUCCESS, SUCCESS, 768, 512},
+    {"p0_10b.ntf", SUCCESS, SUCCESS, 64, 64},
+    {"001_006_64x64_s_8_1_mono_j2c.ntf", SUCCESS, SUCCESS, 64, 64},
     // A drawing has to be read before the canvas is known.
     {"i_3052a.ntf", kNoDecoder, kNoDecoder, 0, 0},
     {"i_3063f.ntf", kNoDecoder, kNoDecoder, 0, 0},
