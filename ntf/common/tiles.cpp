@@ -61,11 +61,15 @@ std::int32_t DecodeSingleStream(const LoadFunctions &functions, const ImageSourc
   const std::uint32_t offset = source.image->maskDataOffset;
   if (offset > source.dataLength) return ERROR_FILE_FORMAT;
   Tile stream;
-  const std::int32_t status = stream.Read(source, offset, source.dataLength - offset);
+  std::int32_t status = stream.Read(source, offset, source.dataLength - offset);
   if (status != SUCCESS) return status;
   const KsLoadOptions options = OptionsFor(*source.image);
   if ((target->flags & KS_BITMAP_ALLOCATED) != 0) KsBitmapFree(target);
-  return functions.load(stream.bytes.Get(), target, sizeof *target, 0, KS_ORDER_CODEC, stream.size, &options, nullptr);
+  status =
+      functions.load(stream.bytes.Get(), target, sizeof *target, 0, KS_ORDER_CODEC, stream.size, &options, nullptr);
+  // The codec's grays are the indices of an image with a lookup table.
+  if (status == SUCCESS) SetImagePalette(target, *source.image);
+  return status;
 }
 
 /** What the two walks over the blocks of an image have in common. */

@@ -23,7 +23,8 @@ struct PictureInfo {
 constexpr std::uint32_t DepthOfBitmap(const PictureInfo &info) {
   if (info.components != 1) return 24;
   if (info.bits <= 8) return 8;
-  return info.bits <= 12 ? 12 : 16;
+  const bool isJpeg2000 = info.format == KS_FORMAT_JP2 || info.format == KS_FORMAT_J2K;
+  return info.bits <= 12 && !isJpeg2000 ? 12 : 16;
 }
 
 /** One codec. The operations take streams that may be damaged in any way. */

@@ -13,6 +13,6 @@ namespace kscodec {
  * bits, each component scaled to 8: the three bands asked for with KS_LOAD_BANDS, else the first three, and of two
  * components the first as a gray. The palette of a JP2 file is applied before components are counted.
  */
-extern const Codec jpeg2000Codec;
+extern const Codec kJpeg2000Codec;
 
 }  // namespace kscodec

@@ -229,8 +229,8 @@ Jpeg2000Coding ReadJpeg2000Coding(const Jpeg2000Header &header) {
 }
 
 bool IsPlausible(const Jpeg2000Header &header, const Jpeg2000Coding &coding) {
-  constexpr double kSamplesOfAByte = 65536;
-  constexpr double kSamplesOfNone = 16 << 20;
+  constexpr double kSamplesOfAByte = 4096;
+  constexpr double kSamplesOfNone = 64 << 20;
   constexpr double kTilePartHeader = 14;
   constexpr double kPacketsOfAByte = 64;
   constexpr double kPacketsOfNone = 65536;

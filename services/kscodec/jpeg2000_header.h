@@ -50,7 +50,7 @@ Jpeg2000Coding ReadJpeg2000Coding(const Jpeg2000Header &header);
 
 /**
  * Whether a stream is long enough for what it claims, so that a few bytes can't ask for much memory and time:
- *   - no more than 65536 samples for each byte, and 16 Mi for none, far beyond what pictures are compressed to;
+ *   - no more than 4096 samples for each byte, and 64 Mi for none, far beyond what pictures are compressed to;
  *   - the tiles each have their header, of 14 bytes, and a byte for each component;
  *   - no more than 64 packets for each byte, and 65536 for none, where sound streams have one byte for each at least.
  */

@@ -20,7 +20,7 @@ constexpr const Codec *kCodecs[] = {
     &kscodec::kJpegCodec,
 #endif
 #ifdef KSNTFX_CODEC_JPEG2000
-    &kscodec::jpeg2000Codec,
+    &kscodec::kJpeg2000Codec,
 #endif
     nullptr,  // stands in a build without codecs, too
 };

@@ -31,7 +31,9 @@ Color GrayOf(std::uint32_t level) {
 /** A pixel of a decoded image, read by the rules of the bitmap's depth. */
 Color PixelOf(const KsBitmap &bitmap, std::uint32_t y, std::uint32_t x) {
   const std::uint8_t *row = bitmap.pixels + std::size_t{y} * bitmap.bytesPerLine;
-  const auto indexed = [&](std::uint32_t index) { return ColorOf(bitmap.palette[index]); };
+  const auto indexed = [&](std::uint32_t index) {
+    return bitmap.palette == nullptr ? GrayOf(index) : ColorOf(bitmap.palette[index]);
+  };
   switch (bitmap.bitsPerPixel) {
     case 1:
       return indexed(row[x / 8] >> (7 - x % 8) & 1);

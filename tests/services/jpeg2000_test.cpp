@@ -15,7 +15,7 @@
 
 namespace {
 
-using kscodec::jpeg2000Codec;
+using kscodec::kJpeg2000Codec;
 
 // ---- making streams
 // --------------------------------------------------------------------------------------------------
@@ -198,7 +198,7 @@ int32_t Load(const Bytes &stream, KsLocalBitmap &bitmap, const KsLoadOptions &op
   // A copy of exactly its size, so that a read beyond the end is found.
   const std::unique_ptr<uint8_t[]> exact(new uint8_t[stream.size()]);
   std::copy(stream.begin(), stream.end(), exact.get());
-  return jpeg2000Codec.load({exact.get(), stream.size()}, options, bitmap.Get());
+  return kJpeg2000Codec.load({exact.get(), stream.size()}, options, bitmap.Get());
 }
 
 /** Red, green and blue of a 24-bit pixel. */
@@ -242,8 +242,8 @@ TEST_P(PictureTest, ComesAsItWasEncoded) {
   const Bytes stream = Encode(recipe, samples);
 
   kscodec::PictureInfo info;
-  ASSERT_TRUE(jpeg2000Codec.recognises(stream));
-  ASSERT_EQ(jpeg2000Codec.inform(stream, &info), SUCCESS);
+  ASSERT_TRUE(kJpeg2000Codec.recognises(stream));
+  ASSERT_EQ(kJpeg2000Codec.inform(stream, &info), SUCCESS);
   EXPECT_EQ(info.format, uint32_t{recipe.isJp2 ? KS_FORMAT_JP2 : KS_FORMAT_J2K});
   EXPECT_EQ(info.width, recipe.width);
   EXPECT_EQ(info.height, recipe.height);
@@ -379,7 +379,7 @@ Bytes PaletteFile() {
 
 TEST_F(Jpeg2000Test, PaletteIsAppliedBeforeComponentsAreCounted) {
   kscodec::PictureInfo info;
-  ASSERT_EQ(jpeg2000Codec.inform(PaletteFile(), &info), SUCCESS);
+  ASSERT_EQ(kJpeg2000Codec.inform(PaletteFile(), &info), SUCCESS);
   EXPECT_EQ(info.components, 3u);
   EXPECT_EQ(info.bits, 8u);
   KsLocalBitmap bitmap;
@@ -414,7 +414,7 @@ TEST_P(BoxTest, FindsTheCodeStream) {
   Bytes file = Encode({.name = "", .components = Equal(1), .isJp2 = true});
   GetParam().change(file, BoxAt(file, "jp2c"));
   kscodec::PictureInfo info;
-  EXPECT_EQ(jpeg2000Codec.inform(file, &info), GetParam().status);
+  EXPECT_EQ(kJpeg2000Codec.inform(file, &info), GetParam().status);
   KsLocalBitmap bitmap;
   EXPECT_EQ(Load(file, bitmap), GetParam().status);
   EXPECT_EQ(bitmap->width, GetParam().status == SUCCESS ? 37u : 0u);
@@ -465,8 +465,8 @@ TEST_P(SizeTest, IsRefused) {
   Bytes stream = Encode({.name = "", .components = Equal(1)});
   PutBig(stream, GetParam().at, GetParam().value, GetParam().bytes);
   kscodec::PictureInfo info;
-  EXPECT_TRUE(jpeg2000Codec.recognises(stream));
-  EXPECT_EQ(jpeg2000Codec.inform(stream, &info), ERROR_FILE_FORMAT);
+  EXPECT_TRUE(kJpeg2000Codec.recognises(stream));
+  EXPECT_EQ(kJpeg2000Codec.inform(stream, &info), ERROR_FILE_FORMAT);
   KsLocalBitmap bitmap;
   EXPECT_EQ(Load(stream, bitmap), ERROR_FILE_FORMAT);
 }
