@@ -1,8 +1,9 @@
-// Composing large uncompressed pictures, as a ratio to what can't be beaten: reading the same bytes in pieces of 1 MiB
-// and copying as many bytes as the canvas has.
+// Composing large pictures, uncompressed and vector-quantised, as a ratio to what can't be beaten: reading the same
+// bytes in pieces of 1 MiB and copying as many bytes as the canvas has.
 #include "internal/ksclasses_.h"
 #include "ksntfx.h"
 #include "nitf_builder.h"
+#include "vq_builder.h"
 
 #include <chrono>
 #include <cstdio>
@@ -33,6 +34,7 @@ struct Scene {
   std::uint32_t block;
   std::uint32_t canvasBits;
   double aim; /**< times the floor */
+  bool quantised = false;
 };
 
 constexpr Scene kScenes[] = {
@@ -43,6 +45,8 @@ constexpr Scene kScenes[] = {
     {"4096 x 4096 RGB, mode S, blocks of 1024", 4096, 3, 8, 'S', 1024, 24, 2},
     {"4096 x 4096 RGB, mode P, blocks of 1024", 4096, 3, 8, 'P', 1024, 24, 3},
     {"4096 x 4096 mono 16 bits, one block", 4096, 1, 16, 'B', 0, 24, 2},
+    {"6144 x 6144 vector-quantised, frames of 1536, 24 bits", 6144, 1, 8, 'B', 1536, 24, 3, true},
+    {"6144 x 6144 vector-quantised, frames of 1536, 8 bits", 6144, 1, 8, 'B', 1536, 8, 3, true},
 };
 
 std::string ScenePath(const Scene &scene) {
@@ -50,17 +54,41 @@ std::string ScenePath(const Scene &scene) {
       .string();
 }
 
+std::uint8_t NoiseByte(std::uint32_t &state) {
+  state = state * 1664525 + 1013904223;
+  return static_cast<std::uint8_t>(state >> 24);
+}
+
+Bytes Samples(const Scene &scene) {
+  Bytes samples(std::size_t{scene.side} * scene.side * scene.bands * (scene.bits / 8));
+  std::uint32_t state = 1;
+  for (std::uint8_t &byte : samples) byte = NoiseByte(state);
+  return samples;
+}
+
+/** Kernels of 4 x 4 and codes of 12 bits, as in raster maps. */
+Bytes Codes(const Scene &scene) {
+  VqSpec data{.codeRows = scene.block / 4, .codesPerRow = scene.block / 4};
+  std::uint32_t state = 1;
+  data.kernels.assign(4096, Bytes(16));
+  for (Bytes &kernel : data.kernels) {
+    for (std::uint8_t &value : kernel) value = NoiseByte(state);
+  }
+  data.codes.resize(std::size_t{scene.side / 4} * (scene.side / 4));
+  for (std::uint32_t &code : data.codes) code = std::uint32_t{NoiseByte(state)} << 4 | NoiseByte(state) >> 4;
+  return EncodeVq(data);
+}
+
 void WriteScene(const Scene &scene) {
   ImageSpec image{.rows = scene.side, .columns = scene.side, .mode = scene.mode, .bits = scene.bits};
+  image.compression = scene.quantised ? "C4" : "NC";
   image.blockWidth = image.blockHeight = scene.block;
   image.fields = scene.block == 0 ? FieldTexts{{"NPPBH", "0000"}, {"NPPBV", "0000"}} : FieldTexts{};
   if (scene.bands == 3) {
     image.representation = "RGB";
     image.bands = {{"R", 0, {}}, {"G", 0, {}}, {"B", 0, {}}};
   }
-  image.data.resize(std::size_t{scene.side} * scene.side * scene.bands * (scene.bits / 8));
-  std::uint32_t state = 1;
-  for (std::uint8_t &byte : image.data) byte = static_cast<std::uint8_t>((state = state * 1664525 + 1013904223) >> 24);
+  image.data = scene.quantised ? Codes(scene) : Samples(scene);
   NitfBuilder().Image(image).Write(ScenePath(scene));
 }
 

@@ -365,18 +365,83 @@ KS_API int32_t KsBandsMerge(KsBitmap *target, KsBitmap *const *bands, uint32_t b
 
 /* ---- codecs ------------------------------------------------------------------------------------------------------ */
 
+/** The framework's numbers for what a stream is. docs/formats.md has them as a table. */
+enum KsFormat {
+  KS_FORMAT_JP2 = 5,               /**< JPEG 2000 in a JP2 file */
+  KS_FORMAT_JPEG = 10,             /**< JPEG, 8 bits, sequential, one or three components of one size; saved as YCbCr */
+  KS_FORMAT_JPEG_12 = 11,          /**< JPEG, 12 bits, extended sequential */
+  KS_FORMAT_JPEG_422 = 21,         /**< as 10, chroma halved across */
+  KS_FORMAT_JPEG_420 = 22,         /**< as 10, components of other sizes in any other way */
+  KS_FORMAT_JPEG_PROGRESSIVE = 23, /**< JPEG, 8 bits, progressive, of any number and size of components */
+  KS_FORMAT_JPEG_LOSSLESS = 24,    /**< JPEG, process 14 */
+  KS_FORMAT_JPEG_MANY = 26,        /**< JPEG, 8 bits, sequential, of two components, or of more than three */
+  KS_FORMAT_CGM = 62,
+  KS_FORMAT_T4_1D = 66,    /**< bi-level, T.4 one-dimensional, without a header of its own */
+  KS_FORMAT_T4_2D = 67,    /**< bi-level, T.4 two-dimensional, likewise */
+  KS_FORMAT_J2K = 165,     /**< JPEG 2000, the bare code stream */
+  KS_FORMAT_JPEG_RGB = 182 /**< for saving: JPEG, 8 bits, with RGB components */
+};
+
+/** Flags of KsLoadOptions::loadFlags that codecs look at. */
+enum KsLoadFlags {
+  /** Three components are a colour picture, to be given as blue, green, red; that is what JPEG gives without, too. */
+  KS_LOAD_COLOR = 0x4000,
+  /**
+   * The bands of KsLoadOptions::bands are wanted as red, green and blue, unconverted. A number beyond the last band
+   * means the last.
+   */
+  KS_LOAD_BANDS = 0x8000
+};
+
+#pragma pack(push, 1)
+
 /** What a redirect callback fills for a stream that has no header of its own. */
-typedef struct KsRawFormatInfo KsRawFormatInfo;
+typedef struct KsRawFormatInfo {
+  uint8_t reserved0[4];
+  uint32_t format; /* 4: KS_FORMAT_T4_1D or KS_FORMAT_T4_2D */
+  uint32_t width;  /* 8: pixels */
+  uint32_t height; /* 12: rows */
+  uint32_t bits;   /* 16: 1 */
+  uint8_t reserved20[8];
+  uint64_t offset; /* 28: where the stream begins in the buffer, 0 */
+  uint32_t pages;  /* 36: 1 */
+  uint8_t reserved40[24];
+} KsRawFormatInfo;
+
+#pragma pack(pop)
+
+/** Answers for a stream without a header: fills `info`, which comes cleared, and gives SUCCESS. */
 typedef int32_t (*KsRedirectCallback)(KsRawFormatInfo *info, void *userData);
 
+/** Clears load options; -13 where `bytes` is not sizeof(KsLoadOptions), 84. */
+KS_API int32_t KsLoadOptionsInit(KsLoadOptions *options, uint32_t bytes);
+
 /**
- * Decodes `size` bytes at `buffer` into `bitmap`. `bits` 0 and `order` KS_ORDER_CODEC leave both to the codec.
- * ERROR_NOT_SUPPORTED where no codec knows the stream.
+ * Tells what the `size` bytes at `buffer` are without decoding them: fills formatId, width, height, bitsPerPixel (those
+ * of all components), imageBytes and, with 1, pageCount and pageNumber of `info`, whose size `infoBytes` is 2316, and
+ * leaves the other members alone. A stream that is told may still be of a kind that KsLoadMemory has no decoder for.
+ * ERROR_NOT_SUPPORTED where no codec knows the stream, ERROR_FILE_FORMAT for a damaged header. The last two arguments
+ * are 0.
+ */
+KS_API int32_t KsFileInfoMemory(const void *buffer, KsFileInfo *info, uint32_t infoBytes, uint64_t size, uint32_t,
+                                uint32_t);
+
+/**
+ * Decodes `size` bytes at `buffer` into `bitmap`, which is released first and empty after a failure other than -13;
+ * while a redirect is set it goes to the decoder of the raw stream as it is. `bits` 0 and `order` KS_ORDER_CODEC leave
+ * the form to the codec, and others are for raw streams only (-16): one component becomes a gray bitmap without a
+ * palette, of 8, 12 or 16 bits, more become 24 bits. Without KS_LOAD_BANDS these are the colours of three components,
+ * the first three of more, and the first of two as a gray. A stream that breaks off behind its headers gives what it
+ * has. `options` may be null; `reserved` is null. ERROR_NOT_SUPPORTED where no codec knows the stream,
+ * ERROR_FILE_FORMAT for a damaged one, ERROR_NO_MEMORY for a picture above the bitmap limit, before it is decoded.
  */
 KS_API int32_t KsLoadMemory(const void *buffer, KsBitmap *bitmap, uint32_t bitmapSize, int32_t bits, int32_t order,
                             uint64_t size, const KsLoadOptions *options, void *reserved);
 
-/** Sets who answers for the next load of a stream without a header; the callback before, or null. One per thread. */
+/**
+ * Sets who answers for the streams of all further loads, which are then taken as raw, until the call is made with null.
+ * Gives the callback before, or null. One per thread.
+ */
 KS_API KsRedirectCallback KsSetRedirect(KsRedirectCallback callback, void *userData);
 
 /* ---- platform and start ------------------------------------------------------------------------------------------ */

@@ -3,6 +3,8 @@
 #include "imgmodes.h"
 #include "internal/ksclasses_.h"
 #include "strips.h"
+#include "tiles.h"
+#include "vq.h"
 
 #include <algorithm>
 
@@ -63,10 +65,79 @@ bool IsUncompressed(const ImageSubheader &image) {
   return image.compression == kNC || image.compression == kNM;
 }
 
+bool IsVectorQuantised(const ImageSubheader &image) {
+  return image.compression == kC4 || image.compression == kM4;
+}
+
 ImageSource OpenSource(const NitfFile *file, ImageSubheader *image, std::uint32_t index) {
   const std::int64_t end = KsSeek(file->fileHandle, 0, KS_SEEK_END);
   return {file, image, DataLength(file, SegmentKind::Image, index), SeekSegmentData(file, SegmentKind::Image, index),
           static_cast<std::uint64_t>(std::max<std::int64_t>(end, 0))};
+}
+
+std::int32_t DecodeUncompressed(const ImageSource &source, KsBitmap *target) {
+  std::unique_ptr<BlockReader> reader;
+  const std::int32_t status = MakeBlockReader(source, &reader);
+  return status == SUCCESS ? ReadWhole(*reader, target) : status;
+}
+
+/** The codec gives 1 for white, where the format counts black as 1: the two colours of the image's table change places.
+ */
+void CrossPalette(const ImageSubheader &image, KsBitmap *target) {
+  constexpr std::uint32_t kColors = 2;
+  if (image.lut == nullptr || image.lutCount < kColors) return;
+  KsPaletteEntry entries[kColors] = {};
+  KsBitmapGetPalette(target, 0, kColors, entries);
+  for (std::uint32_t color = 0; color < kColors; ++color) {
+    const std::uint32_t entry = image.lut[color];
+    KsPaletteEntry &other = entries[kColors - 1 - color];
+    other.blue = static_cast<std::uint8_t>(entry);
+    other.green = static_cast<std::uint8_t>(entry >> 8);
+    other.red = static_cast<std::uint8_t>(entry >> 16);
+  }
+  KsBitmapSetPalette(target, 0, kColors, entries);
+}
+
+/** The pad value stays on its colour: it becomes its logical inverse, once for each decoding. */
+void InvertPadCode(ImageSubheader &image) {
+  if (image.padCode == nullptr) return;
+  const bool wasZero = image.padCode[0] == 0;
+  KsFreeAndClear(image.padCode);
+  KsArray<std::uint8_t> inverse;
+  if (!inverse.Allocate(2)) return;
+  inverse[0] = wasZero ? 1 : 0;
+  image.padCode = inverse.Release();
+}
+
+std::int32_t DecodeBilevel(FilterLoadRecord *loadContext, const ImageSource &source, KsBitmap *target) {
+  const std::int32_t status = DecodeBilevelStream(loadContext, source, target);
+  if (status != SUCCESS) return status;
+  CrossPalette(*source.image, target);
+  InvertPadCode(*source.image);
+  return SUCCESS;
+}
+
+std::int32_t Decode(FilterLoadRecord *loadContext, const ImageSource &source, KsBitmap *target) {
+  switch (source.image->compression) {
+    case kNC:
+    case kNM:
+      return DecodeUncompressed(source, target);
+    case kC1:
+    case kM1:
+      return DecodeBilevel(loadContext, source, target);
+    case kC3:
+    case kC5:
+    case kC6:
+    case kC8:
+    case kI1:
+    case kM3:
+    case kM5:
+    case kM6:
+    case kM8:
+      return DecodeCodecImage(loadContext, source, target);
+    default:
+      return ERROR_NOT_SUPPORTED;
+  }
 }
 
 }  // namespace
@@ -89,8 +160,7 @@ std::uint32_t TargetDepth(const ImageSubheader &image) {
   return image.representation == kMono && (depth == 32 || depth == 64) ? 8 : depth;
 }
 
-std::int32_t CreateTarget(KsBitmap *target, const ImageSubheader &image, std::uint64_t rows) {
-  const std::uint64_t width = PaddedWidth(image);
+std::int32_t CreateTarget(KsBitmap *target, const ImageSubheader &image, std::uint64_t width, std::uint64_t rows) {
   if (width > UINT32_MAX || rows > UINT32_MAX) return ERROR_NO_MEMORY;
   const std::uint32_t depth = TargetDepth(image);
   const std::int32_t status =
@@ -100,6 +170,15 @@ std::int32_t CreateTarget(KsBitmap *target, const ImageSubheader &image, std::ui
   target->order = TargetOrder(image, depth);
   SetImagePalette(target, image);
   return SUCCESS;
+}
+
+std::int32_t CheckTargetSize(const ImageSubheader &image) {
+  KsLocalBitmap whole;
+  const std::uint64_t width = PaddedWidth(image);
+  const std::uint64_t height = PaddedHeight(image);
+  if (width > UINT32_MAX || height > UINT32_MAX) return ERROR_NO_MEMORY;
+  return KsBitmapCreate(whole.Get(), sizeof(KsBitmap), KS_BITMAP_CALLER, static_cast<std::uint32_t>(width),
+                        static_cast<std::uint32_t>(height), TargetDepth(image), KS_ORDER_BGR, nullptr, 1, nullptr, 0);
 }
 
 void SetImagePalette(KsBitmap *bitmap, const ImageSubheader &image) {
@@ -129,18 +208,14 @@ bool ImageSource::Holds(std::int64_t end) const {
          static_cast<std::uint64_t>(dataStart) + static_cast<std::uint64_t>(end) <= fileSize;
 }
 
-std::int32_t DecodeImageSegment(FilterLoadRecord *, const NitfFile *file, std::uint32_t index, KsBitmap *target) {
+std::int32_t DecodeImageSegment(FilterLoadRecord *loadContext, const NitfFile *file, std::uint32_t index,
+                                KsBitmap *target) {
   ImageSubheader *image = FindImage(file, index);
   if (image == nullptr) return ERROR_INVALID_VALUE;
-  std::int32_t status = CreateTarget(target, *image, PaddedHeight(*image));
+  if (IsVectorQuantised(*image)) return DecodeVqImage(OpenSource(file, image, index), target);
+  std::int32_t status = CreateTarget(target, *image, PaddedWidth(*image), PaddedHeight(*image));
   if (status != SUCCESS) return status;
-  status = ERROR_NOT_SUPPORTED;
-  if (IsUncompressed(*image)) {
-    const ImageSource source = OpenSource(file, image, index);
-    std::unique_ptr<BlockReader> reader;
-    status = MakeBlockReader(source, &reader);
-    if (status == SUCCESS) status = ReadWhole(*reader, target);
-  }
+  status = Decode(loadContext, OpenSource(file, image, index), target);
   if (status != SUCCESS && (target->flags & KS_BITMAP_ALLOCATED) != 0) KsBitmapFree(target);
   return status;
 }
@@ -154,6 +229,7 @@ std::int32_t DecodeImageInParts(FilterLoadRecord *loadContext, const NitfFile *f
     const std::int32_t status = MakeBlockReader(source, &reader);
     return status == SUCCESS ? ReadInStrips(*reader, *image, sink) : status;
   }
+  if (image != nullptr && IsVectorQuantised(*image)) return DecodeVqInParts(OpenSource(file, image, index), sink);
   KsLocalBitmap whole;
   const std::int32_t status = DecodeImageSegment(loadContext, file, index, whole.Get());
   return status == SUCCESS ? sink.Place(whole.Get(), 0, whole->height) : status;

@@ -53,8 +53,11 @@ struct ImageSource {
  */
 std::uint32_t TargetDepth(const ImageSubheader &image);
 
-/** Creates the bitmap for `rows` rows of an image, with its palette and colour order. */
-std::int32_t CreateTarget(KsBitmap *target, const ImageSubheader &image, std::uint64_t rows);
+/** Creates a bitmap for `width` columns and `rows` rows of an image, with its palette and colour order. */
+std::int32_t CreateTarget(KsBitmap *target, const ImageSubheader &image, std::uint64_t width, std::uint64_t rows);
+
+/** Whether the padded size of an image makes a bitmap: SUCCESS, or what its creation would fail with. */
+std::int32_t CheckTargetSize(const ImageSubheader &image);
 
 /** Gives a bitmap the image's lookup table as palette, or the gray ramp of its bit depth. */
 void SetImagePalette(KsBitmap *bitmap, const ImageSubheader &image);

@@ -52,7 +52,7 @@ class StripPass {
 
   std::int32_t PrepareStrip() {
     if ((strip->flags & KS_BITMAP_ALLOCATED) == 0) {
-      const std::int32_t status = CreateTarget(strip.Get(), image, rowsPerStrip);
+      const std::int32_t status = CreateTarget(strip.Get(), image, PaddedWidth(image), rowsPerStrip);
       return status == SUCCESS ? KsBitmapAccess(strip.Get(), 0) : status;
     }
     if (reader.HasGaps()) KsBitmapClear(strip.Get());
@@ -65,16 +65,6 @@ class StripPass {
   KsLocalBitmap strip{};
   std::uint32_t rowsPerStrip = 0;
 };
-
-/** An image that would make no bitmap by itself is refused in strips too. */
-std::int32_t CheckImageSize(const ImageSubheader &image) {
-  KsLocalBitmap whole;
-  const std::uint64_t width = PaddedWidth(image);
-  const std::uint64_t height = PaddedHeight(image);
-  if (width > UINT32_MAX || height > UINT32_MAX) return ERROR_NO_MEMORY;
-  return KsBitmapCreate(whole.Get(), sizeof(KsBitmap), KS_BITMAP_CALLER, static_cast<std::uint32_t>(width),
-                        static_cast<std::uint32_t>(height), TargetDepth(image), KS_ORDER_BGR, nullptr, 1, nullptr, 0);
-}
 
 }  // namespace
 
@@ -95,7 +85,8 @@ std::int32_t ReadWhole(BlockReader &reader, KsBitmap *target) {
 }
 
 std::int32_t ReadInStrips(BlockReader &reader, const ImageSubheader &image, ImagePartSink &sink) {
-  std::int32_t status = CheckImageSize(image);
+  // An image that would make no bitmap by itself is refused in strips too.
+  std::int32_t status = CheckTargetSize(image);
   if (status == SUCCESS) status = reader.Open();
   return status == SUCCESS ? StripPass(reader, image, sink).Run() : status;
 }

@@ -1,8 +1,77 @@
+#include "kscodec/codec.h"
+#include "kscodec/jpeg2000.h"
 #include "kscodec/redirect.h"
+#include "kscodec/t4.h"
+#include "kscore/bitmap.h"
+
+#include <limits>
 
 namespace {
 
+using kscodec::Codec;
+using kscodec::PictureInfo;
+using kscodec::Stream;
+
 thread_local kscodec::Redirect redirect = {nullptr, nullptr};
+
+/** The codecs of this build, for streams that tell by their first bytes what they are. */
+constexpr const Codec *kCodecs[] = {
+#ifdef KSNTFX_CODEC_JPEG
+    &kscodec::kJpegCodec,
+#endif
+#ifdef KSNTFX_CODEC_JPEG2000
+    &kscodec::kJpeg2000Codec,
+#endif
+    nullptr,  // stands in a build without codecs, too
+};
+
+const Codec *CodecOf(Stream stream) {
+  for (const Codec *codec : kCodecs) {
+    if (codec != nullptr && codec->recognises(stream)) return codec;
+  }
+  return nullptr;
+}
+
+/** Whether the picture may become a bitmap: SUCCESS, or ERROR_NO_MEMORY above the limit. Nothing is allocated. */
+int32_t CheckLimit(const PictureInfo &info) {
+  KsBitmap shape;
+  return KsBitmapCreate(&shape, sizeof shape, KS_BITMAP_CALLER, info.width, info.height, kscodec::DepthOfBitmap(info),
+                        KS_ORDER_BGR, nullptr, 1, nullptr, 0);
+}
+
+/** A stream that says what it is: its codec makes the bitmap. */
+int32_t LoadWithHeader(Stream stream, const KsLoadOptions &options, KsBitmap *bitmap) {
+  const Codec *codec = CodecOf(stream);
+  if (codec == nullptr) return ERROR_NOT_SUPPORTED;
+  PictureInfo info;
+  int32_t status = codec->inform(stream, &info);
+  if (status == SUCCESS) status = CheckLimit(info);
+  return status == SUCCESS ? codec->load(stream, options, bitmap) : status;
+}
+
+/** A stream without a header: the redirect's callback tells its form, and the pixels go into the bitmap as it stands.
+ */
+int32_t LoadRaw(Stream stream, const kscodec::Redirect &answer, KsBitmap *bitmap) {
+  KsRawFormatInfo info = {};
+  const int32_t status = answer.callback(&info, answer.userData);
+  return status == SUCCESS ? kscodec::LoadT4(stream, info, bitmap) : status;
+}
+
+/** Releases what the record holds; one that was never initialised holds nothing. */
+void MakeEmpty(KsBitmap *bitmap) {
+  if (kscore::IsBitmap(bitmap)) {
+    KsBitmapFree(bitmap);
+  } else {
+    KsBitmapInit(bitmap, sizeof(KsBitmap), 0, 0, 0);
+  }
+}
+
+/** Bytes of a picture with rows padded to four bytes, or the greatest number where it can't be told in 64 bits. */
+uint64_t PaddedBytes(uint64_t bitsPerPixel, uint32_t width, uint32_t height) {
+  const uint64_t row = (bitsPerPixel * width + 31) / 32 * 4;
+  constexpr uint64_t kMost = std::numeric_limits<uint64_t>::max();
+  return row > kMost / height ? kMost : row * height;
+}
 
 }  // namespace
 
@@ -20,9 +89,40 @@ KsRedirectCallback KsSetRedirect(KsRedirectCallback callback, void *userData) {
   return before;
 }
 
-int32_t KsLoadMemory(const void *buffer, KsBitmap *bitmap, uint32_t bitmapSize, int32_t, int32_t, uint64_t size,
-                     const KsLoadOptions *, void *) {
+int32_t KsLoadOptionsInit(KsLoadOptions *options, uint32_t bytes) {
+  if (options == nullptr || bytes != sizeof(KsLoadOptions)) return ERROR_INVALID_VALUE;
+  *options = {};
+  return SUCCESS;
+}
+
+int32_t KsFileInfoMemory(const void *buffer, KsFileInfo *info, uint32_t infoBytes, uint64_t size, uint32_t, uint32_t) {
+  const bool hasStream = buffer != nullptr && size != 0;
+  if (!hasStream || info == nullptr || infoBytes != sizeof(KsFileInfo)) return ERROR_INVALID_VALUE;
+  const Stream stream(static_cast<const uint8_t *>(buffer), size);
+  const Codec *codec = CodecOf(stream);
+  if (codec == nullptr) return ERROR_NOT_SUPPORTED;
+  PictureInfo picture;
+  const int32_t status = codec->inform(stream, &picture);
+  if (status != SUCCESS) return status;
+  info->formatId = picture.format;
+  info->width = picture.width;
+  info->height = picture.height;
+  info->bitsPerPixel = picture.components * picture.bits;
+  info->imageBytes = PaddedBytes(info->bitsPerPixel, picture.width, picture.height);
+  info->pageCount = 1;
+  info->pageNumber = 1;
+  return SUCCESS;
+}
+
+int32_t KsLoadMemory(const void *buffer, KsBitmap *bitmap, uint32_t bitmapSize, int32_t bits, int32_t order,
+                     uint64_t size, const KsLoadOptions *options, void *) {
   const bool hasStream = buffer != nullptr && size != 0;
   if (!hasStream || bitmap == nullptr || bitmapSize != sizeof(KsBitmap)) return ERROR_INVALID_VALUE;
-  return ERROR_NOT_SUPPORTED;
+  const Stream stream(static_cast<const uint8_t *>(buffer), size);
+  const kscodec::Redirect answer = kscodec::CurrentRedirect();
+  if (answer.callback != nullptr) return LoadRaw(stream, answer, bitmap);
+  MakeEmpty(bitmap);
+  if (bits != 0 || order != KS_ORDER_CODEC) return ERROR_NOT_SUPPORTED;
+  const KsLoadOptions none = {};
+  return LoadWithHeader(stream, options != nullptr ? *options : none, bitmap);
 }

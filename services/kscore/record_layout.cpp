@@ -33,3 +33,11 @@ static_assert(offsetof(KsFileInfo, bitsPerPixel) == 1040);
 static_assert(offsetof(KsFileInfo, imageBytes) == 1052);
 static_assert(offsetof(KsFileInfo, pageCount) == 1100);
 static_assert(offsetof(KsFileInfo, pageNumber) == 1104);
+
+static_assert(sizeof(KsRawFormatInfo) == 64);
+static_assert(offsetof(KsRawFormatInfo, format) == 4);
+static_assert(offsetof(KsRawFormatInfo, width) == 8);
+static_assert(offsetof(KsRawFormatInfo, height) == 12);
+static_assert(offsetof(KsRawFormatInfo, bits) == 16);
+static_assert(offsetof(KsRawFormatInfo, offset) == 28);
+static_assert(offsetof(KsRawFormatInfo, pages) == 36);

@@ -31,7 +31,9 @@ Color GrayOf(std::uint32_t level) {
 /** A pixel of a decoded image, read by the rules of the bitmap's depth. */
 Color PixelOf(const KsBitmap &bitmap, std::uint32_t y, std::uint32_t x) {
   const std::uint8_t *row = bitmap.pixels + std::size_t{y} * bitmap.bytesPerLine;
-  const auto indexed = [&](std::uint32_t index) { return ColorOf(bitmap.palette[index]); };
+  const auto indexed = [&](std::uint32_t index) {
+    return bitmap.palette == nullptr ? GrayOf(index) : ColorOf(bitmap.palette[index]);
+  };
   switch (bitmap.bitsPerPixel) {
     case 1:
       return indexed(row[x / 8] >> (7 - x % 8) & 1);
@@ -126,7 +128,8 @@ TEST_P(References, AgreeWithTheCompositionAtTheImagesPlace) {
 
 INSTANTIATE_TEST_SUITE_P(Corpus, References,
                          testing::Values("i_3001a.ntf", "i_3034c.ntf", "LUinBand2.ntf", "i_3301a.ntf", "i_3301h.ntf",
-                                         "v_3301f.ntf", "i_3405a.ntf", "blank_irepbands.ntf"),
+                                         "v_3301f.ntf", "i_3405a.ntf", "blank_irepbands.ntf", "i_3025b.ntf",
+                                         "i_3309a.ntf", "i_3041a.ntf"),
                          [](const auto &tested) { return TestName(tested.param); });
 
 }  // namespace

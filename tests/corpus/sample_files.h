@@ -48,15 +48,15 @@ constexpr SampleFile kSampleFiles[] = {
     {"i_3405a.ntf", SUCCESS, SUCCESS, 1024, 1024},
     {"blank_irepbands.ntf", SUCCESS, SUCCESS, 175, 221},
     // JPEG.
-    {"i_3025b.ntf", SUCCESS, kNoDecoder, 64, 64},
-    {"i_3309a.ntf", SUCCESS, kNoDecoder, 2048, 2048},
-    {"two_images_jpeg.ntf", SUCCESS, kNoDecoder, 20, 20},
+    {"i_3025b.ntf", SUCCESS, SUCCESS, 64, 64},
+    {"i_3309a.ntf", SUCCESS, SUCCESS, 2048, 2048},
+    {"two_images_jpeg.ntf", SUCCESS, SUCCESS, 20, 20},
     // Bi-level.
-    {"i_3041a.ntf", SUCCESS, kNoDecoder, 512, 512},
+    {"i_3041a.ntf", SUCCESS, SUCCESS, 512, 512},
     // JPEG 2000.
-    {"file9_j2c.ntf", SUCCESS, kNoDecoder, 768, 512},
-    {"p0_10b.ntf", SUCCESS, kNoDecoder, 64, 64},
-    {"001_006_64x64_s_8_1_mono_j2c.ntf", SUCCESS, kNoDecoder, 64, 64},
+    {"file9_j2c.ntf", SUCCESS, SUCCESS, 768, 512},
+    {"p0_10b.ntf", SUCCESS, SUCCESS, 64, 64},
+    {"001_006_64x64_s_8_1_mono_j2c.ntf", SUCCESS, SUCCESS, 64, 64},
     // A drawing has to be read before the canvas is known.
     {"i_3052a.ntf", kNoDecoder, kNoDecoder, 0, 0},
     {"i_3063f.ntf", kNoDecoder, kNoDecoder, 0, 0},

@@ -2,6 +2,7 @@
 #include "handlimg.h"
 #include "harness.h"
 #include "strmfhdr.h"
+#include "vq_builder.h"
 
 #include <string>
 
@@ -45,6 +46,14 @@ ImageSpec Deep(std::uint32_t bits, std::uint32_t actualBits) {
   return image;
 }
 
+ImageSpec Quantised(const char *compression) {
+  ImageSpec image = Image('B', 1, compression);
+  const VqSpec data{2, 3, 3, 1, 1, {{7}, {8}, {9}, {10}, {11}, {12}, {13}, {14}}, std::vector<std::uint32_t>(24, 5)};
+  image.data = EncodeVq(data);
+  if (image.compression == "M4") image.mask = MaskSpec{{0, kNotRecorded, 1, 2}, {}, Bytes{0}};
+  return image;
+}
+
 std::string StreamTail(const NitfBuilder &builder) {
   const Bytes header = builder.Header();
   char length[8];
@@ -69,6 +78,8 @@ std::vector<Shape> Shapes() {
       {"twelve_bits", NitfBuilder().Image(Deep(12, 12)), {}},
       {"sixteen_bits", NitfBuilder().Image(Deep(16, 11)), {}},
       {"thirty_two_bits", NitfBuilder().Image(Deep(32, 24)), {}},
+      {"quantised", NitfBuilder().Image(Quantised("C4")), {}},
+      {"masked_quantised", NitfBuilder().Image(Quantised("M4")), {}},
       {"all_kinds",
        NitfBuilder()
            .Field("UDHD", "data")

@@ -72,8 +72,8 @@ Composition Compose(const std::string &path, const ComposeOptions &options) {
   request.rowCallback = TakeRow;
   request.rowUserData = reinterpret_cast<std::uintptr_t>(&delivery);
   request.loadOptions = &loadOptions;
-  request.loadFromMemory = KsLoadMemory;
-  request.setRedirect = KsSetRedirect;
+  request.loadFromMemory = options.load;
+  request.setRedirect = options.setRedirect;
   request.requiredEntry = [] {};
   request.skipRows = options.skipRows ? 1 : 0;
   composition.status = fltLoad(&request);

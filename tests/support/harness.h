@@ -52,6 +52,8 @@ struct ComposeOptions {
   bool skipRows = false;
   std::int32_t stopAtRow = -1; /**< the callback answers `stopWith` here */
   std::int32_t stopWith = 0;
+  NitfLoadFromMemory load = KsLoadMemory; /**< decodes compressed streams */
+  NitfSetRedirect setRedirect = KsSetRedirect;
 };
 
 Composition Compose(const std::string &path, const ComposeOptions &options = {});

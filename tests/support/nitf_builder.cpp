@@ -1,5 +1,7 @@
 #include "nitf_builder.h"
 
+#include "bit_writer.h"
+
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -63,10 +65,6 @@ class FieldWriter {
   const FieldTexts &replaced;
   Bytes bytes;
 };
-
-void PutBigEndian(Bytes &bytes, std::uint64_t value, int width) {
-  for (int shift = 8 * (width - 1); shift >= 0; shift -= 8) bytes.push_back(static_cast<std::uint8_t>(value >> shift));
-}
 
 Bytes MaskTable(const MaskSpec &mask) {
   const std::size_t padBytes = mask.padCode ? mask.padCode->size() : 0;
@@ -146,24 +144,6 @@ Bytes ImageBody(const ImageSpec &image) {
   body.insert(body.end(), image.data.begin(), image.data.end());
   return body;
 }
-
-/** A run of bits, the first one in the top bit of the first byte. */
-class BitWriter {
- public:
-  explicit BitWriter(Bytes &out) : bytes(out) {}
-  void Put(std::uint32_t value, std::uint32_t bits) {
-    for (std::uint32_t bit = bits; bit-- > 0;) {
-      if (used == 0) bytes.push_back(0);
-      bytes.back() = static_cast<std::uint8_t>(bytes.back() | ((value >> bit & 1U) << (7 - used)));
-      used = (used + 1) % 8;
-    }
-  }
-  void FillByte() { used = 0; }
-
- private:
-  Bytes &bytes;
-  unsigned used = 0;
-};
 
 /** The samples of the blocks of an image, in the order of its mode. */
 class LayoutWriter {

@@ -1,0 +1,295 @@
+#include "tiles.h"
+
+#include "blocks.h"
+#include "tilesearch.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+
+namespace {
+
+constexpr std::uint32_t kMostSeparateBands = 4;
+
+/** The kinds of streams that an image segment may hold. */
+constexpr std::uint32_t kTileFormats[] = {KS_FORMAT_JP2,           KS_FORMAT_JPEG,      KS_FORMAT_JPEG_12,
+                                          KS_FORMAT_JPEG_422,      KS_FORMAT_JPEG_420,  KS_FORMAT_JPEG_PROGRESSIVE,
+                                          KS_FORMAT_JPEG_LOSSLESS, KS_FORMAT_JPEG_MANY, KS_FORMAT_J2K};
+
+/**
+ * What every tile of a MULTI image but the first is put behind: a start of image and an APP6 segment of the JPEG
+ * profile of NITF (MIL-STD-188-198A), whose declared length reaches over the tile's own start of image.
+ */
+constexpr std::uint8_t kMultiBandPrefix[] = {0xFF, 0xD8, 0xFF, 0xE6, 0x00, 0x19, 0x4E, 0x49, 0x54,
+                                             0x46, 0x00, 0x02, 0x00, 0x42, 0x00, 0x02, 0x00, 0x02,
+                                             0x03, 0x08, 0x00, 0x01, 0x00, 0x03, 0x08, 0x01, 0x01};
+
+/** The framework's functions, or those that the caller of a load brought. */
+struct LoadFunctions {
+  explicit LoadFunctions(const FilterLoadRecord *context)
+      : load(context == nullptr ? KsLoadMemory : context->loadFromMemory),
+        setRedirect(context == nullptr ? KsSetRedirect : context->setRedirect) {}
+
+  NitfLoadFromMemory load;
+  NitfSetRedirect setRedirect;
+};
+
+KsLoadOptions OptionsFor(ImageSubheader &image) {
+  KsLoadOptions options;
+  KsLoadOptionsInit(&options, sizeof options);
+  if (image.representation == kRgb) options.loadFlags |= KS_LOAD_COLOR;
+  if (image.representation == kMulti) {
+    BandOrder order{};
+    ChooseBands(image, &order);
+    options.loadFlags |= KS_LOAD_BANDS;
+    options.bands[0] = order.first;
+    options.bands[1] = order.second;
+    options.bands[2] = order.third;
+  }
+  return options;
+}
+
+bool IsAccepted(const Tile &tile) {
+  KsFileInfo info{};
+  if (tile.size == 0 || KsFileInfoMemory(tile.bytes.Get(), &info, sizeof info, tile.size, 0, 0) != SUCCESS)
+    return false;
+  return std::find(std::begin(kTileFormats), std::end(kTileFormats), info.formatId) != std::end(kTileFormats);
+}
+
+/** One stream is the whole image: the codec makes the bitmap, in its own size and depth. */
+std::int32_t DecodeSingleStream(const LoadFunctions &functions, const ImageSource &source, KsBitmap *target) {
+  const std::uint32_t offset = source.image->maskDataOffset;
+  if (offset > source.dataLength) return ERROR_FILE_FORMAT;
+  Tile stream;
+  std::int32_t status = stream.Read(source, offset, source.dataLength - offset);
+  if (status != SUCCESS) return status;
+  const KsLoadOptions options = OptionsFor(*source.image);
+  if ((target->flags & KS_BITMAP_ALLOCATED) != 0) KsBitmapFree(target);
+  status =
+      functions.load(stream.bytes.Get(), target, sizeof *target, 0, KS_ORDER_CODEC, stream.size, &options, nullptr);
+  // The codec's grays are the indices of an image with a lookup table.
+  if (status == SUCCESS) SetImagePalette(target, *source.image);
+  return status;
+}
+
+/** What the two walks over the blocks of an image have in common. */
+class TileDecoder {
+ public:
+  TileDecoder(const LoadFunctions &loadFunctions, const ImageSource &data, KsBitmap *bitmap)
+      : functions(loadFunctions), source(data), image(*data.image), target(bitmap), grid(image), mask(data) {}
+
+ protected:
+  /** The next offset of BMR behind a block's own, or nothing where no block follows. */
+  std::optional<std::uint32_t> NextOffset(std::uint64_t block) const {
+    for (std::uint64_t later = block + 1; later < mask.Visited(grid.count); ++later) {
+      if (mask.BlockWord(later) != kNotRecorded) return mask.BlockWord(later);
+    }
+    return std::nullopt;
+  }
+
+  std::int32_t Load(const Tile &tile, const KsLoadOptions &options, KsBitmap *bitmap) const {
+    return functions.load(tile.bytes.Get(), bitmap, sizeof *bitmap, 0, KS_ORDER_CODEC, tile.size, &options, nullptr);
+  }
+
+  /** Puts a block into its place and releases its pixels. */
+  std::int32_t Place(KsLocalBitmap &bitmap, std::uint64_t block) {
+    bitmap->order = target->order;
+    const auto left = static_cast<std::int32_t>(block % grid.across * grid.width);
+    const auto top = static_cast<std::int32_t>(block / grid.across * grid.height);
+    const std::int32_t status = KsCombine(target, left, top, static_cast<std::int32_t>(bitmap->width),
+                                          static_cast<std::int32_t>(bitmap->height), bitmap.Get(), 0, 0, 288, 0);
+    KsBitmapFree(bitmap.Get());
+    return status;
+  }
+
+  const LoadFunctions &functions;
+  const ImageSource &source;
+  ImageSubheader &image;
+  KsBitmap *target;
+  BlockGrid grid;
+  BlockMask mask;
+};
+
+/** A stream a block. */
+class TileWalk : public TileDecoder {
+ public:
+  using TileDecoder::TileDecoder;
+
+  std::int32_t Run() {
+    TileCursor cursor(source);
+    std::int32_t status = SUCCESS;
+    for (std::uint64_t block = 0; block < grid.count; ++block) {
+      const bool isAbsent = mask.HasBlockMask() && mask.BlockWord(block) == kNotRecorded;
+      if (!isAbsent) {
+        Tile tile;
+        const std::int32_t read = mask.HasBlockMask() ? ReadMasked(block, &tile) : ReadNext(cursor, block, &tile);
+        if (read != SUCCESS) return read;
+        status = IsAccepted(tile) ? Draw(tile, block) : static_cast<std::int32_t>(NITF_UNSUPPORTED_TILE);
+        if (status != SUCCESS && status != NITF_UNSUPPORTED_TILE) return status;
+      }
+      // A tile that is refused is forgiven when a later one of its round can be drawn.
+      const bool endsRound = (block + 1) % grid.down == 0;
+      if (endsRound && status != SUCCESS) return status;
+    }
+    return status;
+  }
+
+ private:
+  std::int32_t ReadNext(TileCursor &cursor, std::uint64_t block, Tile *tile) {
+    std::int64_t offset = 0;
+    std::uint32_t size = 0;
+    const std::int32_t status = cursor.Next(block + 1 == grid.count, false, &offset, &size);
+    return status == SUCCESS ? tile->Read(source, offset, size) : status;
+  }
+
+  /** With a mask table a tile ends where the next recorded one begins, and the last one with the data. */
+  std::int32_t ReadMasked(std::uint64_t block, Tile *tile) {
+    const std::uint32_t start = mask.BlockWord(block);
+    if (const std::optional<std::uint32_t> next = NextOffset(block)) {
+      return tile->Read(source, std::int64_t{image.maskDataOffset} + start, *next - start);
+    }
+    std::uint32_t size = 0;
+    FindLastTile(source, &size);
+    return tile->Read(source, std::int64_t{source.dataLength} - size, size);
+  }
+
+  std::int32_t Draw(Tile &tile, std::uint64_t block) {
+    const KsLoadOptions options = OptionsFor(image);
+    if (image.representation == kMulti && drawn != 0 && !AddPrefix(tile)) return ERROR_NO_MEMORY;
+    KsLocalBitmap bitmap;
+    std::int32_t status = Load(tile, options, bitmap.Get());
+    if (status == SUCCESS) status = Place(bitmap, block);
+    if (status == SUCCESS) ++drawn;
+    return status;
+  }
+
+  static bool AddPrefix(Tile &tile) {
+    KsArray<std::uint8_t> longer;
+    if (!longer.Allocate(std::uint64_t{tile.size} + sizeof kMultiBandPrefix)) return false;
+    std::memcpy(longer.Get(), kMultiBandPrefix, sizeof kMultiBandPrefix);
+    std::memcpy(longer.Get() + sizeof kMultiBandPrefix, tile.bytes.Get(), tile.size);
+    tile.bytes = std::move(longer);
+    tile.size += static_cast<std::uint32_t>(sizeof kMultiBandPrefix);
+    return true;
+  }
+
+  std::uint64_t drawn = 0;
+};
+
+/** A stream for each band of a block: band after band in the data. */
+class BandWalk : public TileDecoder {
+ public:
+  using TileDecoder::TileDecoder;
+
+  std::int32_t Run() {
+    if (image.bandCount > kMostSeparateBands) return ERROR_NOT_SUPPORTED;
+    std::int32_t status = mask.HasBlockMask() ? static_cast<std::int32_t>(SUCCESS) : LocateTiles();
+    for (std::uint64_t block = 0; block < grid.count && status == SUCCESS; ++block) {
+      if (mask.HasBlockMask() && mask.BlockWord(block) == kNotRecorded) continue;
+      status = DrawBlock(block);
+    }
+    return status;
+  }
+
+ private:
+  struct Place {
+    std::int64_t offset;
+    std::uint32_t size;
+  };
+
+  /** Band b of block n is tile b times the number of blocks plus n. */
+  std::int32_t LocateTiles() {
+    const std::uint64_t tiles = grid.count * image.bandCount;
+    // No stream is shorter than its mark.
+    if (tiles > source.dataLength / 3) return ERROR_FILE_READ;
+    if (!places.Allocate(tiles)) return ERROR_NO_MEMORY;
+    TileCursor cursor(source);
+    for (std::uint64_t tile = 0; tile < tiles; ++tile) {
+      const std::int32_t status = cursor.Next(false, tile + 1 == tiles, &places[tile].offset, &places[tile].size);
+      if (status != SUCCESS) return status;
+    }
+    return SUCCESS;
+  }
+
+  Place PlaceOf(std::uint64_t block, std::uint32_t band) const {
+    if (!mask.HasBlockMask()) return places[band * grid.count + block];
+    const std::uint32_t start = mask.BlockWord(block);
+    const std::uint32_t end = NextOffset(block).value_or(source.dataLength);
+    return {std::int64_t{image.maskDataOffset} + start, end - start};
+  }
+
+  std::int32_t DrawBlock(std::uint64_t block) {
+    KsLocalBitmap bands[kMostSeparateBands];
+    KsBitmap *lastToFirst[kMostSeparateBands] = {};
+    std::int32_t status = SUCCESS;
+    for (std::uint32_t band = 0; band < image.bandCount; ++band) {
+      KsLocalBitmap &bitmap = bands[image.bandCount - 1 - band];
+      const std::int32_t loaded = LoadBand(PlaceOf(block, band), bitmap.Get());
+      if (loaded != SUCCESS && loaded != NITF_UNSUPPORTED_TILE) return loaded;
+      if (loaded != SUCCESS) status = loaded;
+    }
+    if (status != SUCCESS) return status;
+    for (std::uint32_t band = 0; band < image.bandCount; ++band) lastToFirst[band] = bands[band].Get();
+    KsLocalBitmap merged;
+    status = KsBandsMerge(merged.Get(), lastToFirst, sizeof(KsBitmap), 0);
+    return status == SUCCESS ? TileDecoder::Place(merged, block) : status;
+  }
+
+  std::int32_t LoadBand(const Place &place, KsBitmap *bitmap) const {
+    Tile tile;
+    const std::int32_t status = tile.Read(source, place.offset, place.size);
+    if (status != SUCCESS) return status;
+    if (!IsAccepted(tile)) return NITF_UNSUPPORTED_TILE;
+    KsLoadOptions options;
+    KsLoadOptionsInit(&options, sizeof options);
+    if (image.representation == kRgb || image.representation == kMulti) options.loadFlags |= KS_LOAD_COLOR;
+    return Load(tile, options, bitmap);
+  }
+
+  KsArray<Place> places;
+};
+
+/** What the redirect callback tells of a bi-level stream. */
+struct RawPicture {
+  std::uint32_t format;
+  std::uint32_t width;
+  std::uint32_t height;
+};
+
+std::int32_t DescribeRaw(KsRawFormatInfo *info, void *userData) {
+  const auto &picture = *static_cast<const RawPicture *>(userData);
+  info->format = picture.format;
+  info->width = picture.width;
+  info->height = picture.height;
+  info->bits = 1;
+  info->offset = 0;
+  info->pages = 1;
+  return SUCCESS;
+}
+
+}  // namespace
+
+std::int32_t DecodeCodecImage(FilterLoadRecord *loadContext, const ImageSource &source, KsBitmap *target) {
+  const LoadFunctions functions(loadContext);
+  const ImageSubheader &image = *source.image;
+  const bool isJpeg2000 = image.compression == kC8 || image.compression == kM8;
+  if (BlockGrid(image).IsSingle() || isJpeg2000) return DecodeSingleStream(functions, source, target);
+  if (image.bandCount > 1 && image.mode == kBandSequential) return BandWalk(functions, source, target).Run();
+  return TileWalk(functions, source, target).Run();
+}
+
+std::int32_t DecodeBilevelStream(FilterLoadRecord *loadContext, const ImageSource &source, KsBitmap *target) {
+  const LoadFunctions functions(loadContext);
+  const ImageSubheader &image = *source.image;
+  const bool twoDimensional = image.rateKind == kRate2DS || image.rateKind == kRate2DH;
+  RawPicture picture{twoDimensional ? KS_FORMAT_T4_2D : KS_FORMAT_T4_1D, target->width, target->height};
+  if (image.maskDataOffset > source.dataLength) return ERROR_FILE_FORMAT;
+  Tile stream;
+  std::int32_t status = stream.Read(source, image.maskDataOffset, source.dataLength - image.maskDataOffset);
+  if (status != SUCCESS) return status;
+  const KsRedirectCallback before = functions.setRedirect(DescribeRaw, &picture);
+  status = functions.load(stream.bytes.Get(), target, sizeof *target, static_cast<std::int32_t>(target->bitsPerPixel),
+                          KS_ORDER_BGR, stream.size, nullptr, nullptr);
+  functions.setRedirect(before, nullptr);
+  return status;
+}

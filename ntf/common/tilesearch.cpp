@@ -1,0 +1,79 @@
+#include "tilesearch.h"
+
+#include <array>
+
+namespace {
+
+constexpr std::uint32_t kWindow = 1024;
+
+/** Windows overlap by the length of a mark. */
+constexpr std::uint32_t kStep = kWindow - 3;
+
+using Window = std::array<std::uint8_t, kWindow>;
+
+bool IsMark(const Window &window, std::uint32_t at) {
+  return window[at] == 0xFF && window[at + 1] == 0xD8 && window[at + 2] == 0xFF;
+}
+
+}  // namespace
+
+std::int32_t Tile::Read(const ImageSource &source, std::int64_t offset, std::uint32_t count) {
+  size = count;
+  if (!source.Holds(offset + count)) return ERROR_FILE_READ;
+  if (!bytes.Allocate(count)) return ERROR_NO_MEMORY;
+  return source.Read(offset, bytes.Get(), count);
+}
+
+std::int32_t TileCursor::Next(bool isLast, bool endIsLast, std::int64_t *offset, std::uint32_t *size) {
+  if (isLast) {
+    TakeLast(offset, size);
+    return SUCCESS;
+  }
+  const std::int32_t status = FindEnd(size);
+  if (status != SUCCESS && !endIsLast) return status;
+  if (status != SUCCESS) {
+    TakeLast(offset, size);
+    return SUCCESS;
+  }
+  *offset = std::int64_t{source.image->maskDataOffset} + position;
+  remaining -= *size;
+  position += *size;
+  return SUCCESS;
+}
+
+/** A search that finds nothing leaves a tile of no bytes, which is then no stream of any kind. */
+void TileCursor::TakeLast(std::int64_t *offset, std::uint32_t *size) {
+  FindLastTile(source, size);
+  *offset = std::int64_t{source.dataLength} - *size;
+  position = source.dataLength;
+}
+
+/** The number of bytes up to the next tile's mark. A window must be whole: a mark stands where more data follow. */
+std::int32_t TileCursor::FindEnd(std::uint32_t *size) {
+  Window window;
+  const std::int64_t start = std::int64_t{source.image->maskDataOffset} + position;
+  for (std::uint32_t passed = 0;; passed += kStep) {
+    if (source.Read(start + passed, window.data(), window.size()) != SUCCESS) return ERROR_FILE_READ;
+    // The tile's own mark is its first byte.
+    for (std::uint32_t at = 1; at <= kStep; ++at) {
+      if (!IsMark(window, at) || at + 1 >= remaining) continue;
+      *size = passed + at;
+      return SUCCESS;
+    }
+  }
+}
+
+std::int32_t FindLastTile(const ImageSource &source, std::uint32_t *size) {
+  *size = 0;
+  Window window;
+  for (std::uint32_t passed = 0; source.dataLength > passed + kWindow; passed += kWindow) {
+    const std::int64_t start = std::int64_t{source.dataLength} - passed - kWindow;
+    if (source.Read(start, window.data(), window.size()) != SUCCESS) return ERROR_FILE_READ;
+    for (std::uint32_t at = kStep; at >= 1; --at) {
+      if (!IsMark(window, at)) continue;
+      *size = passed + kWindow - at;
+      return SUCCESS;
+    }
+  }
+  return ERROR_FILE_READ;
+}

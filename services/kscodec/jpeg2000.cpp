@@ -1,0 +1,411 @@
+#ifdef KSNTFX_CODEC_JPEG2000
+
+#include "kscodec/jpeg2000.h"
+
+#include "kscodec/jpeg2000_header.h"
+#include "kscore/bitmap.h"
+#include "kscore/pixel_forms.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <vector>
+
+#include <openjpeg.h>
+
+namespace {
+
+using kscodec::Jpeg2000Header;
+using kscodec::Stream;
+
+constexpr std::uint32_t kMostBits = 16;
+
+/** Components for red, green and blue, by number. */
+using Channels = std::array<std::uint32_t, 3>;
+
+struct CodecDeleter {
+  void operator()(opj_codec_t *codec) const { opj_destroy_codec(codec); }
+};
+struct StreamDeleter {
+  void operator()(opj_stream_t *stream) const { opj_stream_destroy(stream); }
+};
+struct ImageDeleter {
+  void operator()(opj_image_t *image) const { opj_image_destroy(image); }
+};
+using CodecOwner = std::unique_ptr<opj_codec_t, CodecDeleter>;
+using StreamOwner = std::unique_ptr<opj_stream_t, StreamDeleter>;
+using ImageOwner = std::unique_ptr<opj_image_t, ImageDeleter>;
+
+// ---- the buffer as a stream -----------------------------------------------------------------------------------------
+
+struct Source {
+  Stream bytes;
+  std::uint64_t at = 0;
+};
+
+OPJ_SIZE_T ReadSource(void *buffer, OPJ_SIZE_T count, void *user) {
+  auto &source = *static_cast<Source *>(user);
+  const std::uint64_t moved = std::min<std::uint64_t>(count, source.bytes.size() - source.at);
+  if (moved == 0) return static_cast<OPJ_SIZE_T>(-1);
+  std::memcpy(buffer, source.bytes.data() + source.at, moved);
+  source.at += moved;
+  return moved;
+}
+
+OPJ_OFF_T SkipSource(OPJ_OFF_T count, void *user) {
+  auto &source = *static_cast<Source *>(user);
+  if (count < 0) return -1;
+  const std::uint64_t moved = std::min<std::uint64_t>(count, source.bytes.size() - source.at);
+  if (moved == 0 && count != 0) return -1;
+  source.at += moved;
+  return static_cast<OPJ_OFF_T>(moved);
+}
+
+OPJ_BOOL SeekSource(OPJ_OFF_T to, void *user) {
+  auto &source = *static_cast<Source *>(user);
+  if (to < 0 || static_cast<std::uint64_t>(to) > source.bytes.size()) return OPJ_FALSE;
+  source.at = static_cast<std::uint64_t>(to);
+  return OPJ_TRUE;
+}
+
+StreamOwner OpenSource(Source &source) {
+  constexpr std::uint64_t kMostBuffered = 1 << 20;
+  StreamOwner stream(opj_stream_create(std::min<std::uint64_t>(source.bytes.size(), kMostBuffered), OPJ_TRUE));
+  if (stream == nullptr) return stream;
+  opj_stream_set_read_function(stream.get(), ReadSource);
+  opj_stream_set_skip_function(stream.get(), SkipSource);
+  opj_stream_set_seek_function(stream.get(), SeekSource);
+  opj_stream_set_user_data(stream.get(), &source, nullptr);
+  opj_stream_set_user_data_length(stream.get(), source.bytes.size());
+  return stream;
+}
+
+void DropMessage(const char *, void *) {}
+
+// ---- which components ----------------------------------------------------------------------------------------------
+
+/** The component of each channel, of a picture with `components` of them. */
+Channels ChooseChannels(const KsLoadOptions &options, std::uint32_t components) {
+  Channels channels = {0, 1, 2};
+  if ((options.loadFlags & KS_LOAD_BANDS) != 0) {
+    std::copy(std::begin(options.bands), std::end(options.bands), channels.begin());
+  } else if (components == 2) {
+    channels = {0, 0, 0};
+  }
+  for (std::uint32_t &channel : channels) channel = std::min(channel, components - 1);
+  return channels;
+}
+
+/** What is decoded of a stream. */
+struct Selection {
+  std::vector<std::uint32_t> components; /**< in the order that they are decoded to; empty: all */
+  std::uint64_t decoded = 0;             /**< how many */
+};
+
+/**
+ * The components of the channels alone, where they can be had by themselves: the decoder leaves out the steps that look
+ * at several components, which are the mixing of the first three, palettes, and channel definitions.
+ */
+Selection Select(const Jpeg2000Header &header, const kscodec::Jpeg2000Coding &coding, const Channels &channels) {
+  const kscodec::Jp2Colors &colors = header.colors;
+  Selection selection;
+  selection.decoded = std::max(header.size.components, colors.paletteColumns);
+  const bool mixed = coding.mixesComponents && *std::min_element(channels.begin(), channels.end()) < 3;
+  if (header.size.components <= 3 || mixed || colors.paletteColumns != 0 || colors.hasChannelDefinition) {
+    return selection;
+  }
+  selection.components.assign(channels.begin(), channels.end());
+  std::sort(selection.components.begin(), selection.components.end());
+  selection.components.erase(std::unique(selection.components.begin(), selection.components.end()),
+                             selection.components.end());
+  selection.decoded = selection.components.size();
+  return selection;
+}
+
+// ---- from components to rows
+// -----------------------------------------------------------------------------------------
+
+/** Samples of one component at the pixels of the picture, scaled to `Sample`. */
+template <class Sample>
+class ComponentRows {
+ public:
+  /** `full` is what the greatest value of the component becomes. */
+  ComponentRows(const opj_image_t &image, const opj_image_comp_t &source, std::uint32_t full)
+      : component(source), shift(source.sgnd != 0 ? 1 << (source.prec - 1) : 0) {
+    const std::uint64_t greatest = (std::uint64_t{1} << component.prec) - 1;
+    scaled.resize(greatest + 1);
+    for (std::uint64_t value = 0; value <= greatest; ++value) {
+      scaled[value] = static_cast<Sample>((value * full + greatest / 2) / greatest);
+    }
+    columns = Positions(image.x0, image.x1, component.dx, component.w);
+    rows = Positions(image.y0, image.y1, component.dy, component.h);
+  }
+
+  /** Calls `put` with x and the sample of each pixel of a row. */
+  template <class Put>
+  void ForRow(std::uint32_t y, const Put &put) const {
+    const OPJ_INT32 *const samples = component.data + std::uint64_t{rows[y]} * component.w;
+    const std::int64_t greatest = static_cast<std::int64_t>(scaled.size()) - 1;
+    const std::uint64_t width = columns.size();
+    for (std::uint64_t x = 0; x < width; ++x) {
+      const std::int64_t value = std::int64_t{samples[columns[x]]} + shift;
+      put(x, scaled[static_cast<std::uint64_t>(std::clamp<std::int64_t>(value, 0, greatest))]);
+    }
+  }
+
+ private:
+  /**
+   * The sample that stands for each pixel from `start` to `end` along one axis. Samples lie at the multiples of
+   * `distance` on the reference grid and are repeated up to the next one; pixels before the first sample get that one.
+   */
+  static std::vector<std::uint32_t> Positions(std::uint32_t start, std::uint32_t end, std::uint32_t distance,
+                                              std::uint32_t samples) {
+    const std::uint64_t first = (std::uint64_t{start} + distance - 1) / distance;
+    std::vector<std::uint32_t> positions(end - start);
+    for (std::uint64_t i = 0; i < positions.size(); ++i) {
+      const std::uint64_t sample = std::max((start + i) / distance, first) - first;
+      positions[i] = static_cast<std::uint32_t>(std::min<std::uint64_t>(sample, samples - 1));
+    }
+    return positions;
+  }
+
+  const opj_image_comp_t &component;
+  std::int64_t shift;
+  std::vector<Sample> scaled;
+  std::vector<std::uint32_t> columns;
+  std::vector<std::uint32_t> rows;
+};
+
+void WriteGray(const opj_image_t &image, KsBitmap &bitmap) {
+  const opj_image_comp_t &component = image.comps[0];
+  if (bitmap.bitsPerPixel == kscore::Gray16::bits) {
+    const ComponentRows<std::uint16_t> rows(image, component, 0xFFFF);
+    for (std::uint32_t y = 0; y < bitmap.height; ++y) {
+      std::uint8_t *const row = kscore::RowOf(bitmap, y);
+      rows.ForRow(y, [row](std::uint64_t x, std::uint16_t value) { kscore::Gray16::Put(row, x, value); });
+    }
+    return;
+  }
+  const ComponentRows<std::uint8_t> rows(image, component, (1u << component.prec) - 1);
+  for (std::uint32_t y = 0; y < bitmap.height; ++y) {
+    std::uint8_t *const row = kscore::RowOf(bitmap, y);
+    rows.ForRow(y, [row](std::uint64_t x, std::uint8_t value) { row[x] = value; });
+  }
+}
+
+/** From luma and two colour differences in the places of red, green and blue (ISO/IEC 15444-1, annex G.3). */
+void ConvertSyccRow(std::uint8_t *row, std::uint32_t width) {
+  constexpr int kHalf = 1 << 15;
+  const auto level = [](int value) { return static_cast<std::uint8_t>(std::clamp(value >> 16, 0, 255)); };
+  for (std::uint8_t *pixel = row; pixel != row + std::uint64_t{width} * 3; pixel += 3) {
+    const int luma = (pixel[2] << 16) + kHalf;
+    const int blueness = pixel[1] - 128;
+    const int redness = pixel[0] - 128;
+    // The factors of ITU-R BT.601, times 65536.
+    pixel[0] = level(luma + 116130 * blueness);
+    pixel[1] = level(luma - 22554 * blueness - 46802 * redness);
+    pixel[2] = level(luma + 91881 * redness);
+  }
+}
+
+void WriteColors(const opj_image_t &image, const Channels &components, bool isSycc, KsBitmap &bitmap) {
+  using Rows = ComponentRows<std::uint8_t>;
+  const std::array<Rows, 3> channels = {Rows(image, image.comps[components[0]], 0xFF),
+                                        Rows(image, image.comps[components[1]], 0xFF),
+                                        Rows(image, image.comps[components[2]], 0xFF)};
+  for (std::uint32_t y = 0; y < bitmap.height; ++y) {
+    std::uint8_t *const row = kscore::RowOf(bitmap, y);
+    for (std::uint32_t channel = 0; channel < 3; ++channel) {
+      std::uint8_t *const first = row + 2 - channel;
+      channels[channel].ForRow(y, [first](std::uint64_t x, std::uint8_t value) { first[x * 3] = value; });
+    }
+    if (isSycc) ConvertSyccRow(row, bitmap.width);
+  }
+}
+
+// ---- decoding
+// --------------------------------------------------------------------------------------------------------
+
+/** The status of KsBitmapCreate for what the decoded components take, which is bounded by four times its limit. */
+std::int32_t CheckDecodedSize(const Jpeg2000Header &header, std::uint64_t decoded) {
+  // A sample is four bytes in the decoder, so the bound is one that a bitmap with a byte for each sample must keep.
+  const std::uint64_t rows = header.size.height * decoded;
+  if (rows > UINT32_MAX) return ERROR_NO_MEMORY;
+  KsBitmap shape;
+  return KsBitmapCreate(&shape, sizeof shape, KS_BITMAP_CALLER, header.size.width, static_cast<std::uint32_t>(rows), 8,
+                        KS_ORDER_GRAY, nullptr, 1, nullptr, 0);
+}
+
+std::int32_t CheckComponent(const opj_image_comp_t &component) {
+  if (component.data == nullptr || component.w == 0 || component.h == 0) return ERROR_FILE_FORMAT;
+  if (component.dx == 0 || component.dy == 0 || component.prec == 0) return ERROR_FILE_FORMAT;
+  return component.prec <= kMostBits ? SUCCESS : ERROR_NOT_SUPPORTED;
+}
+
+std::int32_t CreateBitmap(const Jpeg2000Header &header, std::uint32_t bits, KsBitmap *target) {
+  std::uint32_t order = KS_ORDER_BGR;
+  if (bits == kscore::Index8::bits) order = KS_ORDER_PALETTE;
+  if (bits == kscore::Gray16::bits) order = KS_ORDER_GRAY;
+  return KsBitmapCreate(target, sizeof(KsBitmap), KS_BITMAP_OWN, header.size.width, header.size.height, bits, order,
+                        nullptr, 1, nullptr, 0);
+}
+
+/** A decoder with the headers of its stream read. */
+class Decoder {
+ public:
+  Decoder(Stream stream, bool isJp2)
+      : source{stream},
+        input(OpenSource(source)),
+        codec(opj_create_decompress(isJp2 ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K)) {}
+
+  std::int32_t ReadHeader() {
+    if (codec == nullptr || input == nullptr) return ERROR_NO_MEMORY;
+    opj_set_info_handler(codec.get(), DropMessage, nullptr);
+    opj_set_warning_handler(codec.get(), DropMessage, nullptr);
+    opj_set_error_handler(codec.get(), DropMessage, nullptr);
+    opj_dparameters_t parameters;
+    opj_set_default_decoder_parameters(&parameters);
+    if (!opj_setup_decoder(codec.get(), &parameters)) return ERROR_NO_MEMORY;
+    opj_image_t *made = nullptr;
+    const bool isRead = opj_read_header(input.get(), codec.get(), &made) != OPJ_FALSE;
+    image.reset(made);
+    return isRead && image != nullptr ? SUCCESS : ERROR_FILE_FORMAT;
+  }
+
+  std::int32_t Decode(const std::vector<std::uint32_t> &components) {
+    if (!components.empty() && !opj_set_decoded_components(codec.get(), static_cast<OPJ_UINT32>(components.size()),
+                                                           components.data(), OPJ_FALSE)) {
+      return ERROR_FILE_FORMAT;
+    }
+    return opj_decode(codec.get(), input.get(), image.get()) ? SUCCESS : ERROR_FILE_FORMAT;
+  }
+
+  const opj_image_t &Image() const { return *image; }
+
+ private:
+  Source source;
+  StreamOwner input;
+  CodecOwner codec;
+  ImageOwner image;
+};
+
+bool IsOfSize(const opj_image_t &image, const Jpeg2000Header &header) {
+  return image.x1 - image.x0 == header.size.width && image.y1 - image.y0 == header.size.height;
+}
+
+/** The places of the channels among the components that were decoded. */
+Channels PlacesOf(const Channels &channels, const Selection &selection) {
+  if (selection.components.empty()) return channels;
+  Channels places = {};
+  for (std::size_t i = 0; i < channels.size(); ++i) {
+    const auto place = std::lower_bound(selection.components.begin(), selection.components.end(), channels[i]);
+    places[i] = static_cast<std::uint32_t>(place - selection.components.begin());
+  }
+  return places;
+}
+
+/** Writes the decoded image into `target`, which is made here. */
+std::int32_t Write(const opj_image_t &image, const Channels &places, bool isGray, const Jpeg2000Header &header,
+                   bool isSycc, KsBitmap *target) {
+  for (const std::uint32_t place : places) {
+    const std::int32_t status = place < image.numcomps ? CheckComponent(image.comps[place]) : ERROR_FILE_FORMAT;
+    if (status != SUCCESS) return status;
+  }
+  std::uint32_t bits = kscore::Bgr24::bits;
+  if (isGray) bits = image.comps[0].prec > 8 ? kscore::Gray16::bits : kscore::Index8::bits;
+  const std::int32_t status = CreateBitmap(header, bits, target);
+  if (status != SUCCESS) return status;
+  kscore::MarkWritten(*target);
+  if (isGray) {
+    WriteGray(image, *target);
+  } else {
+    WriteColors(image, places, isSycc, *target);
+  }
+  return SUCCESS;
+}
+
+/** Whether the bitmap would be within its limit, before anything is decoded. */
+std::int32_t CheckBitmapSize(const kscodec::PictureInfo &info) {
+  std::uint32_t bits = kscore::Bgr24::bits;
+  if (info.components == 1) bits = info.bits > 8 ? kscore::Gray16::bits : kscore::Index8::bits;
+  KsBitmap shape;
+  return KsBitmapCreate(&shape, sizeof shape, KS_BITMAP_CALLER, info.width, info.height, bits, KS_ORDER_BGR, nullptr, 1,
+                        nullptr, 0);
+}
+
+/** Components and bits are those of the palette where there is one. */
+void Tell(const Jpeg2000Header &header, kscodec::PictureInfo *info) {
+  info->format = header.isJp2 ? KS_FORMAT_JP2 : KS_FORMAT_J2K;
+  info->width = header.size.width;
+  info->height = header.size.height;
+  const kscodec::Jp2Colors &colors = header.colors;
+  info->components = colors.paletteColumns != 0 ? colors.paletteColumns : header.size.components;
+  info->bits = colors.paletteColumns != 0 ? colors.paletteBits : header.size.bits;
+}
+
+std::int32_t Decode(Stream stream, const KsLoadOptions &options, KsBitmap *target) {
+  const std::optional<Jpeg2000Header> header = kscodec::ReadJpeg2000Header(stream);
+  if (!header) return ERROR_FILE_FORMAT;
+  kscodec::PictureInfo info;
+  Tell(*header, &info);
+  const kscodec::Jpeg2000Coding coding = kscodec::ReadJpeg2000Coding(*header);
+  const Selection selection = Select(*header, coding, ChooseChannels(options, info.components));
+  std::int32_t status = CheckBitmapSize(info);
+  if (status == SUCCESS) status = CheckDecodedSize(*header, selection.decoded);
+  if (status == SUCCESS && !kscodec::IsPlausible(*header, coding)) status = ERROR_FILE_FORMAT;
+  if (status != SUCCESS) return status;
+
+  Decoder decoder(stream, header->isJp2);
+  status = decoder.ReadHeader();
+  if (status != SUCCESS) return status;
+  const bool isSame = decoder.Image().numcomps == header->size.components && IsOfSize(decoder.Image(), *header);
+  if (!isSame) return ERROR_FILE_FORMAT;
+  status = decoder.Decode(selection.components);
+  if (status != SUCCESS) return status;
+
+  const opj_image_t &image = decoder.Image();
+  if (image.numcomps == 0 || !IsOfSize(image, *header)) return ERROR_FILE_FORMAT;
+  // Palettes can be left unapplied, so that the components are counted again.
+  const std::uint32_t components = selection.components.empty() ? image.numcomps : header->size.components;
+  const bool wantsBands = (options.loadFlags & KS_LOAD_BANDS) != 0;
+  const bool isGray = components == 1;
+  const Channels places = PlacesOf(ChooseChannels(options, components), selection);
+  return Write(image, places, isGray, *header, header->colors.isSycc && !wantsBands && components >= 3, target);
+}
+
+// ---- the codec
+// -------------------------------------------------------------------------------------------------------
+
+bool Recognises(Stream stream) {
+  return kscodec::IsJp2(stream) || kscodec::IsCodeStream(stream);
+}
+
+std::int32_t Inform(Stream stream, kscodec::PictureInfo *info) {
+  const std::optional<Jpeg2000Header> header = kscodec::ReadJpeg2000Header(stream);
+  if (!header) return ERROR_FILE_FORMAT;
+  Tell(*header, info);
+  return SUCCESS;
+}
+
+std::int32_t Load(Stream stream, const KsLoadOptions &options, KsBitmap *target) {
+  std::int32_t status = ERROR_NO_MEMORY;
+  try {
+    status = Decode(stream, options, target);
+  } catch (const std::bad_alloc &) {
+    status = ERROR_NO_MEMORY;
+  }
+  if (status != SUCCESS) KsBitmapFree(target);
+  return status;
+}
+
+}  // namespace
+
+namespace kscodec {
+
+const Codec kJpeg2000Codec = {Recognises, Inform, Load};
+
+}  // namespace kscodec
+
+#endif

@@ -1,0 +1,113 @@
+// The markers of a JPEG stream (ITU-T T.81, annex B), up to its first scan: what the picture is, without decoding it.
+#pragma once
+
+#include "kscodec/codec.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace kscodec::jpeg {
+
+/** Second bytes of the markers that the walk tells apart. */
+enum Marker : std::uint8_t {
+  kTemporary = 0x01,
+  kSof0 = 0xC0, /**< baseline sequential */
+  kSof1 = 0xC1, /**< extended sequential */
+  kSof2 = 0xC2, /**< progressive */
+  kSof3 = 0xC3, /**< lossless, process 14 */
+  kDht = 0xC4,
+  kJpg = 0xC8, /**< reserved, between the frame headers */
+  kDac = 0xCC,
+  kSof15 = 0xCF,
+  kRst0 = 0xD0,
+  kRst7 = 0xD7,
+  kSoi = 0xD8,
+  kEoi = 0xD9,
+  kSos = 0xDA,
+  kDqt = 0xDB,
+  kDri = 0xDD,
+  kApp0 = 0xE0,
+  kApp6 = 0xE6,
+  kApp14 = 0xEE
+};
+
+/** A marker with what its segment holds behind the length; nothing for a marker that stands alone. */
+struct Segment {
+  std::uint8_t marker = 0;
+  Stream body;
+};
+
+/** Goes from marker to marker by the lengths of their segments. */
+class MarkerWalk {
+ public:
+  explicit MarkerWalk(Stream stream) : rest(stream) {}
+
+  /** The next segment: SUCCESS, or ERROR_FILE_FORMAT where there is no whole one any more. Fill bytes are skipped. */
+  std::int32_t Next(Segment *segment);
+
+  /** What follows the segment that was given last. */
+  Stream Rest() const { return rest; }
+
+ private:
+  std::int32_t SkipToMarker(std::uint8_t *marker);
+
+  Stream rest;
+};
+
+/** One component of a frame: its identifier, and its samples across and down beside those of the others. */
+struct Component {
+  std::uint8_t id = 0;
+  std::uint8_t across = 0;
+  std::uint8_t down = 0;
+};
+
+/** A frame header: process, size, components. */
+struct Frame {
+  std::uint8_t marker = 0; /**< kSof0 and on; 0 is none */
+  std::uint8_t bits = 0;
+  std::uint16_t width = 0;
+  std::uint16_t height = 0;
+  std::uint8_t components = 0;
+  Stream specifications; /**< three bytes a component */
+
+  Component ComponentAt(std::size_t index) const;
+};
+
+/** All in front of the first scan that matters to a decoder. The spans look into the stream. */
+struct Header {
+  Frame frame;
+  std::uint16_t restartInterval = 0; /**< in minimum coded units, 0 for none */
+  bool hasJfif = false;
+  bool hasAdobe = false;
+  std::uint8_t adobeTransform = 0; /**< with hasAdobe: 0 none, 1 YCbCr, 2 YCCK */
+  Stream nitf;                     /**< the body of the APP6 segment of NITF, its identifier first; empty for none */
+  Stream scan;                     /**< the body of the first scan header */
+  Stream entropy;                  /**< what follows it */
+};
+
+/** The stream without the bytes FF that may fill the space in front of its start of image, as in front of any marker.
+ */
+Stream WithoutFill(Stream stream);
+
+/**
+ * Walks from the start of image to the first scan. ERROR_FILE_FORMAT where that isn't reached, and for a picture
+ * without pixels or components.
+ *
+ * Readers of tiles put a start of image and an APP6 segment in front of a whole tile, with a length of two bytes more
+ * than the segment has: the tile's own start of image belongs to the segment then, and its other markers follow.
+ */
+std::int32_t ReadHeader(Stream stream, Header *header);
+
+/**
+ * The stream without the segment that it breaks off in, where that one stands behind the first scan: what is left is a
+ * picture with fewer scans. A stream of one scan is given back as it is.
+ */
+Stream WithWholeSegments(Stream stream, const Header &header);
+
+/** What the frame makes the picture: ERROR_NOT_SUPPORTED for a process without a format number. */
+std::int32_t Describe(const Frame &frame, PictureInfo *info);
+
+/** Whether three components are red, green and blue rather than luminance and chrominance. */
+bool IsRgb(const Header &header);
+
+}  // namespace kscodec::jpeg

@@ -1,0 +1,600 @@
+#ifdef KSNTFX_CODEC_JPEG2000
+
+#include "kscodec/jpeg2000.h"
+
+#include "kscodec/jpeg2000_header.h"
+#include "service_test.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <memory>
+#include <ostream>
+
+#include <openjpeg.h>
+
+namespace {
+
+using kscodec::kJpeg2000Codec;
+
+// ---- making streams
+// --------------------------------------------------------------------------------------------------
+
+struct Component {
+  uint32_t bits = 8;
+  bool isSigned = false;
+  uint32_t dx = 1;
+  uint32_t dy = 1;
+};
+
+/** A picture of random samples, and how it is encoded, without loss. */
+struct Recipe {
+  const char *name;
+  std::vector<Component> components;
+  uint32_t width = 37;
+  uint32_t height = 29;
+  uint32_t left = 0;
+  uint32_t top = 0;
+  uint32_t tile = 0; /**< 0: one */
+  bool isJp2 = false;
+  bool mixes = false; /**< by the reversible transformation of the first three components */
+  bool hasAlpha = false;
+  OPJ_COLOR_SPACE space = OPJ_CLRSPC_UNSPECIFIED;
+};
+
+using Samples = std::vector<std::vector<int32_t>>;
+
+struct Extent {
+  uint32_t left;
+  uint32_t top;
+  uint32_t width;
+  uint32_t height;
+};
+
+uint32_t DivideUp(uint32_t value, uint32_t by) {
+  return (value + by - 1) / by;
+}
+
+Extent ExtentOf(const Recipe &recipe, const Component &component) {
+  const uint32_t left = DivideUp(recipe.left, component.dx);
+  const uint32_t top = DivideUp(recipe.top, component.dy);
+  return {left, top, DivideUp(recipe.left + recipe.width, component.dx) - left,
+          DivideUp(recipe.top + recipe.height, component.dy) - top};
+}
+
+Samples RandomSamples(const Recipe &recipe) {
+  std::mt19937 random(7);
+  Samples samples;
+  for (const Component &component : recipe.components) {
+    const Extent extent = ExtentOf(recipe, component);
+    std::vector<int32_t> &values = samples.emplace_back(extent.width * extent.height);
+    const int32_t lowest = component.isSigned ? -(1 << (component.bits - 1)) : 0;
+    for (int32_t &value : values) value = lowest + static_cast<int32_t>(random() % (1u << component.bits));
+    values.front() = lowest;
+    values.back() = lowest + static_cast<int32_t>((1u << component.bits) - 1);
+  }
+  return samples;
+}
+
+struct Sink {
+  Bytes bytes;
+  size_t at = 0;
+};
+
+OPJ_SIZE_T WriteSink(void *buffer, OPJ_SIZE_T count, void *user) {
+  auto &sink = *static_cast<Sink *>(user);
+  sink.bytes.resize(std::max(sink.bytes.size(), sink.at + count));
+  std::memcpy(sink.bytes.data() + sink.at, buffer, count);
+  sink.at += count;
+  return count;
+}
+
+OPJ_OFF_T SkipSink(OPJ_OFF_T count, void *user) {
+  static_cast<Sink *>(user)->at += static_cast<size_t>(count);
+  return count;
+}
+
+OPJ_BOOL SeekSink(OPJ_OFF_T to, void *user) {
+  static_cast<Sink *>(user)->at = static_cast<size_t>(to);
+  return OPJ_TRUE;
+}
+
+Bytes Encode(const Recipe &recipe, const Samples &samples) {
+  std::vector<opj_image_cmptparm_t> shapes;
+  for (const Component &component : recipe.components) {
+    const Extent extent = ExtentOf(recipe, component);
+    opj_image_cmptparm_t &shape = shapes.emplace_back();
+    shape = {};
+    shape.dx = component.dx;
+    shape.dy = component.dy;
+    shape.w = extent.width;
+    shape.h = extent.height;
+    shape.prec = component.bits;
+    shape.sgnd = component.isSigned ? 1 : 0;
+  }
+  const std::unique_ptr<opj_image_t, decltype(&opj_image_destroy)> image(
+      opj_image_create(static_cast<OPJ_UINT32>(shapes.size()), shapes.data(), recipe.space), opj_image_destroy);
+  image->x0 = recipe.left;
+  image->y0 = recipe.top;
+  image->x1 = recipe.left + recipe.width;
+  image->y1 = recipe.top + recipe.height;
+  for (size_t i = 0; i < samples.size(); ++i) {
+    std::copy(samples[i].begin(), samples[i].end(), image->comps[i].data);
+  }
+  if (recipe.hasAlpha) image->comps[image->numcomps - 1].alpha = 1;
+  opj_cparameters_t parameters;
+  opj_set_default_encoder_parameters(&parameters);
+  parameters.tcp_numlayers = 1;
+  parameters.cp_disto_alloc = 1;
+  // The encoder wants a pixel at the lowest resolution.
+  parameters.numresolution = std::min(recipe.width, recipe.height) < 4 ? 1 : 3;
+  parameters.tcp_mct = recipe.mixes ? 1 : 0;
+  parameters.tile_size_on = recipe.tile != 0 ? OPJ_TRUE : OPJ_FALSE;
+  parameters.cp_tdx = static_cast<int>(recipe.tile);
+  parameters.cp_tdy = static_cast<int>(recipe.tile);
+  Sink sink;
+  const std::unique_ptr<opj_codec_t, decltype(&opj_destroy_codec)> codec(
+      opj_create_compress(recipe.isJp2 ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K), opj_destroy_codec);
+  const std::unique_ptr<opj_stream_t, decltype(&opj_stream_destroy)> stream(opj_stream_create(4096, OPJ_FALSE),
+                                                                            opj_stream_destroy);
+  opj_stream_set_write_function(stream.get(), WriteSink);
+  opj_stream_set_skip_function(stream.get(), SkipSink);
+  opj_stream_set_seek_function(stream.get(), SeekSink);
+  opj_stream_set_user_data(stream.get(), &sink, nullptr);
+  EXPECT_TRUE(opj_setup_encoder(codec.get(), &parameters, image.get()) &&
+              opj_start_compress(codec.get(), image.get(), stream.get()) && opj_encode(codec.get(), stream.get()) &&
+              opj_end_compress(codec.get(), stream.get()));
+  return sink.bytes;
+}
+
+Bytes Encode(const Recipe &recipe) {
+  return Encode(recipe, RandomSamples(recipe));
+}
+
+void PutBig(Bytes &bytes, size_t at, uint64_t value, int count) {
+  for (int i = 0; i < count; ++i) bytes[at + i] = static_cast<uint8_t>(value >> 8 * (count - 1 - i));
+}
+
+Bytes Box(const char *type, const Bytes &contents) {
+  Bytes box(8);
+  PutBig(box, 0, 8 + contents.size(), 4);
+  std::memcpy(box.data() + 4, type, 4);
+  box.insert(box.end(), contents.begin(), contents.end());
+  return box;
+}
+
+/** Where a box with a 32-bit length begins; the names of boxes occur nowhere else in what is made here. */
+size_t BoxAt(const Bytes &file, const std::string &type) {
+  const auto found = std::search(file.begin(), file.end(), type.begin(), type.end());
+  EXPECT_NE(found, file.end());
+  return static_cast<size_t>(found - file.begin()) - 4;
+}
+
+void Insert(Bytes &file, size_t at, const Bytes &bytes) {
+  file.insert(file.begin() + static_cast<std::ptrdiff_t>(at), bytes.begin(), bytes.end());
+}
+
+/** Adds boxes at the end of the header box, which has the code stream's box behind it. */
+Bytes WithHeaderBoxes(Bytes file, const Bytes &boxes) {
+  const size_t header = BoxAt(file, "jp2h");
+  const size_t end = BoxAt(file, "jp2c");
+  Insert(file, end, boxes);
+  PutBig(file, header, end - header + boxes.size(), 4);
+  return file;
+}
+
+// ---- reading them
+// ----------------------------------------------------------------------------------------------------
+
+KsLoadOptions Options(const std::vector<uint32_t> &bands = {}) {
+  KsLoadOptions options = {};
+  if (bands.empty()) return options;
+  options.loadFlags = KS_LOAD_BANDS;
+  for (size_t i = 0; i < 3; ++i) options.bands[i] = bands[i];
+  return options;
+}
+
+int32_t Load(const Bytes &stream, KsLocalBitmap &bitmap, const KsLoadOptions &options = {}) {
+  // A copy of exactly its size, so that a read beyond the end is found.
+  const std::unique_ptr<uint8_t[]> exact(new uint8_t[stream.size()]);
+  std::copy(stream.begin(), stream.end(), exact.get());
+  return kJpeg2000Codec.load({exact.get(), stream.size()}, options, bitmap.Get());
+}
+
+/** Red, green and blue of a 24-bit pixel. */
+std::array<int, 3> ColorAt(const KsLocalBitmap &bitmap, uint64_t x, uint64_t y) {
+  const uint8_t *const pixel = bitmap->pixels + y * bitmap->bytesPerLine + x * 3;
+  return {pixel[2], pixel[1], pixel[0]};
+}
+
+// ---- pictures
+// --------------------------------------------------------------------------------------------------------
+
+using Jpeg2000Test = ServiceTest;
+
+struct PictureCase {
+  Recipe recipe;
+  std::vector<uint32_t> bands;
+  uint32_t bits;
+  std::vector<uint32_t> shown; /**< the components for red, green and blue, or the one for gray */
+  friend std::ostream &operator<<(std::ostream &out, const PictureCase &picture) { return out << picture.recipe.name; }
+};
+
+class PictureTest : public ServiceTestWith<PictureCase> {
+ protected:
+  /** The value that a component has at a pixel, spread from its own range to `full`. */
+  long Expected(const Samples &samples, uint32_t number, uint32_t x, uint32_t y, uint32_t full) const {
+    const Recipe &recipe = GetParam().recipe;
+    const Component &component = recipe.components[number];
+    const Extent extent = ExtentOf(recipe, component);
+    const uint32_t column = std::max((recipe.left + x) / component.dx, extent.left) - extent.left;
+    const uint32_t row = std::max((recipe.top + y) / component.dy, extent.top) - extent.top;
+    const int32_t value =
+        samples[number][row * extent.width + column] + (component.isSigned ? 1 << (component.bits - 1) : 0);
+    return std::lround(static_cast<double>(value) * full / ((1 << component.bits) - 1));
+  }
+};
+
+TEST_P(PictureTest, ComesAsItWasEncoded) {
+  const PictureCase &picture = GetParam();
+  const Recipe &recipe = picture.recipe;
+  const Samples samples = RandomSamples(recipe);
+  const Bytes stream = Encode(recipe, samples);
+
+  kscodec::PictureInfo info;
+  ASSERT_TRUE(kJpeg2000Codec.recognises(stream));
+  ASSERT_EQ(kJpeg2000Codec.inform(stream, &info), SUCCESS);
+  EXPECT_EQ(info.format, uint32_t{recipe.isJp2 ? KS_FORMAT_JP2 : KS_FORMAT_J2K});
+  EXPECT_EQ(info.width, recipe.width);
+  EXPECT_EQ(info.height, recipe.height);
+  EXPECT_EQ(info.components, recipe.components.size());
+  EXPECT_EQ(info.bits, recipe.components[0].bits);
+
+  KsLocalBitmap bitmap;
+  ASSERT_EQ(Load(stream, bitmap, Options(picture.bands)), SUCCESS);
+  ASSERT_EQ(bitmap->width, recipe.width);
+  ASSERT_EQ(bitmap->height, recipe.height);
+  ASSERT_EQ(bitmap->bitsPerPixel, picture.bits);
+  const std::map<uint32_t, uint32_t> orders = {{8, KS_ORDER_PALETTE}, {16, KS_ORDER_GRAY}, {24, KS_ORDER_BGR}};
+  EXPECT_EQ(bitmap->order, orders.at(picture.bits));
+  const uint32_t ownFull = (1u << recipe.components[0].bits) - 1;
+  const Bytes storage = StorageOf(*bitmap.Get());
+  for (uint32_t y = 0; y < recipe.height; ++y) {
+    for (uint32_t x = 0; x < recipe.width; ++x) {
+      if (picture.bits == 24) {
+        const std::array<int, 3> color = ColorAt(bitmap, x, y);
+        for (size_t i = 0; i < 3; ++i) {
+          ASSERT_EQ(color[i], Expected(samples, picture.shown[i], x, y, 255)) << x << ", " << y << " channel " << i;
+        }
+      } else {
+        const uint32_t full = picture.bits == 16 ? 65535 : ownFull;
+        ASSERT_EQ(static_cast<long>(PixelOf(*bitmap.Get(), storage, x, y)),
+                  Expected(samples, picture.shown[0], x, y, full))
+            << x << ", " << y;
+      }
+    }
+  }
+}
+
+using Components = std::vector<Component>;
+
+Components Equal(size_t count, const Component &component = {}) {
+  return Components(count, component);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Grays, PictureTest,
+    testing::Values(PictureCase{{.name = "8 bits", .components = Equal(1)}, {}, 8, {0}},
+                    PictureCase{{.name = "JP2", .components = Equal(1), .isJp2 = true}, {}, 8, {0}},
+                    PictureCase{{.name = "bands of one component", .components = Equal(1)}, {2, 1, 0}, 8, {0}},
+                    PictureCase{{.name = "1 bit", .components = Equal(1, {1})}, {}, 8, {0}},
+                    PictureCase{{.name = "5 bits", .components = Equal(1, {5})}, {}, 8, {0}},
+                    PictureCase{{.name = "9 bits", .components = Equal(1, {9})}, {}, 16, {0}},
+                    PictureCase{{.name = "11 bits", .components = Equal(1, {11}), .tile = 16}, {}, 16, {0}},
+                    PictureCase{{.name = "12 bits", .components = Equal(1, {12})}, {}, 16, {0}},
+                    PictureCase{{.name = "16 bits", .components = Equal(1, {16}), .isJp2 = true}, {}, 16, {0}},
+                    PictureCase{{.name = "8 bits signed", .components = Equal(1, {8, true})}, {}, 8, {0}},
+                    PictureCase{{.name = "12 bits signed", .components = Equal(1, {12, true})}, {}, 16, {0}},
+                    PictureCase{{.name = "16 bits signed", .components = Equal(1, {16, true})}, {}, 16, {0}},
+                    PictureCase{{.name = "one pixel", .components = Equal(1), .width = 1, .height = 1}, {}, 8, {0}},
+                    PictureCase{
+                        {.name = "offset", .components = Equal(1), .left = 13, .top = 6, .tile = 16}, {}, 8, {0}}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Colors, PictureTest,
+    testing::Values(
+        PictureCase{{.name = "three", .components = Equal(3)}, {}, 24, {0, 1, 2}},
+        PictureCase{{.name = "mixed", .components = Equal(3), .tile = 16, .mixes = true}, {}, 24, {0, 1, 2}},
+        PictureCase{{.name = "JP2", .components = Equal(3), .isJp2 = true, .mixes = true, .space = OPJ_CLRSPC_SRGB},
+                    {},
+                    24,
+                    {0, 1, 2}},
+        PictureCase{{.name = "11 bits", .components = Equal(3, {11}), .mixes = true}, {}, 24, {0, 1, 2}},
+        PictureCase{{.name = "16 bits", .components = Equal(3, {16})}, {}, 24, {0, 1, 2}},
+        PictureCase{{.name = "own depths", .components = {{8}, {3, true}, {13}}}, {}, 24, {0, 1, 2}},
+        PictureCase{{.name = "subsampled", .components = {{8}, {8, false, 2, 2}, {8, false, 3, 1}}}, {}, 24, {0, 1, 2}},
+        PictureCase{{.name = "subsampled with an offset",
+                     .components = {{8, false, 1, 2}, {8, true, 2, 2}, {8, false, 4, 3}},
+                     .width = 36,
+                     .height = 30,
+                     .left = 5,
+                     .top = 7,
+                     .tile = 16},
+                    {},
+                    24,
+                    {0, 1, 2}},
+        PictureCase{{.name = "all subsampled", .components = Equal(3, {8, false, 3, 2}), .left = 1, .top = 1},
+                    {},
+                    24,
+                    {0, 1, 2}},
+        PictureCase{
+            {.name = "with alpha", .components = Equal(4), .isJp2 = true, .hasAlpha = true}, {}, 24, {0, 1, 2}}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Bands, PictureTest,
+    testing::Values(
+        PictureCase{{.name = "two", .components = Equal(2)}, {}, 24, {0, 0, 0}},
+        PictureCase{{.name = "of two", .components = Equal(2), .isJp2 = true}, {1, 0, 5}, 24, {1, 0, 1}},
+        PictureCase{{.name = "of three", .components = Equal(3), .mixes = true}, {2, 2, 0}, 24, {2, 2, 0}},
+        PictureCase{{.name = "first of five", .components = Equal(5)}, {}, 24, {0, 1, 2}},
+        PictureCase{{.name = "first of five, mixed", .components = Equal(5), .mixes = true}, {}, 24, {0, 1, 2}},
+        PictureCase{{.name = "backwards", .components = Equal(5), .tile = 16}, {4, 2, 0}, 24, {4, 2, 0}},
+        PictureCase{{.name = "cut", .components = Equal(5), .isJp2 = true}, {9, 1, UINT32_MAX}, 24, {4, 1, 4}},
+        PictureCase{{.name = "one thrice", .components = Equal(5)}, {3, 3, 3}, 24, {3, 3, 3}},
+        PictureCase{{.name = "some mixed", .components = Equal(5), .mixes = true}, {4, 1, 3}, 24, {4, 1, 3}},
+        PictureCase{{.name = "behind the mixed", .components = Equal(5), .mixes = true}, {4, 3, 4}, 24, {4, 3, 4}},
+        PictureCase{
+            {.name = "of alpha", .components = Equal(4), .isJp2 = true, .hasAlpha = true}, {3, 1, 0}, 24, {3, 1, 0}},
+        PictureCase{{.name = "own depths", .components = {{16}, {8}, {12, true}, {5}, {8, false, 2, 2}}},
+                    {4, 2, 3},
+                    24,
+                    {4, 2, 3}},
+        PictureCase{
+            {.name = "of 300", .components = Equal(300), .width = 9, .height = 8}, {299, 256, 7}, 24, {299, 256, 7}}));
+
+TEST_F(Jpeg2000Test, LuminanceAndColorDifferencesBecomeRgbUnlessBandsAreWanted) {
+  const Recipe recipe = {
+      .name = "", .components = Equal(3), .width = 4, .height = 1, .isJp2 = true, .space = OPJ_CLRSPC_SYCC};
+  const Bytes stream = Encode(recipe, {{76, 150, 29, 200}, {85, 44, 255, 128}, {255, 21, 107, 128}});
+  const std::array<std::array<int, 3>, 4> colors = {{{255, 0, 0}, {0, 255, 0}, {0, 0, 255}, {200, 200, 200}}};
+  KsLocalBitmap bitmap;
+  ASSERT_EQ(Load(stream, bitmap), SUCCESS);
+  for (size_t x = 0; x < 4; ++x) {
+    for (size_t i = 0; i < 3; ++i) EXPECT_NEAR(ColorAt(bitmap, x, 0)[i], colors[x][i], 2) << x << " channel " << i;
+  }
+  KsLocalBitmap bands;
+  ASSERT_EQ(Load(stream, bands, Options({0, 1, 2})), SUCCESS);
+  EXPECT_EQ(ColorAt(bands, 0, 0), (std::array<int, 3>{76, 85, 255}));
+}
+
+/** A JP2 file of the four indices 0 to 3, and a palette of three columns. */
+Bytes PaletteFile() {
+  const Recipe recipe = {.name = "", .components = Equal(1, {2}), .width = 4, .height = 1, .isJp2 = true};
+  const Bytes palette = {0, 4, 3, 7, 7, 7, 10, 20, 30, 40, 50, 60, 70, 80, 90, 100, 110, 120};
+  const Bytes mapping = {0, 0, 1, 0, 0, 0, 1, 1, 0, 0, 1, 2};
+  Bytes boxes = Box("pclr", palette);
+  Insert(boxes, boxes.size(), Box("cmap", mapping));
+  return WithHeaderBoxes(Encode(recipe, {{0, 3, 2, 1}}), boxes);
+}
+
+TEST_F(Jpeg2000Test, PaletteIsAppliedBeforeComponentsAreCounted) {
+  kscodec::PictureInfo info;
+  ASSERT_EQ(kJpeg2000Codec.inform(PaletteFile(), &info), SUCCESS);
+  EXPECT_EQ(info.components, 3u);
+  EXPECT_EQ(info.bits, 8u);
+  KsLocalBitmap bitmap;
+  ASSERT_EQ(Load(PaletteFile(), bitmap), SUCCESS);
+  EXPECT_EQ(bitmap->bitsPerPixel, 24u);
+  EXPECT_EQ(ColorAt(bitmap, 1, 0), (std::array<int, 3>{100, 110, 120}));
+  EXPECT_EQ(ColorAt(bitmap, 3, 0), (std::array<int, 3>{40, 50, 60}));
+  KsLocalBitmap bands;
+  ASSERT_EQ(Load(PaletteFile(), bands, Options({2, 0, 7})), SUCCESS);
+  EXPECT_EQ(ColorAt(bands, 2, 0), (std::array<int, 3>{90, 70, 90}));
+}
+
+TEST_F(Jpeg2000Test, DeeperThan16BitsIsNotSupported) {
+  const Recipe recipe = {.name = "", .components = Equal(1, {20})};
+  KsLocalBitmap bitmap;
+  EXPECT_EQ(Load(Encode(recipe), bitmap), ERROR_NOT_SUPPORTED);
+}
+
+// ---- headers
+// ---------------------------------------------------------------------------------------------------------
+
+struct BoxCase {
+  const char *name;
+  void (*change)(Bytes &file, size_t codeStreamBox);
+  int32_t status;
+  friend std::ostream &operator<<(std::ostream &out, const BoxCase &box) { return out << box.name; }
+};
+
+class BoxTest : public ServiceTestWith<BoxCase> {};
+
+TEST_P(BoxTest, FindsTheCodeStream) {
+  Bytes file = Encode({.name = "", .components = Equal(1), .isJp2 = true});
+  GetParam().change(file, BoxAt(file, "jp2c"));
+  kscodec::PictureInfo info;
+  EXPECT_EQ(kJpeg2000Codec.inform(file, &info), GetParam().status);
+  KsLocalBitmap bitmap;
+  EXPECT_EQ(Load(file, bitmap), GetParam().status);
+  EXPECT_EQ(bitmap->width, GetParam().status == SUCCESS ? 37u : 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Boxes, BoxTest,
+    testing::Values(
+        BoxCase{"up to the end", [](Bytes &file, size_t box) { PutBig(file, box, 0, 4); }, SUCCESS},
+        BoxCase{"64 bits",
+                [](Bytes &file, size_t box) {
+                  Insert(file, box + 8, Bytes(8));
+                  PutBig(file, box, 1, 4);
+                  PutBig(file, box + 8, file.size() - box, 8);
+                },
+                SUCCESS},
+        BoxCase{"a foreign box before it",
+                [](Bytes &file, size_t box) { Insert(file, box, Box("free", RandomBytes(99, 1))); }, SUCCESS},
+        BoxCase{"shorter than its head", [](Bytes &file, size_t box) { PutBig(file, box, 3, 4); }, ERROR_FILE_FORMAT},
+        BoxCase{"64 bits, shorter than its head",
+                [](Bytes &file, size_t box) {
+                  Insert(file, box + 8, Bytes(8));
+                  PutBig(file, box, 1, 4);
+                  PutBig(file, box + 8, 15, 8);
+                },
+                ERROR_FILE_FORMAT},
+        BoxCase{"a box before it that ends beyond the file",
+                [](Bytes &file, size_t box) {
+                  Insert(file, box, Box("free", Bytes(8)));
+                  PutBig(file, box, 1, 4);
+                  PutBig(file, box + 8, UINT64_MAX - 7, 8);
+                },
+                ERROR_FILE_FORMAT},
+        BoxCase{"nothing behind the header box", [](Bytes &file, size_t box) { file.resize(box); }, ERROR_FILE_FORMAT},
+        BoxCase{"half a box head", [](Bytes &file, size_t box) { file.resize(box + 6); }, ERROR_FILE_FORMAT}));
+
+struct SizeCase {
+  const char *name;
+  size_t at; /**< in the code stream */
+  uint64_t value;
+  int bytes;
+  friend std::ostream &operator<<(std::ostream &out, const SizeCase &size) { return out << size.name; }
+};
+
+class SizeTest : public ServiceTestWith<SizeCase> {};
+
+TEST_P(SizeTest, IsRefused) {
+  Bytes stream = Encode({.name = "", .components = Equal(1)});
+  PutBig(stream, GetParam().at, GetParam().value, GetParam().bytes);
+  kscodec::PictureInfo info;
+  EXPECT_TRUE(kJpeg2000Codec.recognises(stream));
+  EXPECT_EQ(kJpeg2000Codec.inform(stream, &info), ERROR_FILE_FORMAT);
+  KsLocalBitmap bitmap;
+  EXPECT_EQ(Load(stream, bitmap), ERROR_FILE_FORMAT);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, SizeTest,
+                         testing::Values(SizeCase{"no width", 8, 0, 4}, SizeCase{"no height", 12, 0, 4},
+                                         SizeCase{"offset at the right edge", 16, 37, 4},
+                                         SizeCase{"no tile width", 24, 0, 4},
+                                         SizeCase{"tiles right of the image", 32, 1, 4},
+                                         SizeCase{"no components", 40, 0, 2}, SizeCase{"two components", 40, 2, 2},
+                                         SizeCase{"16385 components", 40, 16385, 2}, SizeCase{"39 bits", 42, 38, 1},
+                                         SizeCase{"another length", 4, 40, 2}));
+
+// ---- bounds
+// ----------------------------------------------------------------------------------------------------------
+
+TEST_F(Jpeg2000Test, BitmapLimitBoundsThePictureAndWhatIsDecodedForIt) {
+  const Recipe alone = {.name = "", .components = Equal(5), .width = 64, .height = 64};
+  Recipe mixed = alone;
+  mixed.mixes = true;
+  const auto load = [](const Recipe &recipe, uint64_t limit) {
+    const Bytes stream = Encode(recipe);
+    KsSetBitmapLimit(limit);
+    KsLocalBitmap bitmap;
+    const int32_t status = Load(stream, bitmap);
+    KsSetBitmapLimit(0);
+    return status;
+  };
+  constexpr uint64_t kPixels = 64 * 64;
+  EXPECT_EQ(load(alone, 3 * kPixels - 1), ERROR_NO_MEMORY);
+  EXPECT_EQ(load(alone, 3 * kPixels), SUCCESS);
+  // All five components have to be decoded.
+  EXPECT_EQ(load(mixed, 5 * kPixels - 1), ERROR_NO_MEMORY);
+  EXPECT_EQ(load(mixed, 5 * kPixels), SUCCESS);
+}
+
+struct ClaimCase {
+  const char *name;
+  void (*change)(Bytes &stream, size_t style); /**< `style` is where the COD marker stands */
+  friend std::ostream &operator<<(std::ostream &out, const ClaimCase &claim) { return out << claim.name; }
+};
+
+class ClaimTest : public ServiceTestWith<ClaimCase> {};
+
+TEST_P(ClaimTest, OfAShortStreamIsRefusedBeforeDecoding) {
+  Bytes stream = Encode({.name = "", .components = Equal(1), .tile = 8});
+  const auto isPlausible = [&stream] {
+    const auto header = kscodec::ReadJpeg2000Header(stream);
+    return header && IsPlausible(*header, ReadJpeg2000Coding(*header));
+  };
+  EXPECT_TRUE(isPlausible());
+  const std::string marker = "\xFF\x52";
+  const auto found = std::search(stream.begin(), stream.end(), marker.begin(), marker.end(),
+                                 [](uint8_t byte, char wanted) { return byte == static_cast<uint8_t>(wanted); });
+  GetParam().change(stream, static_cast<size_t>(found - stream.begin()));
+  EXPECT_FALSE(isPlausible());
+  KsLocalBitmap bitmap;
+  EXPECT_EQ(Load(stream, bitmap), ERROR_FILE_FORMAT);
+}
+
+void SetSize(Bytes &stream, uint32_t width, uint32_t height, uint32_t tile) {
+  PutBig(stream, 8, width, 4);
+  PutBig(stream, 12, height, 4);
+  PutBig(stream, 24, tile, 4);
+  PutBig(stream, 28, tile, 4);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Claims, ClaimTest,
+    testing::Values(ClaimCase{"60000 by 60000", [](Bytes &stream, size_t) { SetSize(stream, 60000, 60000, 60000); }},
+                    ClaimCase{"one row", [](Bytes &stream, size_t) { SetSize(stream, 4000000000, 1, 4000000000); }},
+                    ClaimCase{"65025 tiles", [](Bytes &stream, size_t) { SetSize(stream, 255, 255, 1); }},
+                    ClaimCase{"65535 layers", [](Bytes &stream, size_t style) { PutBig(stream, style + 6, 65535, 2); }},
+                    ClaimCase{"precincts of one pixel", [](Bytes &stream, size_t style) {
+                                SetSize(stream, 4000, 4000, 4000);
+                                PutBig(stream, style + 2, 15, 2);
+                                stream[style + 4] |= 1;
+                                Insert(stream, style + 14, {0, 0x11, 0x11});
+                              }}));
+
+// ---- damage
+// ----------------------------------------------------------------------------------------------------------
+
+class DamageTest : public ServiceTestWith<bool> {
+ protected:
+  Bytes Stream() const {
+    if (GetParam()) return PaletteFile();
+    return Encode(
+        {.name = "", .components = {{8}, {8, false, 2, 2}, {12, true}, {8}}, .width = 13, .height = 9, .tile = 8});
+  }
+
+  /** A picture or a status, and no bitmap without success. */
+  static bool LoadsOrSays(const Bytes &stream) {
+    KsLocalBitmap bitmap;
+    const int32_t status = Load(stream, bitmap);
+    EXPECT_EQ(bitmap->pixels != nullptr, status == SUCCESS);
+    EXPECT_TRUE(status == SUCCESS || status == ERROR_FILE_FORMAT || status == ERROR_NOT_SUPPORTED ||
+                status == ERROR_NO_MEMORY)
+        << status;
+    return status == SUCCESS;
+  }
+};
+
+TEST_P(DamageTest, StreamsThatBreakOffAreTold) {
+  const Bytes whole = Stream();
+  ASSERT_TRUE(LoadsOrSays(whole));
+  for (size_t length = 1; length < whole.size(); length += 7) {
+    SCOPED_TRACE(length);
+    const bool loads = LoadsOrSays(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)));
+    const bool isMuchMissing = length < whole.size() / 3;
+    EXPECT_FALSE(loads && isMuchMissing);
+  }
+}
+
+TEST_P(DamageTest, ChangedBytesDoNoHarm) {
+  const Bytes whole = Stream();
+  for (size_t at = 0; at < whole.size(); ++at) {
+    for (const uint8_t change : {0x01, 0x80, 0xFF}) {
+      SCOPED_TRACE(at);
+      Bytes changed = whole;
+      changed[at] ^= change;
+      LoadsOrSays(changed);
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, DamageTest, testing::Bool());
+
+}  // namespace
+
+#endif

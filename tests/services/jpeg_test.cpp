@@ -1,0 +1,557 @@
+// JPEG through the codec front: what is told of a stream, and the pixels it gives. Streams are encoded here from known
+// components, so that the picture expected can be told without a decoder.
+#include "kscodec/jpeg_markers.h"
+#include "service_test.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <optional>
+#include <string_view>
+
+#include <jpeglib.h>
+
+namespace {
+
+constexpr uint32_t kWidth = 52;
+constexpr uint32_t kHeight = 37;
+
+struct Sampling {
+  int across;
+  int down;
+};
+
+/** How a test picture is encoded. */
+struct Encoding {
+  int components = 3;
+  std::vector<Sampling> sampling = {};  // 1 by 1 for the components without one
+  bool progressive = false;
+  bool eachAlone = false;  // a scan a component
+  uint32_t restart = 0;
+  bool jfif = false;
+  std::optional<uint8_t> adobe = {};  // its transform
+  std::string_view ids = "\1\2\3\4";
+};
+
+/** The value of a component at a pixel: smooth, and different for each component. */
+int Sample(int component, uint32_t x, uint32_t y) {
+  const double wave = std::sin(0.09 * x + component) * 30 + std::cos(0.07 * y + 2 * component) * 20;
+  return static_cast<int>(std::lround(128 + wave - 12 * (component % 3)));
+}
+
+void WriteAdobe(jpeg_compress_struct *jpeg, uint8_t transform) {
+  const Bytes body = {'A', 'd', 'o', 'b', 'e', 0, 100, 0, 0, 0, 0, transform};
+  jpeg_write_marker(jpeg, JPEG_APP0 + 14, body.data(), static_cast<unsigned>(body.size()));
+}
+
+Bytes Encode(const Encoding &encoding, uint32_t width = kWidth, uint32_t height = kHeight) {
+  jpeg_compress_struct jpeg = {};
+  jpeg_error_mgr errors = {};
+  jpeg.err = jpeg_std_error(&errors);
+  jpeg_create_compress(&jpeg);
+  unsigned char *memory = nullptr;
+  unsigned long size = 0;
+  jpeg_mem_dest(&jpeg, &memory, &size);
+  jpeg.image_width = width;
+  jpeg.image_height = height;
+  jpeg.input_components = encoding.components;
+  jpeg.in_color_space = JCS_UNKNOWN;
+  jpeg_set_defaults(&jpeg);
+  jpeg_set_quality(&jpeg, 100, TRUE);
+  for (size_t i = 0; i < static_cast<size_t>(encoding.components); ++i) {
+    jpeg_component_info &component = jpeg.comp_info[i];
+    component.component_id = static_cast<uint8_t>(encoding.ids[i]);
+    const bool chroma = i != 0 && encoding.components == 3;
+    component.dc_tbl_no = chroma ? 1 : 0;
+    component.ac_tbl_no = chroma ? 1 : 0;
+    if (i >= encoding.sampling.size()) continue;
+    component.h_samp_factor = encoding.sampling[i].across;
+    component.v_samp_factor = encoding.sampling[i].down;
+  }
+  jpeg.write_JFIF_header = encoding.jfif ? TRUE : FALSE;
+  jpeg.restart_interval = encoding.restart;
+  std::vector<jpeg_scan_info> scans;
+  for (int i = 0; i < encoding.components && encoding.eachAlone; ++i) scans.push_back({1, {i}, 0, 63, 0, 0});
+  if (!scans.empty()) {
+    jpeg.scan_info = scans.data();
+    jpeg.num_scans = static_cast<int>(scans.size());
+  }
+  if (encoding.progressive) jpeg_simple_progression(&jpeg);
+  jpeg_start_compress(&jpeg, TRUE);
+  if (encoding.adobe) WriteAdobe(&jpeg, *encoding.adobe);
+  Bytes row(uint64_t{width} * static_cast<uint32_t>(encoding.components));
+  for (uint32_t y = 0; y < height; ++y) {
+    auto sample = row.begin();
+    for (uint32_t x = 0; x < width; ++x) {
+      for (int c = 0; c < encoding.components; ++c) *sample++ = static_cast<uint8_t>(Sample(c, x, y));
+    }
+    JSAMPROW rows[] = {row.data()};
+    jpeg_write_scanlines(&jpeg, rows, 1);
+  }
+  jpeg_finish_compress(&jpeg);
+  jpeg_destroy_compress(&jpeg);
+  Bytes stream(memory, memory + size);
+  std::free(memory);
+  return stream;
+}
+
+/** Where the first segment of a marker begins, and its length with the marker. */
+struct Place {
+  size_t position;
+  size_t length;
+};
+
+Place Find(const Bytes &stream, uint8_t marker) {
+  for (size_t at = 2; at + 4 <= stream.size();) {
+    const size_t length = 2 + static_cast<size_t>(stream[at + 2] << 8 | stream[at + 3]);
+    if (stream[at + 1] == marker) return {at, length};
+    at += length;
+  }
+  ADD_FAILURE() << "no marker " << int{marker};
+  return {2, 0};
+}
+
+Bytes WithoutSegments(Bytes stream, uint8_t marker, int count) {
+  for (int i = 0; i < count; ++i) {
+    const Place place = Find(stream, marker);
+    const auto begin = stream.begin() + static_cast<std::ptrdiff_t>(place.position);
+    stream.erase(begin, begin + static_cast<std::ptrdiff_t>(place.length));
+  }
+  return stream;
+}
+
+Bytes Joined(Bytes first, const Bytes &second) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
+}
+
+int32_t Load(const Bytes &stream, KsLocalBitmap &bitmap, const KsLoadOptions *options = nullptr) {
+  return KsLoadMemory(stream.data(), bitmap.Get(), sizeof(KsBitmap), 0, KS_ORDER_CODEC, stream.size(), options,
+                      nullptr);
+}
+
+KsLoadOptions Options(uint32_t flags, std::array<uint32_t, 3> bands = {}) {
+  KsLoadOptions options;
+  EXPECT_EQ(KsLoadOptionsInit(&options, sizeof options), SUCCESS);
+  options.loadFlags = flags;
+  std::copy(bands.begin(), bands.end(), options.bands);
+  return options;
+}
+
+int32_t Inform(const Bytes &stream, KsFileInfo *info) {
+  *info = {};
+  return KsFileInfoMemory(stream.data(), info, sizeof *info, stream.size(), 0, 0);
+}
+
+/** What the bytes of a pixel are expected to be. */
+enum class Route { kGray, kYCbCr, kBands };
+
+std::array<double, 3> ExpectedPixel(Route route, const std::array<int, 3> &bands, uint32_t x, uint32_t y) {
+  if (route != Route::kYCbCr) {
+    return {double(Sample(bands[2], x, y)), double(Sample(bands[1], x, y)), double(Sample(bands[0], x, y))};
+  }
+  const double luma = Sample(0, x, y);
+  const double cb = Sample(1, x, y) - 128;
+  const double cr = Sample(2, x, y) - 128;
+  return {luma + 1.772 * cb, luma - 0.344136 * cb - 0.714136 * cr, luma + 1.402 * cr};
+}
+
+void ExpectPicture(const KsBitmap &bitmap, Route route, const std::array<int, 3> &bands, double tolerance) {
+  const uint32_t bytes = route == Route::kGray ? 1 : 3;
+  ASSERT_EQ(bitmap.width, kWidth);
+  ASSERT_EQ(bitmap.height, kHeight);
+  ASSERT_EQ(bitmap.bitsPerPixel, bytes * 8);
+  EXPECT_EQ(bitmap.order, route == Route::kGray ? KS_ORDER_PALETTE : KS_ORDER_BGR);
+  EXPECT_EQ(bitmap.colorCount, 0u);
+  for (uint32_t y = 0; y < kHeight; ++y) {
+    for (uint32_t x = 0; x < kWidth; ++x) {
+      const std::array<double, 3> expected = ExpectedPixel(route, bands, x, y);
+      for (uint32_t i = 0; i < bytes; ++i) {
+        const double value = std::clamp(expected[i], 0.0, 255.0);
+        const int found = bitmap.pixels[uint64_t{y} * bitmap.bytesPerLine + uint64_t{x} * bytes + i];
+        ASSERT_NEAR(found, value, tolerance) << x << ", " << y << " byte " << i;
+      }
+    }
+  }
+}
+
+constexpr std::array<int, 3> kFirstThree = {0, 1, 2};
+
+// ---- kinds ----------------------------------------------------------------------------------------------------------
+
+struct KindCase {
+  const char *name;
+  Encoding encoding;
+  uint32_t format;
+  Route route = Route::kYCbCr;
+  double tolerance = 4;
+  std::array<int, 3> bands = kFirstThree;
+};
+
+class JpegKind : public ServiceTestWith<KindCase> {};
+
+TEST_P(JpegKind, IsToldAndDecoded) {
+  const KindCase &kind = GetParam();
+  const Bytes stream = Encode(kind.encoding);
+  KsFileInfo info;
+  ASSERT_EQ(Inform(stream, &info), SUCCESS);
+  const auto bits = static_cast<uint32_t>(kind.encoding.components * 8);
+  EXPECT_EQ(info.formatId, kind.format);
+  EXPECT_EQ(info.width, kWidth);
+  EXPECT_EQ(info.height, kHeight);
+  EXPECT_EQ(info.bitsPerPixel, bits);
+  EXPECT_EQ(uint64_t{info.imageBytes}, uint64_t{kHeight} * ((kWidth * bits / 8 + 3) & ~3u));
+  EXPECT_EQ(info.pageCount, 1u);
+  EXPECT_EQ(info.pageNumber, 1u);
+  KsLocalBitmap bitmap;
+  ASSERT_EQ(Load(stream, bitmap), SUCCESS);
+  ExpectPicture(*bitmap.Get(), kind.route, kind.bands, kind.tolerance);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, JpegKind,
+    testing::Values(
+        KindCase{"gray", {.components = 1}, KS_FORMAT_JPEG, Route::kGray, 2, {0, 0, 0}},
+        KindCase{"grayWithRestarts", {.components = 1, .restart = 3}, KS_FORMAT_JPEG, Route::kGray, 2, {0, 0, 0}},
+        KindCase{"grayOfOddSampling", {1, {{2, 2}}}, KS_FORMAT_JPEG, Route::kGray, 2, {0, 0, 0}},
+        KindCase{"grayProgressive", {1, {}, true}, KS_FORMAT_JPEG_PROGRESSIVE, Route::kGray, 2, {0, 0, 0}},
+        KindCase{"color", {}, KS_FORMAT_JPEG},
+        KindCase{"colorOfEqualSampling", {3, {{2, 1}, {2, 1}, {2, 1}}}, KS_FORMAT_JPEG},
+        KindCase{"colorInThreeScans", {.eachAlone = true, .restart = 4}, KS_FORMAT_JPEG},
+        KindCase{"halvedAcross", {.sampling = {{2, 1}}, .restart = 2}, KS_FORMAT_JPEG_422, Route::kYCbCr, 8},
+        KindCase{"halvedAcrossOfTwoRows", {3, {{2, 2}, {1, 2}, {1, 2}}}, KS_FORMAT_JPEG_422, Route::kYCbCr, 8},
+        KindCase{"halvedBothWays", {3, {{2, 2}}}, KS_FORMAT_JPEG_420, Route::kYCbCr, 12},
+        KindCase{"halvedDown", {3, {{1, 2}}}, KS_FORMAT_JPEG_420, Route::kYCbCr, 8},
+        KindCase{"unlikeChroma", {3, {{2, 1}, {2, 1}, {1, 1}}}, KS_FORMAT_JPEG_420, Route::kYCbCr, 8},
+        KindCase{"progressive", {3, {{2, 2}}, true}, KS_FORMAT_JPEG_PROGRESSIVE, Route::kYCbCr, 12},
+        KindCase{"twoComponents", {.components = 2}, KS_FORMAT_JPEG_MANY, Route::kBands, 2, {0, 0, 0}},
+        KindCase{"fourComponents", {.components = 4}, KS_FORMAT_JPEG_MANY, Route::kBands, 2},
+        KindCase{"fourComponentsInScans", {.components = 4, .eachAlone = true}, KS_FORMAT_JPEG_MANY, Route::kBands, 2}),
+    [](const auto &kind) { return kind.param.name; });
+
+// ---- colours and bands ----------------------------------------------------------------------------------------------
+
+struct ColorCase {
+  const char *name;
+  Encoding encoding;
+  uint32_t flags;
+  Route route;
+  std::array<uint32_t, 3> asked = {};
+  std::array<int, 3> bands = kFirstThree;
+};
+
+class JpegColor : public ServiceTestWith<ColorCase> {};
+
+TEST_P(JpegColor, FollowsMarkersAndOptions) {
+  const ColorCase &color = GetParam();
+  const KsLoadOptions options = Options(color.flags, color.asked);
+  KsLocalBitmap bitmap;
+  ASSERT_EQ(Load(Encode(color.encoding), bitmap, &options), SUCCESS);
+  ExpectPicture(*bitmap.Get(), color.route, color.bands, 4);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Colors, JpegColor,
+    testing::Values(
+        ColorCase{"plain", {}, KS_LOAD_COLOR, Route::kYCbCr}, ColorCase{"jfif", {.jfif = true}, 0, Route::kYCbCr},
+        ColorCase{"jfifWithLetters", {.jfif = true, .ids = "RGB"}, KS_LOAD_COLOR, Route::kYCbCr},
+        ColorCase{"adobeYCbCrWithLetters", {.adobe = uint8_t{1}, .ids = "RGB"}, 0, Route::kYCbCr},
+        ColorCase{"adobeRgb", {.adobe = uint8_t{0}}, 0, Route::kBands},
+        ColorCase{"adobeRgbBesideJfif", {.jfif = true, .adobe = uint8_t{0}}, 0, Route::kBands},
+        ColorCase{"adobeUnknownWithLetters", {.adobe = uint8_t{7}, .ids = "RGB"}, 0, Route::kBands},
+        ColorCase{"letters", {.ids = "RGB"}, 0, Route::kBands},
+        ColorCase{"someLetters", {.ids = "RGC"}, 0, Route::kYCbCr},
+        ColorCase{"bandsOfThree", {.jfif = true}, KS_LOAD_BANDS, Route::kBands, {2, 0, 1}, {2, 0, 1}},
+        ColorCase{"bandsOfFour", {.components = 4}, KS_LOAD_BANDS, Route::kBands, {3, 1, 3}, {3, 1, 3}},
+        ColorCase{"bandsBehindTheLast", {.components = 4}, KS_LOAD_BANDS, Route::kBands, {9, UINT32_MAX, 0}, {3, 3, 0}},
+        ColorCase{"bandsOfTwo", {.components = 2}, KS_LOAD_BANDS, Route::kBands, {1, 0, 1}, {1, 0, 1}},
+        ColorCase{"bandsOfOne", {.components = 1}, KS_LOAD_BANDS, Route::kGray, {2, 1, 0}, {0, 0, 0}}),
+    [](const auto &color) { return color.param.name; });
+
+// ---- other forms of the same stream ---------------------------------------------------------------------------------
+
+constexpr uint8_t kMultiBandPrefix[27] = {0xFF, 0xD8, 0xFF, 0xE6, 0, 25, 'N', 'I', 'T', 'F', 0, 2, 0, 0x42,
+                                          0,    2,    0,    2,    3, 8,  0,   1,   0,   3,   8, 1, 1};
+
+class JpegTest : public ServiceTest {
+ protected:
+  void ExpectSamePicture(const Bytes &stream, const Bytes &other) {
+    KsLocalBitmap bitmap;
+    KsLocalBitmap otherBitmap;
+    ASSERT_EQ(Load(stream, bitmap), SUCCESS);
+    ASSERT_EQ(Load(other, otherBitmap), SUCCESS);
+    EXPECT_EQ(StorageOf(*bitmap.Get()), StorageOf(*otherBitmap.Get()));
+  }
+};
+
+TEST_F(JpegTest, StreamsWithoutHuffmanTablesMeanTheStandardOnes) {
+  const Bytes gray = Encode({.components = 1});
+  ExpectSamePicture(gray, WithoutSegments(gray, 0xC4, 2));
+  const Bytes color = Encode({.sampling = {{2, 1}}});
+  ExpectSamePicture(color, WithoutSegments(color, 0xC4, 4));
+}
+
+TEST_F(JpegTest, FillBytesMayStandInFrontOfTheStream) {
+  const Bytes stream = Encode({.components = 1});
+  Bytes padded(7, 0xFF);
+  padded.insert(padded.end(), stream.begin(), stream.end());
+  ExpectSamePicture(stream, padded);
+}
+
+TEST_F(JpegTest, StreamsWithoutQuantisationAreDamaged) {
+  KsLocalBitmap bitmap;
+  EXPECT_EQ(Load(WithoutSegments(Encode({.components = 1}), 0xDB, 1), bitmap), ERROR_FILE_FORMAT);
+}
+
+TEST_F(JpegTest, APrefixTakesTheTilesOwnStartIntoItsSegment) {
+  const Bytes prefix(std::begin(kMultiBandPrefix), std::end(kMultiBandPrefix));
+  for (const Encoding &encoding : {Encoding{.components = 4}, Encoding{.jfif = true}, Encoding{.components = 1}}) {
+    const Bytes tile = Encode(encoding);
+    const Bytes prefixed = Joined(prefix, tile);
+    ExpectSamePicture(tile, prefixed);
+    KsFileInfo info;
+    KsFileInfo plain;
+    ASSERT_EQ(Inform(prefixed, &info), SUCCESS);
+    ASSERT_EQ(Inform(tile, &plain), SUCCESS);
+    EXPECT_EQ(std::memcmp(&info, &plain, sizeof info), 0);
+    kscodec::jpeg::Header header;
+    ASSERT_EQ(ReadHeader(prefixed, &header), SUCCESS);
+    ASSERT_EQ(header.nitf.size(), 23u);
+    EXPECT_EQ(header.nitf.data(), prefixed.data() + 6);
+    EXPECT_EQ(header.nitf[22], 0xD8);
+    EXPECT_EQ(header.hasJfif, encoding.jfif);
+  }
+}
+
+// ---- damage ---------------------------------------------------------------------------------------------------------
+
+struct DamageCase {
+  const char *name;
+  Encoding encoding;
+};
+
+/** The limit is kept low, as a changed size may ask for gigabytes. */
+class JpegDamage : public ServiceTestWith<DamageCase> {
+ protected:
+  JpegDamage() { KsSetBitmapLimit(uint64_t{1} << 20); }
+  ~JpegDamage() override { KsSetBitmapLimit(0); }
+
+  /** The status, for a picture that is either complete or not there at all. */
+  static int32_t LoadAny(const Bytes &stream) {
+    KsLocalBitmap bitmap;
+    const int32_t status = Load(stream, bitmap);
+    EXPECT_EQ(bitmap->pixels != nullptr, status == SUCCESS);
+    EXPECT_EQ(bitmap->width != 0, status == SUCCESS);
+    KsFileInfo info;
+    const int32_t told = Inform(stream, &info);
+    EXPECT_TRUE(status != SUCCESS || told == SUCCESS) << told;
+    return status;
+  }
+};
+
+TEST_P(JpegDamage, AStreamThatBreaksOffGivesWhatItHas) {
+  const Bytes stream = Encode(GetParam().encoding, 19, 11);
+  const Place scan = Find(stream, 0xDA);
+  for (size_t size = 1; size < stream.size(); ++size) {
+    const bool headerIsWhole = size >= scan.position + scan.length;
+    const int32_t damaged = size < 3 ? ERROR_NOT_SUPPORTED : ERROR_FILE_FORMAT;
+    EXPECT_EQ(LoadAny(Bytes(stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(size))),
+              headerIsWhole ? SUCCESS : damaged)
+        << size;
+  }
+}
+
+TEST_P(JpegDamage, AChangedByteGivesAStatusOrAPicture) {
+  const Bytes stream = Encode(GetParam().encoding, 19, 11);
+  for (size_t i = 0; i < stream.size(); ++i) {
+    for (const int change : {0x01, 0x10, 0x80, 0xFF}) {
+      Bytes damaged = stream;
+      damaged[i] = static_cast<uint8_t>(damaged[i] ^ change);
+      const int32_t status = LoadAny(damaged);
+      EXPECT_TRUE(status == SUCCESS || status == ERROR_FILE_FORMAT || status == ERROR_NOT_SUPPORTED ||
+                  status == ERROR_NO_MEMORY)
+          << i << ": " << status;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Streams, JpegDamage,
+                         testing::Values(DamageCase{"gray", {.components = 1, .jfif = true}},
+                                         DamageCase{"color", {.sampling = {{2, 2}}, .restart = 1, .adobe = uint8_t{1}}},
+                                         DamageCase{"progressive", {3, {{2, 1}}, true}},
+                                         DamageCase{"fourInScans", {.components = 4, .eachAlone = true}}),
+                         [](const auto &damage) { return damage.param.name; });
+
+TEST_F(JpegTest, RowsInFrontOfABreakAreWhole) {
+  const Bytes stream = Encode({.components = 1});
+  const Bytes half(stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(stream.size() * 3 / 4));
+  KsLocalBitmap whole;
+  KsLocalBitmap broken;
+  ASSERT_EQ(Load(stream, whole), SUCCESS);
+  ASSERT_EQ(Load(half, broken), SUCCESS);
+  constexpr std::ptrdiff_t kWholeRows = 16 * std::ptrdiff_t{kWidth};
+  EXPECT_TRUE(std::equal(whole->pixels, whole->pixels + kWholeRows, broken->pixels));
+  EXPECT_NE(StorageOf(*whole.Get()), StorageOf(*broken.Get()));
+}
+
+TEST_F(JpegTest, EndlessScansAreRefused) {
+  const Bytes stream = Encode({1, {}, true});
+  constexpr uint8_t kScanMarker[] = {0xFF, 0xDA};
+  const auto lastScan = std::find_end(stream.begin(), stream.end(), std::begin(kScanMarker), std::end(kScanMarker));
+  const Bytes scan(lastScan, stream.end() - 2);
+  const auto repeated = [&](int times) {
+    Bytes many(stream.begin(), stream.end() - 2);
+    for (int i = 0; i < times; ++i) many.insert(many.end(), scan.begin(), scan.end());
+    many.insert(many.end(), {0xFF, 0xD9});
+    KsLocalBitmap bitmap;
+    return Load(many, bitmap);
+  };
+  EXPECT_EQ(repeated(300), SUCCESS);
+  EXPECT_EQ(repeated(600), ERROR_FILE_FORMAT);
+}
+
+// ---- headers --------------------------------------------------------------------------------------------------------
+
+Bytes FrameOf(uint8_t marker, uint8_t bits, uint16_t width, uint16_t height, uint8_t components) {
+  Bytes frame = {0xFF,
+                 marker,
+                 0,
+                 static_cast<uint8_t>(8 + 3 * components),
+                 bits,
+                 static_cast<uint8_t>(height >> 8),
+                 static_cast<uint8_t>(height),
+                 static_cast<uint8_t>(width >> 8),
+                 static_cast<uint8_t>(width),
+                 components};
+  for (uint8_t i = 0; i < components; ++i) frame.insert(frame.end(), {i, 0x11, 0});
+  return frame;
+}
+
+const Bytes kStart = {0xFF, 0xD8};
+const Bytes kScan = {0xFF, 0xDA, 0, 8, 1, 0, 0, 0, 63, 0};
+
+struct HeaderCase {
+  const char *name;
+  Bytes stream;
+  int32_t status;
+  uint32_t format;
+  uint32_t bitsPerPixel;
+  int32_t loaded;
+};
+
+class JpegHeader : public ServiceTestWith<HeaderCase> {};
+
+TEST_P(JpegHeader, IsToldOrRefused) {
+  const HeaderCase &header = GetParam();
+  const Bytes exact(header.stream.begin(), header.stream.end());  // the sanitizer sees the first byte behind it
+  KsFileInfo info;
+  EXPECT_EQ(Inform(exact, &info), header.status);
+  EXPECT_EQ(info.formatId, header.format);
+  EXPECT_EQ(info.bitsPerPixel, header.bitsPerPixel);
+  KsLocalBitmap bitmap;
+  EXPECT_EQ(Load(exact, bitmap), header.loaded);
+  EXPECT_EQ(bitmap->pixels, nullptr);
+}
+
+HeaderCase Told(const char *name, const Bytes &frame, uint32_t format, uint32_t bitsPerPixel, int32_t loaded) {
+  return {name, Joined(Joined(kStart, frame), kScan), SUCCESS, format, bitsPerPixel, loaded};
+}
+
+HeaderCase Refused(const char *name, const Bytes &markers, int32_t status = ERROR_FILE_FORMAT) {
+  return {name, Joined(Joined(kStart, markers), kScan), status, 0, 0, status};
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Headers, JpegHeader,
+    testing::Values(
+        Told("twelveBits", FrameOf(0xC1, 12, 9, 9, 1), KS_FORMAT_JPEG_12, 12, ERROR_NOT_SUPPORTED),
+        Told("lossless", FrameOf(0xC3, 16, 9, 9, 1), KS_FORMAT_JPEG_LOSSLESS, 16, ERROR_NOT_SUPPORTED),
+        Told("extendedWithoutQuantisation", FrameOf(0xC1, 8, 9, 9, 3), KS_FORMAT_JPEG, 24, ERROR_FILE_FORMAT),
+        Told("aboveTheLimit", FrameOf(0xC0, 8, 65000, 65000, 3), KS_FORMAT_JPEG, 24, ERROR_NO_MEMORY),
+        Told("moreComponentsThanAreDecoded", FrameOf(0xC0, 8, 9, 9, 5), KS_FORMAT_JPEG_MANY, 40, ERROR_NOT_SUPPORTED),
+        Refused("arithmetic", FrameOf(0xC9, 8, 9, 9, 1), ERROR_NOT_SUPPORTED),
+        Refused("hierarchical", FrameOf(0xC5, 8, 9, 9, 1), ERROR_NOT_SUPPORTED),
+        Refused("progressiveOfTwelveBits", FrameOf(0xC2, 12, 9, 9, 1), ERROR_NOT_SUPPORTED),
+        Refused("noWidth", FrameOf(0xC0, 8, 0, 9, 1)), Refused("noHeight", FrameOf(0xC0, 8, 9, 0, 1)),
+        Refused("noComponents", FrameOf(0xC0, 8, 9, 9, 0)),
+        Refused("twoFrames", Joined(FrameOf(0xC0, 8, 9, 9, 1), FrameOf(0xC0, 8, 9, 9, 1))),
+        Refused("noFrame", {0xFF, 0xFE, 0, 2}), Refused("lengthOfOne", {0xFF, 0xFE, 0, 1}),
+        Refused("endInFrontOfTheScan", Joined({0xFF, 0xD9}, FrameOf(0xC0, 8, 9, 9, 1))),
+        Refused("componentsBehindTheSegment", {0xFF, 0xC0, 0, 8, 8, 0, 9, 0, 9, 1}),
+        Refused("samplingOfNothing", {0xFF, 0xC0, 0, 11, 8, 0, 9, 0, 9, 1, 1, 0x01, 0}),
+        Refused("segmentBehindTheEnd", {0xFF, 0xFE, 0xFF, 0xFF})),
+    [](const auto &header) { return header.param.name; });
+
+TEST_F(JpegTest, TheWalkStepsOverFillBytesAndTellsWhatADecoderNeeds) {
+  Bytes stream = {0xFF, 0xD8, 0xFF, 0xFF, 0xFF, 0xDD, 0, 4, 1, 2, 7, 7, 0xFF, 0, 7, 0xFF, 0x01};
+  stream = Joined(Joined(stream, FrameOf(0xC3, 14, 300, 2, 1)), kScan);
+  stream = Joined(stream, {0xAB, 0xCD});
+  kscodec::jpeg::Header header;
+  ASSERT_EQ(ReadHeader(stream, &header), SUCCESS);
+  EXPECT_EQ(header.restartInterval, 0x0102);
+  EXPECT_EQ(header.frame.marker, kscodec::jpeg::kSof3);
+  EXPECT_EQ(header.frame.width, 300);
+  EXPECT_EQ(header.scan.size(), 6u);
+  EXPECT_EQ(Bytes(header.entropy.begin(), header.entropy.end()), (Bytes{0xAB, 0xCD}));
+  EXPECT_TRUE(header.nitf.empty());
+}
+
+// ---- the front ------------------------------------------------------------------------------------------------------
+
+TEST_F(JpegTest, TheBitmapLimitHolds) {
+  const Bytes stream = Encode({});
+  KsLocalBitmap bitmap;
+  constexpr uint64_t kBytes = uint64_t{kWidth} * 3 * kHeight;
+  KsSetBitmapLimit(kBytes - 1);
+  EXPECT_EQ(Load(stream, bitmap), ERROR_NO_MEMORY);
+  EXPECT_EQ(bitmap->pixels, nullptr);
+  KsSetBitmapLimit(kBytes);
+  EXPECT_EQ(Load(stream, bitmap), SUCCESS);
+  KsSetBitmapLimit(0);
+}
+
+TEST_F(JpegTest, ALoadReplacesWhatTheBitmapHeld) {
+  const Bytes stream = Encode({.components = 1});
+  KsLocalBitmap bitmap;
+  const Palette palette = RandomPalette(256, 1);
+  ASSERT_EQ(Create(bitmap, 3, 3, 8, palette.data()), SUCCESS);
+  ASSERT_EQ(Load(stream, bitmap), SUCCESS);
+  EXPECT_EQ(bitmap->width, kWidth);
+  EXPECT_EQ(bitmap->palette, nullptr);
+  KsFailAllocationsAfter(0);
+  EXPECT_EQ(Load(stream, bitmap), ERROR_NO_MEMORY);
+  EXPECT_EQ(bitmap->pixels, nullptr);
+}
+
+TEST_F(JpegTest, ARedirectLeavesTheBitmapToTheRawStream) {
+  const KsRedirectCallback redirect = [](KsRawFormatInfo *, void *) -> int32_t { return ERROR_INVALID_VALUE; };
+  KsLocalBitmap bitmap;
+  ASSERT_EQ(Create(bitmap, 3, 3, 1), SUCCESS);
+  KsSetRedirect(redirect, nullptr);
+  EXPECT_NE(Load(Encode({}), bitmap), SUCCESS);
+  KsSetRedirect(nullptr, nullptr);
+  EXPECT_EQ(bitmap->width, 3u);
+  EXPECT_EQ(bitmap->bitsPerPixel, 1u);
+}
+
+TEST_F(JpegTest, UnusableArgumentsAreRefused) {
+  const Bytes stream = Encode({.components = 1});
+  KsFileInfo info = {};
+  EXPECT_EQ(KsFileInfoMemory(nullptr, &info, sizeof info, 9, 0, 0), ERROR_INVALID_VALUE);
+  EXPECT_EQ(KsFileInfoMemory(stream.data(), nullptr, sizeof info, stream.size(), 0, 0), ERROR_INVALID_VALUE);
+  EXPECT_EQ(KsFileInfoMemory(stream.data(), &info, sizeof info - 1, stream.size(), 0, 0), ERROR_INVALID_VALUE);
+  EXPECT_EQ(KsFileInfoMemory(stream.data(), &info, sizeof info, 0, 0, 0), ERROR_INVALID_VALUE);
+  EXPECT_EQ(KsFileInfoMemory("stream", &info, sizeof info, 6, 0, 0), ERROR_NOT_SUPPORTED);
+  KsLoadOptions options = {};
+  EXPECT_EQ(KsLoadOptionsInit(nullptr, sizeof options), ERROR_INVALID_VALUE);
+  EXPECT_EQ(KsLoadOptionsInit(&options, sizeof options + 1), ERROR_INVALID_VALUE);
+  KsLocalBitmap bitmap;
+  const auto load = [&](int32_t bits, int32_t order) {
+    return KsLoadMemory(stream.data(), bitmap.Get(), sizeof(KsBitmap), bits, order, stream.size(), nullptr, nullptr);
+  };
+  EXPECT_EQ(load(8, KS_ORDER_CODEC), ERROR_NOT_SUPPORTED);
+  EXPECT_EQ(load(0, KS_ORDER_BGR), ERROR_NOT_SUPPORTED);
+}
+
+}  // namespace
