@@ -46,7 +46,7 @@ class WithFolder : public Base {
 
 using FileTest = WithFolder<ServiceTest>;
 
-/** Random steps on a file, checked against plain bytes. The seed is the parameter. */
+/** Random steps on a file, checked against plain bytes. The parameter starts the random numbers. */
 class FileModelTest : public WithFolder<ServiceTestWith<uint32_t>> {
  protected:
   void Seek() {
