@@ -13,10 +13,6 @@ bool IsScaled(std::uint32_t bits, std::uint32_t actualBits) {
   return actualBits != bits && actualBits >= 9 && actualBits <= 16;
 }
 
-std::uint32_t BigEndian16(const std::uint8_t *bytes) {
-  return std::uint32_t{bytes[0]} << 8 | bytes[1];
-}
-
 std::uint32_t BigEndian32(const std::uint8_t *bytes) {
   return BigEndian16(bytes) << 16 | BigEndian16(bytes + 2);
 }
@@ -36,7 +32,7 @@ void Repack12(std::uint8_t *row, std::uint64_t bytes, std::uint32_t bits, std::u
   const std::uint32_t factor = scaled ? FullScale(bits) : 1;
   for (std::uint64_t at = 0; at + 1 < bytes; at += 3) {
     const bool pair = at + 2 < bytes;
-    std::uint32_t first = BigEndian16(row + at) >> 4;
+    std::uint32_t first = std::uint32_t{BigEndian16(row + at)} >> 4;
     std::uint32_t second = (row[at + 1] & 0x0FU) << 8 | (pair ? row[at + 2] : 0U);
     first = first * factor / divisor & 0xFFF;
     second = second * factor / divisor & 0xFFF;
@@ -56,7 +52,7 @@ void Scale16(std::uint8_t *row, std::uint64_t bytes, std::uint32_t bits, std::ui
   const auto divisor = static_cast<std::int32_t>(FullScale(actualBits) & 0xFFFF);
   for (std::uint64_t at = 0; at + 1 < bytes; at += 2) {
     // Signed 32-bit arithmetic that wraps: a sample above its own scale must not stop the picture.
-    const std::uint32_t product = BigEndian16(row + at) * static_cast<std::uint32_t>(factor);
+    const std::uint32_t product = std::uint32_t{BigEndian16(row + at)} * static_cast<std::uint32_t>(factor);
     PutLittleEndian16(row + at, static_cast<std::uint32_t>(static_cast<std::int32_t>(product) / divisor));
   }
 }

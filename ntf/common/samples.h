@@ -9,6 +9,11 @@ struct SampleRange {
   std::int32_t maximum = 0;
 };
 
+/** The big-endian number of two bytes. */
+inline std::uint16_t BigEndian16(const std::uint8_t *bytes) {
+  return static_cast<std::uint16_t>(bytes[0] << 8 | bytes[1]);
+}
+
 /** The big-endian number of four bytes. */
 inline std::uint32_t BigEndian32(const std::uint8_t *bytes) {
   return std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 | std::uint32_t{bytes[2]} << 8 | bytes[3];

@@ -4,9 +4,6 @@
 
 namespace {
 
-/** The bytes of a strip: little enough to stay in a processor's cache while it is filled, converted and placed. */
-constexpr std::uint64_t kStripBytes = 256 * 1024;
-
 std::uint32_t RowsPerStrip(const BlockGrid &grid, std::uint64_t bytesPerLine) {
   const std::uint64_t rows = std::max<std::uint64_t>(kStripBytes / std::max<std::uint64_t>(bytesPerLine, 1), 1);
   return static_cast<std::uint32_t>(std::min<std::uint64_t>(rows, grid.height));

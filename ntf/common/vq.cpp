@@ -3,6 +3,7 @@
 #include "blocks.h"
 #include "internal/ksclasses_.h"
 #include "samples.h"
+#include "strips.h"
 
 #include <algorithm>
 #include <array>
@@ -15,10 +16,6 @@ constexpr std::uint32_t kMostCodeBits = 16;
 
 std::int32_t ReadBytes(KsHandle file, void *buffer, std::uint64_t bytes) {
   return KsRead(file, buffer, bytes) == bytes ? SUCCESS : ERROR_FILE_READ;
-}
-
-std::uint16_t BigEndian16(const std::uint8_t *bytes) {
-  return static_cast<std::uint16_t>(bytes[0] << 8 | bytes[1]);
 }
 
 /** The bytes from the file's position to its end. */
@@ -59,8 +56,7 @@ std::int32_t MeasureKernel(const VqHeader &header, const BlockGrid &grid, Kernel
   return SUCCESS;
 }
 
-/** The kernels of all codes. It holds what the file gives of each kernel, row by row, and so is no larger than the
- * file. */
+/** The kernels of all codes: what the file gives of each one, row by row, and so no larger than the file. */
 class Codebook {
  public:
   /** Reads all lookup tables, which are interleaved here: table t gives each kernel a kernel height of values. */
@@ -302,9 +298,6 @@ class VqDecoder {
     std::uint32_t rows;
     std::uint64_t recordedBefore; /**< blocks in the rows of blocks above */
   };
-
-  /** Little enough to stay in a processor's cache until it is placed. */
-  static constexpr std::uint64_t kStripBytes = 256 * 1024;
 
   /** Only the word for it makes a block absent here: the codes of all others follow each other. */
   bool IsPresent(std::uint64_t block) const { return !mask.HasBlockMask() || mask.BlockWord(block) != kNotRecorded; }
