@@ -1,0 +1,46 @@
+// Drawings and text onto bitmaps.
+#pragma once
+
+#include "kskernel.h"
+#include "ksvect/drawing.h"
+
+#include <string_view>
+
+namespace ksvect {
+
+/** Where a drawing goes: its extent is laid onto the rectangle, which doesn't clip it. */
+struct Placement {
+  KsRect rectangle;
+  bool upwards = true; /**< y of the drawing runs up the canvas; otherwise down */
+};
+
+/**
+ * Paints a drawing onto a bitmap of 8, 24 or 32 bits. An extent of no width or height is laid onto the rectangle
+ * unscaled in that direction. SUCCESS, ERROR_NO_STORAGE, ERROR_NOT_SUPPORTED for other depths, ERROR_NO_MEMORY. May
+ * throw std::bad_alloc.
+ */
+std::int32_t PaintDrawing(const Drawing &drawing, const Placement &placement, KsBitmap &bitmap);
+
+/** A text of a device context: pixels, with the upper left corner of its first character's cell at `x` and `y`. */
+struct ScreenText {
+  std::int32_t x = 0;
+  std::int32_t y = 0;
+  std::string_view text; /**< Latin 1 */
+  Color color = 0;
+  bool opaque = false; /**< fills the box behind the text with `background` */
+  Color background = 0xFFFFFF;
+};
+
+/** Writes text in the stock font of device contexts. Results as PaintDrawing. */
+std::int32_t PaintScreenText(const ScreenText &text, KsBitmap &bitmap);
+
+/**
+ * The box around a text in the units of its drawing, as a painter draws it: four corners, from the lower left one on
+ * and counterclockwise as seen along the text. Its width is estimated where no font is found.
+ */
+struct TextCorners {
+  Point corners[4];
+};
+TextCorners CornersOf(const Text &text, const TextStyle &style);
+
+}  // namespace ksvect
