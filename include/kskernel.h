@@ -408,6 +408,13 @@ typedef struct KsRawFormatInfo {
   uint8_t reserved40[24];
 } KsRawFormatInfo;
 
+/** Options of a save. */
+typedef struct KsSaveOptions {
+  uint32_t structureSize; /* 0: 1610 */
+  uint8_t reserved4[1602];
+  uint32_t saveFlags; /* 1606: bit 0 is set by clients; it has no effect */
+} KsSaveOptions;
+
 #pragma pack(pop)
 
 /** Answers for a stream without a header: fills `info`, which comes cleared, and gives SUCCESS. */
@@ -415,6 +422,9 @@ typedef int32_t (*KsRedirectCallback)(KsRawFormatInfo *info, void *userData);
 
 /** Clears load options; -13 where `bytes` is not sizeof(KsLoadOptions), 84. */
 KS_API int32_t KsLoadOptionsInit(KsLoadOptions *options, uint32_t bytes);
+
+/** Clears save options and sets their size; -13 where `bytes` is not sizeof(KsSaveOptions), 1610. */
+KS_API int32_t KsSaveOptionsInit(KsSaveOptions *options, uint32_t bytes);
 
 /**
  * Tells what the `size` bytes at `buffer` are without decoding them: fills formatId, width, height, bitsPerPixel (those
@@ -443,6 +453,211 @@ KS_API int32_t KsLoadMemory(const void *buffer, KsBitmap *bitmap, uint32_t bitma
  * Gives the callback before, or null. One per thread.
  */
 KS_API KsRedirectCallback KsSetRedirect(KsRedirectCallback callback, void *userData);
+
+/* ---- drawings ---------------------------------------------------------------------------------------------------- */
+
+/** A place in a drawing, in its units: x to the right, y upwards (see KsVectorSetMode). */
+typedef struct KsVectorPoint {
+  double x;
+  double y;
+} KsVectorPoint;
+
+#pragma pack(push, 1)
+
+/** A drawing. Callers set `options` before KsVectorInit and `flags` behind it; the other members are the framework's.
+ */
+typedef struct KsVector {
+  void *drawing;         /* 0: null in an empty one */
+  uint32_t mode;         /* 8: KsVectorMode */
+  uint32_t hasViewport;  /* 12 */
+  KsRect viewport;       /* 16 */
+  KsVectorPoint pending; /* 32: a move that is not yet applied */
+  uint8_t reserved48[868];
+  uint32_t flags; /* 916 */
+  uint8_t reserved920[128];
+  uint32_t options; /* 1048 */
+  uint32_t reserved1052;
+} KsVector;
+
+/** The description of a layer. */
+typedef struct KsVectorLayer {
+  uint32_t structureSize; /* 0: 148 */
+  char16_t name[64];      /* 4: ends at a zero */
+  uint64_t visible;       /* 132: 1 */
+  uint64_t reserved140;   /* 140 */
+} KsVectorLayer;
+
+/** The kinds of objects that KsVectorAddObject takes. */
+enum KsVectorKind { KS_VECTOR_LINE = 2, KS_VECTOR_OVAL = 3, KS_VECTOR_POLYGON = 6, KS_VECTOR_BOX = 7 };
+
+enum KsVectorPenStyle { KS_PEN_SOLID = 0, KS_PEN_DASH = 1 };
+
+typedef struct KsVectorPen {
+  uint32_t structureSize; /* 0: 68 */
+  uint32_t style;         /* 4: KsVectorPenStyle */
+  uint32_t width;         /* 8: units of the drawing; a line is a pixel wide at least */
+  uint32_t reserved12;    /* 12 */
+  uint32_t color;         /* 16 */
+  uint8_t reserved20[48];
+} KsVectorPen;
+
+/** What fills an object. A cleared one, with or without its size, leaves it hollow. */
+typedef struct KsVectorBrush {
+  uint32_t structureSize; /* 0: 292 */
+  uint32_t solid;         /* 4: 1 fills with `color` */
+  uint32_t color;         /* 8 */
+  uint8_t reserved12[280];
+} KsVectorBrush;
+
+/** A point of an object description. */
+typedef struct KsVectorVertex {
+  double x;
+  double y;
+  double z; /* 0 */
+  uint32_t reserved24;
+} KsVectorVertex;
+
+typedef struct KsVectorLine {
+  uint32_t structureSize; /* 0: 156 */
+  uint32_t kind;          /* 4: KS_VECTOR_LINE */
+  uint8_t reserved8[24];
+  KsVectorVertex first;  /* 32 */
+  KsVectorVertex second; /* 60 */
+  KsVectorPen pen;       /* 88 */
+} KsVectorLine;
+
+/** An ellipse in the box between two corners. */
+typedef struct KsVectorOval {
+  uint32_t structureSize; /* 0: 448 */
+  uint32_t kind;          /* 4: KS_VECTOR_OVAL */
+  uint8_t reserved8[24];
+  KsVectorVertex first;  /* 32 */
+  KsVectorVertex second; /* 60 */
+  KsVectorPen pen;       /* 88 */
+  KsVectorBrush brush;   /* 156 */
+} KsVectorOval;
+
+typedef struct KsVectorPolygon {
+  uint32_t structureSize; /* 0: 408 */
+  uint32_t kind;          /* 4: KS_VECTOR_POLYGON */
+  uint8_t reserved8[24];
+  const KsVectorVertex *points; /* 32 */
+  uint32_t count;               /* 40 */
+  KsVectorPen pen;              /* 44 */
+  KsVectorBrush brush;          /* 112 */
+  uint32_t reserved404;         /* 404 */
+} KsVectorPolygon;
+
+typedef struct KsVectorBox {
+  uint32_t structureSize; /* 0: 436 */
+  uint32_t kind;          /* 4: KS_VECTOR_BOX */
+  uint8_t reserved8[24];
+  KsVectorVertex corner; /* 32 */
+  KsVectorPen pen;       /* 60 */
+  KsVectorBrush brush;   /* 128 */
+  double width;          /* 420 */
+  double height;         /* 428 */
+} KsVectorBox;
+
+/** The description of an object, of whichever kind. */
+typedef union KsVectorObject {
+  KsVectorLine line;
+  KsVectorOval oval;
+  KsVectorPolygon polygon;
+  KsVectorBox box;
+} KsVectorObject;
+
+#pragma pack(pop)
+
+/** Makes `vector` an empty drawing. Whatever it held is forgotten, not released; `options` stays. */
+KS_API void KsVectorInit(KsVector *vector);
+
+/** Releases the drawing and leaves an empty one. Harmless on an empty one. */
+KS_API void KsVectorFree(KsVector *vector);
+
+/** 0 where it holds a drawing, also one without objects; 1 for an empty one, and for null. */
+KS_API int32_t KsVectorIsEmpty(const KsVector *vector);
+
+/** Gives `target`, whose drawing is released, a copy of all that `source` holds. -13 for null, -1. `flags` is 0. */
+KS_API int32_t KsVectorCopy(KsVector *target, const KsVector *source, uint32_t flags);
+
+/**
+ * Adds a layer in front of the others and gives its number, `layerBytes` (4) bytes, in `layer`. -13 for another size of
+ * description or number, -1.
+ */
+KS_API int32_t KsVectorAddLayer(KsVector *vector, const KsVectorLayer *description, uint32_t *layer,
+                                uint32_t layerBytes);
+
+/** Makes a layer the one that objects are added to; -13 where there is no such layer. */
+KS_API int32_t KsVectorSetLayer(KsVector *vector, uint32_t layer);
+
+/** Clears an object description. */
+KS_API void KsVectorObjectInit(KsVectorObject *description);
+
+/**
+ * Adds an object to the current layer, and a layer where there is none. `description` is the record of `kind`
+ * (KsVectorKind), with its size and kind at its start, and is not needed any more afterwards. The zeros are 0. -13 for
+ * a description that isn't one, or that holds numbers that are none, -1.
+ */
+KS_API int32_t KsVectorAddObject(KsVector *vector, uint32_t, uint32_t kind, const void *description, uint32_t);
+
+/** The bounds of all objects in canvas pixels, y downwards, of one pixel a unit, rounded outwards. -13 for none. */
+KS_API int32_t KsVectorBounds(const KsVector *vector, uint32_t, KsRect *bounds, uint32_t);
+
+/** The lower left and upper right corner of all objects. -13 where there are none. */
+KS_API int32_t KsVectorExtents(const KsVector *vector, KsVectorPoint *low, KsVectorPoint *high);
+
+/** Sets the part of the drawing's space that a painted rectangle shows. -13 for corners the wrong way round. */
+KS_API int32_t KsVectorSetExtents(KsVector *vector, const KsVectorPoint *low, const KsVectorPoint *high);
+
+/** Notes that the drawing is to move by `offset`; KsVectorApply moves it. The zeros are 0. */
+KS_API int32_t KsVectorMove(KsVector *vector, const KsVectorPoint *offset, uint32_t, uint32_t);
+KS_API int32_t KsVectorApply(KsVector *vector);
+
+/** The rectangle of a canvas that a saved drawing is to fill: KsVectorSaveMemory lays the extent onto it. */
+KS_API int32_t KsVectorSetViewport(KsVector *vector, const KsRect *viewport);
+
+/** Tells the colour of the canvas behind the drawing. What the drawing leaves open shows the canvas itself. */
+KS_API int32_t KsVectorSetBackground(KsVector *vector, uint32_t color);
+
+/** How a painted drawing stands on the canvas. */
+enum KsVectorMode {
+  KS_VECTOR_DOWNWARDS = 0, /**< y runs down, as on the canvas; the mode of a new drawing */
+  KS_VECTOR_UPWARDS = 1    /**< y runs up, as in a metafile's drawing */
+};
+KS_API int32_t KsVectorSetMode(KsVector *vector, uint32_t mode);
+
+/**
+ * Views of a drawing, for clients that bring them up to date before they paint or save. A fits the extent to the
+ * objects; B and C have nothing left to do and only tell whether there is a drawing. SUCCESS, or -13 for an empty one.
+ */
+KS_API int32_t KsVectorViewA(KsVector *vector, uint32_t);
+KS_API int32_t KsVectorViewB(KsVector *vector, uint32_t);
+KS_API int32_t KsVectorViewC(KsVector *vector, uint32_t, uint32_t);
+
+/**
+ * Paints the drawing: its extent is laid onto `rectangle`, to which it isn't clipped. `width` and `height` are those of
+ * the window that it is seen in, and have no effect on the picture; the other arguments are 0 and null. An empty
+ * drawing paints nothing. -13 for null, -16 for a bitmap of other than 8, 24 or 32 bits, -1.
+ */
+KS_API int32_t KsVectorPaint(KsDeviceContext *context, KsVector *vector, int32_t width, int32_t height, int32_t,
+                             int32_t, const KsRect *rectangle, const KsRect *reserved, uint32_t);
+
+/**
+ * Reads a metafile (CGM, binary encoding) into `vector`, whose drawing is released first; it is empty after a failure.
+ * Its y runs upwards: where that of the metafile runs down, all are negated. `options` may be null. -9 for data that
+ * hold nothing to draw, -1.
+ */
+KS_API int32_t KsVectorLoadMemory(const void *buffer, KsVector *vector, uint64_t size, const KsLoadOptions *options,
+                                  void *reserved);
+
+/**
+ * Writes the drawing as a metafile into a global block, `*handle` with `*size` bytes, which the caller reports with
+ * KsTrackAlloc and gives back with KsFreeGlobal. Its y runs downwards, and with a viewport the extent is laid onto it,
+ * a unit being a pixel. `format` is KS_FORMAT_CGM, else -16; -13 for null or an empty drawing, -1.
+ */
+KS_API int32_t KsVectorSaveMemory(void **handle, const KsVector *vector, uint32_t format, uint64_t *size,
+                                  const KsSaveOptions *options);
 
 /* ---- platform and start ------------------------------------------------------------------------------------------ */
 

@@ -65,6 +65,20 @@ class KsLocalBitmap {
   KsBitmap bitmap;
 };
 
+/** A drawing that is empty at first and released at the end of its scope. */
+class KsLocalVector {
+ public:
+  KsLocalVector() { KsVectorInit(&vector); }
+  KsLocalVector(const KsLocalVector &) = delete;
+  KsLocalVector &operator=(const KsLocalVector &) = delete;
+  ~KsLocalVector() { KsVectorFree(&vector); }
+
+  KsVector *Get() { return &vector; }
+
+ private:
+  KsVector vector = {};
+};
+
 /** A device context on a bitmap, null where there is none. */
 class KsLocalContext {
  public:

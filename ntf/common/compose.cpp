@@ -5,6 +5,7 @@
 #include "handllbl.h"
 #include "internal/ksclasses_.h"
 #include "platform.h"
+#include "selected_palette.h"
 
 #include <algorithm>
 #include <array>
@@ -24,10 +25,6 @@ struct DisplayObject {
   std::uint32_t level;
   std::uint32_t index;
 };
-
-std::int32_t Add(std::int32_t a, std::int32_t b) {
-  return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
-}
 
 /** What the walk along an attachment chain needs of an object, whatever its kind. */
 struct Placement {
@@ -223,29 +220,6 @@ std::uint32_t CanvasWithoutImages(const DisplayList &list, std::uint32_t texts) 
 // ---- placing an image ---------------------------------------------------------------------------------------------
 
 constexpr std::uint32_t kCombineCopy = 288;
-
-/** A palette that is selected into a context for as long as an image is painted. */
-class SelectedPalette {
- public:
-  SelectedPalette(KsDeviceContext *deviceContext, const KsBitmap *image) : context(deviceContext) {
-    if (context == nullptr) return;
-    palette = KsPaintPalette(context, image);
-    if (palette != nullptr) previous = platform::SelectPalette(context, palette, false);
-    platform::RealizePalette(context);
-  }
-  SelectedPalette(const SelectedPalette &) = delete;
-  SelectedPalette &operator=(const SelectedPalette &) = delete;
-  ~SelectedPalette() {
-    if (palette == nullptr) return;
-    platform::SelectPalette(context, previous, false);
-    KsObjectFree(palette, __LINE__, __FILE__);
-  }
-
- private:
-  KsDeviceContext *context;
-  KsPalette *palette = nullptr;
-  KsPalette *previous = nullptr;
-};
 
 /**
  * The colour that TPXCD stands for: its palette entry, or black in an image without a palette. An index behind the

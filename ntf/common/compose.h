@@ -12,6 +12,11 @@ struct DisplayOffset {
   std::int32_t column;
 };
 
+/** A sum of two of them. */
+inline std::int32_t Add(std::int32_t a, std::int32_t b) {
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
+}
+
 /** The size of the canvas of a loaded file. SUCCESS, ERROR_NO_MEMORY, or what a graphic that is measured fails with. */
 std::int32_t MeasureCanvas(NitfFile *file, std::uint32_t *width, std::uint32_t *height);
 

@@ -73,13 +73,23 @@ constexpr HeaderRow kRows[] = {
 
 const HeaderTable kGraphicTable = {kRows};
 
+void PrepareVector(KsVector *vector) {
+  constexpr std::uint32_t kVectorOptions = 8194;
+  constexpr std::uint32_t kVectorFlags = 32768;
+  vector->options = kVectorOptions;
+  KsVectorInit(vector);
+  vector->flags = kVectorFlags;
+}
+
 void GraphicSubheaderInit(GraphicSubheader *record, NitfFile *file) {
   *record = GraphicSubheader{};
+  PrepareVector(&record->vector);
   SetDefaults(kGraphicTable, record);
   record->file = file;
 }
 
 void GraphicSubheaderFree(GraphicSubheader *record) {
+  if (KsVectorIsEmpty(&record->vector) == 0) KsVectorFree(&record->vector);
   KsFreeAndClear(record->extendedData);
   KsFreeAndClear(record->lut);
   KsFreeAndClear(record->memoryData);

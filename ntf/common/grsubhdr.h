@@ -4,6 +4,7 @@
 #include "headertable.h"
 
 struct GraphicSubheader {
+  KsVector vector;  /**< the drawing, once it was drawn or asked for */
   char *memoryData; /**< encoded drawing of an appended segment */
   std::uint32_t hasMemoryData;
   std::uint32_t headerRead;
@@ -43,6 +44,9 @@ struct GraphicSubheader {
   NitfFile *file;
   std::uint32_t index;
 };
+
+/** Makes `vector` an empty drawing with the settings that graphic segments are loaded under. */
+void PrepareVector(KsVector *vector);
 
 /** The format of the graphic subheader. */
 extern const HeaderTable kGraphicTable;

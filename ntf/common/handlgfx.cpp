@@ -1,15 +1,94 @@
 #include "handlgfx.h"
 
 #include "internal/ksclasses_.h"
+#include "platform.h"
+#include "segment_data.h"
+#include "symbols.h"
+
+#include <algorithm>
+#include <cstdlib>
 
 namespace {
 
-std::int32_t CheckDataRead(NitfFile *file, std::uint32_t index) {
-  const std::uint64_t bytes = DataLength(file, SegmentKind::Graphic, index);
-  const std::int64_t size = KsSeek(file->fileHandle, 0, KS_SEEK_END);
-  const std::int64_t start = SeekSegmentData(file, SegmentKind::Graphic, index);
-  const bool held = start >= 0 && start <= size && bytes <= static_cast<std::uint64_t>(size - start);
-  return held ? SUCCESS : ERROR_FILE_READ;
+constexpr std::uint32_t kVectorLoadFlags = 0x80000001;
+
+std::int32_t LoadDrawing(const SegmentData &data, KsVector *vector) {
+  KsLoadOptions options;
+  KsLoadOptionsInit(&options, sizeof options);
+  options.loadFlags |= kVectorLoadFlags;
+  return KsVectorLoadMemory(data.bytes.Get(), vector, data.length, &options, nullptr);
+}
+
+bool Holds(const KsRect &frame, const KsRect &box) {
+  // What programs take for the bounds differs by line widths and by the fonts that they measure texts with.
+  constexpr std::int64_t kSlack = 16;
+  constexpr std::int64_t kSlackShare = 8;
+  const std::int64_t across = kSlack + (std::int64_t{frame.right} - frame.left) / kSlackShare;
+  const std::int64_t down = kSlack + (std::int64_t{frame.bottom} - frame.top) / kSlackShare;
+  return box.left >= frame.left - across && box.right <= frame.right + across && box.top >= frame.top - down &&
+         box.bottom <= frame.bottom + down;
+}
+
+KsRect Moved(const KsRect &box, std::int32_t right, std::int32_t down) {
+  return {Add(box.left, right), Add(box.top, down), Add(box.right, right), Add(box.bottom, down)};
+}
+
+/**
+ * Whether the units of a drawing are pixels, counted from the graphic's location. That is what the profile of CGM for
+ * this format says, and the bounds show it: the drawing's objects lie within them. Writers of files have put the bounds
+ * there as row and column or as x and y, from the location or from what the graphic is attached to. Bounds without
+ * area say nothing.
+ */
+bool IsInPixels(const GraphicSubheader &graphic) {
+  KsRect box;
+  if (KsVectorBounds(&graphic.vector, 0, &box, 0) != SUCCESS) return true;
+  const std::int32_t *const low = graphic.firstBound;
+  const std::int32_t *const high = graphic.secondBound;
+  if (high[0] <= low[0] || high[1] <= low[1]) return true;
+  const KsRect placed = Moved(box, graphic.locationColumn, graphic.locationRow);
+  for (const KsRect &frame : {KsRect{low[0], low[1], high[0], high[1]}, KsRect{low[1], low[0], high[1], high[0]}}) {
+    if (Holds(frame, box) || Holds(frame, placed)) return true;
+  }
+  return false;
+}
+
+std::int32_t PaintDrawing(KsDeviceContext *context, NitfFile *file, GraphicSubheader &graphic,
+                          const DisplayOffset &offset) {
+  const std::int32_t row = Add(graphic.locationRow, offset.row);
+  const std::int32_t column = Add(graphic.locationColumn, offset.column);
+  const KsRect window = {graphic.firstBound[0], graphic.firstBound[1], graphic.secondBound[0], graphic.secondBound[1]};
+  if (IsInPixels(graphic)) {
+    const KsVectorPoint low = {static_cast<double>(std::min(window.left, window.right)),
+                               -static_cast<double>(std::max(window.top, window.bottom))};
+    const KsVectorPoint high = {static_cast<double>(std::max(window.left, window.right)),
+                                -static_cast<double>(std::min(window.top, window.bottom))};
+    KsVectorSetExtents(&graphic.vector, &low, &high);
+  }
+  KsRect rectangle;
+  const KsRect placed = Moved(window, column, row);
+  platform::SetRect(&rectangle, placed.left, placed.top, placed.right, placed.bottom);
+  KsVectorSetMode(&graphic.vector, KS_VECTOR_UPWARDS);
+  KsVectorSetBackground(&graphic.vector, file->backgroundColor);
+  const std::int64_t height = std::abs(std::int64_t{rectangle.bottom} - rectangle.top);
+  return KsVectorPaint(context, &graphic.vector,
+                       static_cast<std::int32_t>(rectangle.right - std::int64_t{rectangle.left}),
+                       static_cast<std::int32_t>(height), 0, 0, &rectangle, nullptr, 0);
+}
+
+std::int32_t LoadForm(KsDeviceContext *context, const NitfFile *file, GraphicSubheader &graphic,
+                      const SegmentData &data, const DisplayOffset &offset) {
+  switch (graphic.SFMT[0]) {
+    case 'C':
+      return LoadDrawing(data, &graphic.vector);
+    case 'B':
+      return DrawBitmapSymbol(graphic, {data.bytes.Get(), data.length}, context, offset);
+    default:
+      return BuildObjectSymbol(graphic, context, offset, file->vectorRender != 0);
+  }
+}
+
+std::uint32_t Magnitude(std::int32_t number) {
+  return static_cast<std::uint32_t>(std::abs(std::int64_t{number}));
 }
 
 }  // namespace
@@ -17,14 +96,47 @@ std::int32_t CheckDataRead(NitfFile *file, std::uint32_t index) {
 std::int32_t MeasureGraphic(NitfFile *file, std::uint32_t index, const DisplayOffset &offset, std::uint32_t *right,
                             std::uint32_t *bottom) {
   const GraphicSubheader &graphic = *FindGraphic(file, index);
-  const std::int32_t status = CheckDataRead(file, index);
+  SegmentData data;
+  const std::int32_t status = ReadSegmentData(file, SegmentKind::Graphic, index, &data);
   if (status != SUCCESS) return status;
-  if (graphic.SFMT[0] == 'C') return ERROR_NOT_SUPPORTED;
-  *right = static_cast<std::uint32_t>(offset.column) + static_cast<std::uint32_t>(graphic.secondBound[1]);
-  *bottom = static_cast<std::uint32_t>(offset.row) + static_cast<std::uint32_t>(graphic.secondBound[0]);
+  if (graphic.SFMT[0] != 'C') {
+    *right = static_cast<std::uint32_t>(Add(offset.column, graphic.secondBound[1]));
+    *bottom = static_cast<std::uint32_t>(Add(offset.row, graphic.secondBound[0]));
+    return SUCCESS;
+  }
+  KsLocalVector scratch;
+  PrepareVector(scratch.Get());
+  const std::int32_t loaded = LoadDrawing(data, scratch.Get());
+  if (loaded != SUCCESS) return loaded;
+  *right = Magnitude(Add(graphic.secondBound[0], Add(offset.column, graphic.locationColumn)));
+  *bottom = Magnitude(Add(graphic.secondBound[1], Add(offset.row, graphic.locationRow)));
   return SUCCESS;
 }
 
-std::int32_t DrawGraphic(KsDeviceContext *, NitfFile *, std::uint32_t, const DisplayOffset &) {
-  return ERROR_NOT_SUPPORTED;
+std::int32_t DrawGraphic(KsDeviceContext *context, NitfFile *file, std::uint32_t index, const DisplayOffset &offset) {
+  GraphicSubheader &graphic = *FindGraphic(file, index);
+  if (KsVectorIsEmpty(&graphic.vector) == 0) KsVectorFree(&graphic.vector);
+  PrepareVector(&graphic.vector);
+  SegmentData data;
+  std::int32_t status = ReadSegmentData(file, SegmentKind::Graphic, index, &data);
+  if (status == SUCCESS) status = LoadForm(context, file, graphic, data, offset);
+  if (status == SUCCESS && graphic.SFMT[0] == 'C' && context != nullptr) {
+    return PaintDrawing(context, file, graphic, offset);
+  }
+  if (status != SUCCESS) KsVectorFree(&graphic.vector);
+  return status;
+}
+
+std::int32_t PlaceGraphic(NitfFile *file, std::uint32_t index, KsRect *place) {
+  const std::int32_t status = DrawGraphic(nullptr, file, index, {0, 0});
+  if (status != SUCCESS) return status;
+  const GraphicSubheader &graphic = *FindGraphic(file, index);
+  KsRect box = {};
+  if (IsInPixels(graphic)) {
+    KsVectorBounds(&graphic.vector, 0, &box, 0);
+  } else {
+    box = {graphic.firstBound[0], graphic.firstBound[1], graphic.secondBound[0], graphic.secondBound[1]};
+  }
+  *place = Moved(box, graphic.locationColumn, graphic.locationRow);
+  return SUCCESS;
 }

@@ -5,11 +5,20 @@
 
 /**
  * The right and bottom edge that a graphic reaches. For a CGM both bounds count with its location; for the symbols of
- * the 2.0 layout the second bound is row and column. ERROR_FILE_READ where the data are cut off, ERROR_NOT_SUPPORTED
- * for a drawing that can't be loaded.
+ * the 2.0 layout the second bound is row and column. ERROR_FILE_READ where the data are cut off, or what a CGM can't be
+ * loaded for.
  */
 std::int32_t MeasureGraphic(NitfFile *file, std::uint32_t index, const DisplayOffset &offset, std::uint32_t *right,
                             std::uint32_t *bottom);
 
-/** Draws a graphic. ERROR_NOT_SUPPORTED: drawings have no decoder yet. */
+/**
+ * Loads a graphic and tells which pixels its objects take, without the width of their lines, counted from what it is
+ * attached to. Nothing where it has no objects. Results as DrawGraphic.
+ */
+std::int32_t PlaceGraphic(NitfFile *file, std::uint32_t index, KsRect *place);
+
+/**
+ * Loads a graphic, leaves its drawing in the record's `vector`, and draws it. Without a context nothing is painted.
+ * ERROR_FILE_READ, ERROR_FILE_FORMAT, ERROR_NO_MEMORY; `vector` is empty then.
+ */
 std::int32_t DrawGraphic(KsDeviceContext *context, NitfFile *file, std::uint32_t index, const DisplayOffset &offset);

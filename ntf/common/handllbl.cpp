@@ -1,5 +1,42 @@
 #include "handllbl.h"
 
-std::int32_t DrawLabel(KsDeviceContext *, NitfFile *, std::uint32_t, const DisplayOffset &) {
-  return ERROR_NOT_SUPPORTED;
+#include "platform.h"
+#include "segment_data.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace {
+
+constexpr std::int32_t kLineStep = 20;
+constexpr int kTransparent = 1;
+constexpr int kOpaque = 2;
+
+void WriteLines(KsDeviceContext *context, std::string_view text, std::int32_t x, std::int32_t y) {
+  constexpr std::string_view kLineEnds = "\r\n";
+  std::size_t start = text.find_first_not_of(kLineEnds);
+  while (start != std::string_view::npos) {
+    const std::size_t end = std::min(text.find_first_of(kLineEnds, start), text.size());
+    platform::TextOutA(context, x, y, text.data() + start, static_cast<int>(end - start));
+    y = Add(y, kLineStep);
+    start = text.find_first_not_of(kLineEnds, end);
+  }
+}
+
+}  // namespace
+
+std::int32_t DrawLabel(KsDeviceContext *context, NitfFile *file, std::uint32_t index, const DisplayOffset &offset) {
+  const LabelSubheader &label = *FindLabel(file, index);
+  SegmentData data;
+  const std::int32_t status = ReadSegmentData(file, SegmentKind::Label, index, &data);
+  if (status != SUCCESS) return status;
+  const int saved = platform::SaveDC(context);
+  platform::SetTextColor(context, label.textColor);
+  platform::SetBkColor(context, label.backgroundColor);
+  platform::SetBkMode(context, label.backgroundColor != 0 ? kOpaque : kTransparent);
+  const std::string_view text(data.bytes.Get(), data.length);
+  WriteLines(context, text.substr(0, text.find('\0')), Add(label.locationColumn, offset.column),
+             Add(label.locationRow, offset.row));
+  platform::RestoreDC(context, saved);
+  return SUCCESS;
 }

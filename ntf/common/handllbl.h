@@ -3,5 +3,8 @@
 
 #include "compose.h"
 
-/** Draws a label. ERROR_NOT_SUPPORTED: labels have no text drawing yet. */
+/**
+ * Writes a label's lines in the context's font, each 20 pixels below the one before; empty lines leave no gap.
+ * ERROR_FILE_READ where the text is cut off, ERROR_NO_MEMORY.
+ */
 std::int32_t DrawLabel(KsDeviceContext *context, NitfFile *file, std::uint32_t index, const DisplayOffset &offset);

@@ -41,3 +41,43 @@ static_assert(offsetof(KsRawFormatInfo, height) == 12);
 static_assert(offsetof(KsRawFormatInfo, bits) == 16);
 static_assert(offsetof(KsRawFormatInfo, offset) == 28);
 static_assert(offsetof(KsRawFormatInfo, pages) == 36);
+
+static_assert(sizeof(KsSaveOptions) == 1610);
+static_assert(offsetof(KsSaveOptions, saveFlags) == 1606);
+
+static_assert(sizeof(KsVector) == 1056);
+static_assert(offsetof(KsVector, flags) == 916);
+static_assert(offsetof(KsVector, options) == 1048);
+
+static_assert(sizeof(KsVectorLayer) == 148);
+static_assert(offsetof(KsVectorLayer, name) == 4);
+static_assert(offsetof(KsVectorLayer, visible) == 132);
+static_assert(offsetof(KsVectorLayer, reserved140) == 140);
+
+static_assert(sizeof(KsVectorPen) == 68);
+static_assert(sizeof(KsVectorBrush) == 292);
+static_assert(sizeof(KsVectorVertex) == 28);
+
+static_assert(sizeof(KsVectorLine) == 156);
+static_assert(offsetof(KsVectorLine, first) == 32);
+static_assert(offsetof(KsVectorLine, second) == 60);
+static_assert(offsetof(KsVectorLine, pen) == 88);
+
+static_assert(sizeof(KsVectorOval) == 448);
+static_assert(offsetof(KsVectorOval, first) == 32);
+static_assert(offsetof(KsVectorOval, second) == 60);
+static_assert(offsetof(KsVectorOval, pen) == 88);
+static_assert(offsetof(KsVectorOval, brush) == 156);
+
+static_assert(sizeof(KsVectorPolygon) == 408);
+static_assert(offsetof(KsVectorPolygon, points) == 32);
+static_assert(offsetof(KsVectorPolygon, count) == 40);
+static_assert(offsetof(KsVectorPolygon, pen) == 44);
+static_assert(offsetof(KsVectorPolygon, brush) == 112);
+
+static_assert(sizeof(KsVectorBox) == 436);
+static_assert(offsetof(KsVectorBox, corner) == 32);
+static_assert(offsetof(KsVectorBox, pen) == 60);
+static_assert(offsetof(KsVectorBox, brush) == 128);
+static_assert(offsetof(KsVectorBox, width) == 420);
+static_assert(offsetof(KsVectorBox, height) == 428);

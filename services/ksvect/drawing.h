@@ -279,4 +279,10 @@ bool BoundsOf(const Drawing &drawing, Box &bounds);
 /** The extent, or the bounds where there is none; false without either. */
 bool ExtentOf(const Drawing &drawing, Box &extent);
 
+/** Moves everything, the extent too. */
+void Move(Drawing &drawing, Point offset);
+
+/** Scales and moves everything so that the extent becomes `target`. */
+void LayOnto(Drawing &drawing, const Box &target);
+
 }  // namespace ksvect

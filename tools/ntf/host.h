@@ -6,6 +6,7 @@
 namespace ntf {
 
 bool StandardErrorIsTerminal();
+bool StandardOutputIsTerminal();
 
 /** Keeps line ends in the standard output as they are written. */
 void MakeStandardOutputBinary();

@@ -39,6 +39,10 @@ bool StandardErrorIsTerminal() {
   return isatty(STDERR_FILENO) == 1;
 }
 
+bool StandardOutputIsTerminal() {
+  return isatty(STDOUT_FILENO) == 1;
+}
+
 void MakeStandardOutputBinary() {}
 
 void RemoveOnInterrupt(const std::string &name) {

@@ -1,6 +1,7 @@
 #include "info_json.h"
 
 #include "headertable.h"
+#include "printable.h"
 
 #include <algorithm>
 #include <string>
@@ -8,30 +9,6 @@
 
 namespace ntf {
 namespace {
-
-bool IsFill(char character) {
-  return character == ' ' || character == '\0';
-}
-
-std::string_view Trim(std::string_view text) {
-  while (!text.empty() && IsFill(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsFill(text.back())) text.remove_suffix(1);
-  return text;
-}
-
-std::string Latin1ToUtf8(std::string_view text) {
-  std::string utf8;
-  for (const char character : text) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (byte < 0x80) {
-      utf8 += character;
-    } else {
-      utf8 += static_cast<char>(0xC0 | byte >> 6);
-      utf8 += static_cast<char>(0x80 | (byte & 0x3F));
-    }
-  }
-  return utf8;
-}
 
 bool IsNumber(std::string_view text) {
   const auto isDigit = [](char character) { return character >= '0' && character <= '9'; };

@@ -1,5 +1,7 @@
 #include "info_text.h"
 
+#include "printable.h"
+
 #include <algorithm>
 #include <cstdlib>
 
@@ -18,7 +20,7 @@ void AddLine(std::string &text, const std::string &name, const std::string &valu
   if (value.empty()) return;
   std::string line = "  " + name;
   line.resize(std::max(line.size() + 1, kNameCells + 2), ' ');
-  text += line + value + '\n';
+  text += line + WithoutControls(value) + '\n';
 }
 
 /** Appends ", WORDS VALUE" where there is a value. */

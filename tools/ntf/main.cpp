@@ -1,9 +1,11 @@
-// ntf: looks at NITF files and draws them.
+// ntf: looks at NITF files, draws them, and takes them apart.
+#include "extract.h"
 #include "info.h"
 #include "ksntfx.h"
 #include "picture.h"
 #include "problem.h"
 #include "render.h"
+#include "text.h"
 
 #include <cstdio>
 #include <exception>
@@ -19,6 +21,8 @@ enum ExitCode { kDone = 0, kFileFault = 1, kWrongUsage = 2 };
 struct Request {
   ntf::InfoOptions info;
   ntf::RenderOptions render;
+  ntf::TextOptions text;
+  ntf::ExtractOptions extract;
 };
 
 // The refusals that the library shows in a message box come back as a status too, and one line is enough.
@@ -57,15 +61,42 @@ void DefineRender(CLI::App &app, ntf::RenderOptions &options) {
       ->check(CLI::Validator(checkOutput, "OUT"));
   CLI::Option *image =
       render->add_option("--image", options.image, "Only this image segment, counted from 0, at its own depth");
+  CLI::Option *graphic =
+      render->add_option("--graphic", options.graphic, "Only this graphic segment, counted from 0, on white");
+  graphic->excludes(image);
   render->add_flag("--padded", options.padded, "With --image: also the fill of the last blocks")->needs(image);
   render->add_option("--depth", options.depth, "Bits per pixel of the canvas, 8 (gray) or 24")
       ->check(CLI::IsMember({8, 24}))
       ->capture_default_str()
-      ->excludes(image);
+      ->excludes(image)
+      ->excludes(graphic);
   DefineLoadFlag(*render, options, image, "--fixed-canvas", NITF_LOAD_FIXED_CANVAS, "A canvas of 2048 by 2048 pixels");
   DefineLoadFlag(*render, options, image, "--tone-check", NITF_LOAD_TONE_CHECK,
                  "Spread very dark images over the full range");
   DefineLoadFlag(*render, options, image, "--vector-render", NITF_LOAD_VECTOR_RENDER, "Paint object symbols at once");
+}
+
+void DefineText(CLI::App &app, ntf::TextOptions &options) {
+  CLI::App *text = app.add_subcommand("text", "Print the texts of a file");
+  text->set_version_flag("--version", "ntf " NTF_VERSION);
+  text->add_option("FILE", options.file, "NITF file")->required();
+  text->add_option("N", options.text, "Only this text segment, counted from 0, and without a heading");
+}
+
+void DefineExtract(CLI::App &app, ntf::ExtractOptions &options) {
+  CLI::App *extract = app.add_subcommand("extract", "Write the data of segments as files, all or those chosen");
+  extract->set_version_flag("--version", "ntf " NTF_VERSION);
+  extract->add_option("FILE", options.file, "NITF file")->required();
+  extract->add_option("-o,--output", options.folder, "Folder to write to, made where it isn't there")->required();
+  extract->add_flag("--force", options.force, "Overwrite files that are there");
+  const auto choose = [&](const std::string &name, std::vector<std::uint32_t> &numbers, const std::string &what) {
+    extract->add_option(name, numbers, what + " of this number, counted from 0; may be repeated")
+        ->allow_extra_args(false);
+  };
+  choose("--image", options.images, "Image");
+  choose("--graphic", options.graphics, "Graphic");
+  choose("--text", options.texts, "Text");
+  choose("--data-extension", options.dataExtensions, "Data extension");
 }
 
 std::string UsageError(const CLI::App *app, const CLI::Error &error) {
@@ -77,19 +108,23 @@ std::string UsageError(const CLI::App *app, const CLI::Error &error) {
 int Run(const CLI::App &app, const Request &request) {
   SilenceLibrary();
   if (app.got_subcommand("info")) return ntf::Info(request.info) ? kDone : kFileFault;
-  const ntf::Outcome failed = ntf::Render(request.render);
+  const ntf::Outcome failed = app.got_subcommand("text")      ? ntf::PrintTexts(request.text)
+                              : app.got_subcommand("extract") ? ntf::Extract(request.extract)
+                                                              : ntf::Render(request.render);
   if (failed) ntf::Report(*failed);
   return failed ? kFileFault : kDone;
 }
 
 int RunCommandLine(int argc, char **argv) {
   Request request;
-  CLI::App app("Looks at NITF 2.1 files and draws them.", "ntf");
+  CLI::App app("Looks at NITF 2.1 files, draws them, and takes them apart.", "ntf");
   app.set_version_flag("--version", "ntf " NTF_VERSION);
   app.require_subcommand(1);
   app.failure_message(UsageError);
   DefineInfo(app, request.info);
   DefineRender(app, request.render);
+  DefineText(app, request.text);
+  DefineExtract(app, request.extract);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError &error) {

@@ -7,6 +7,7 @@
 #include "output_file.h"
 #include "picture.h"
 #include "progress.h"
+#include "segment_drawing.h"
 #include "segment_image.h"
 
 #include <algorithm>
@@ -125,13 +126,24 @@ Outcome WriteSegment(const RenderOptions &options, OutputFile &output) {
   return WriteBitmap(options.file, bitmap, width, height, output);
 }
 
+Outcome WriteDrawing(const RenderOptions &options, OutputFile &output) {
+  KsLocalBitmap picture;
+  if (Outcome failed = DrawSegment(options.file, *options.graphic, picture)) return failed;
+  return WriteBitmap(options.file, *picture.Get(), picture->width, picture->height, output);
+}
+
+Outcome Write(const RenderOptions &options, OutputFile &output) {
+  if (options.image) return WriteSegment(options, output);
+  return options.graphic ? WriteDrawing(options, output) : WriteComposition(options, output);
+}
+
 }  // namespace
 
 Outcome Render(const RenderOptions &options) {
   if (Outcome unreadable = CheckInput(options.file)) return unreadable;
   OutputFile output(options.output);
   if (Outcome unopened = output.Open()) return unopened;
-  const Outcome failed = options.image ? WriteSegment(options, output) : WriteComposition(options, output);
+  const Outcome failed = Write(options, output);
   return failed ? failed : output.Commit();
 }
 

@@ -1,4 +1,4 @@
-// ntf render: the picture of a file, or of one of its images.
+// ntf render: the picture of a file, or of one of its segments.
 #pragma once
 
 #include "problem.h"
@@ -11,11 +11,12 @@ namespace ntf {
 
 struct RenderOptions {
   std::string file;
-  std::string output;                 /* the suffix tells the format; "-" is PNG on the standard output */
-  std::uint32_t depth = 24;           /* of the canvas: 8 or 24 bits */
-  std::uint32_t loadFlags = 0;        /* NitfLoadFlags */
-  std::optional<std::uint32_t> image; /* only this segment, from 0, at its own depth */
-  bool padded = false;                /* with the fill of its last blocks */
+  std::string output;                   /* the suffix tells the format; "-" is PNG on the standard output */
+  std::uint32_t depth = 24;             /* of the canvas: 8 or 24 bits */
+  std::uint32_t loadFlags = 0;          /* NitfLoadFlags */
+  std::optional<std::uint32_t> image;   /* only this segment, from 0, at its own depth */
+  std::optional<std::uint32_t> graphic; /* only this segment, from 0, on white */
+  bool padded = false;                  /* with the fill of its last blocks */
 };
 
 Outcome Render(const RenderOptions &options);

@@ -1,0 +1,189 @@
+#include "extract.h"
+
+#include "info_json.h"
+#include "load_headers.h"
+#include "output_file.h"
+#include "segment_choice.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+namespace ntf {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char *kManifestName = "manifest.json";
+
+/** How the bodies of a kind are named, and where the choice of segments stands. */
+struct ExtractedKind {
+  SegmentKind kind;
+  const char *prefix;
+  const char *listing; /* in the description of a file's headers */
+  std::vector<std::uint32_t> ExtractOptions::*chosen;
+};
+
+constexpr ExtractedKind kKinds[] = {
+    {SegmentKind::Image, "image", "images", &ExtractOptions::images},
+    {SegmentKind::Graphic, "graphic", "graphics", &ExtractOptions::graphics},
+    {SegmentKind::Text, "text", "texts", &ExtractOptions::texts},
+    {SegmentKind::DataExtension, "des", "dataExtensions", &ExtractOptions::dataExtensions},
+};
+
+/** One segment that is to be written. */
+struct Body {
+  const ExtractedKind *kind;
+  std::uint32_t index;
+  std::string name;
+  std::int64_t offset;
+  std::uint32_t bytes;
+};
+
+/** What other programs know an image's data by. Data behind a mask table, or of no codec, are nothing else's. */
+std::string ImageSuffix(const NitfFile &file, const Body &body) {
+  constexpr std::string_view kJp2Box("\0\0\0\x0CjP  ", 8);
+  constexpr std::string_view kCodeStream("\xFF\x4F\xFF\x51", 4);
+  constexpr std::string_view kJpeg("\xFF\xD8\xFF", 3);
+  std::array<char, 8> start = {};
+  KsSeek(file.fileHandle, body.offset, KS_SEEK_START);
+  const auto held = KsRead(file.fileHandle, start.data(), std::min<std::uint64_t>(start.size(), body.bytes));
+  const std::string_view front(start.data(), held);
+  if (front.starts_with(kJpeg)) return ".jpg";
+  return front.starts_with(kJp2Box) || front.starts_with(kCodeStream) ? ".jp2" : ".raw";
+}
+
+std::string SuffixOf(const NitfFile &file, const Body &body) {
+  switch (body.kind->kind) {
+    case SegmentKind::Image:
+      return ImageSuffix(file, body);
+    case SegmentKind::Graphic:
+      return FindGraphic(&file, body.index)->SFMT[0] == 'C' ? ".cgm" : ".bin";
+    case SegmentKind::Text:
+      return ".txt";
+    default:
+      return ".bin";
+  }
+}
+
+Body BodyOf(const NitfFile &file, const ExtractedKind &kind, std::uint32_t index) {
+  Body body = {&kind, index, {}, SeekSegmentData(&file, kind.kind, index), DataLength(&file, kind.kind, index)};
+  std::array<char, 16> number = {};
+  std::snprintf(number.data(), number.size(), "-%03u", index);
+  body.name = kind.prefix + std::string(number.data()) + SuffixOf(file, body);
+  return body;
+}
+
+Outcome ChooseBodies(const ExtractOptions &options, const NitfFile &file, std::vector<Body> &bodies) {
+  const bool everything = std::all_of(std::begin(kKinds), std::end(kKinds),
+                                      [&](const ExtractedKind &kind) { return (options.*kind.chosen).empty(); });
+  for (const ExtractedKind &kind : kKinds) {
+    std::vector<std::uint32_t> numbers = options.*kind.chosen;
+    const std::uint32_t count = everything ? CountSegments(&file, kind.kind) : 0;
+    for (std::uint32_t index = 0; index < count; ++index) numbers.push_back(index);
+    std::sort(numbers.begin(), numbers.end());
+    numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
+    for (const std::uint32_t index : numbers) {
+      if (Outcome missing = CheckSegment(options.file, file, kind.kind, index)) return missing;
+      bodies.push_back(BodyOf(file, kind, index));
+    }
+  }
+  return {};
+}
+
+Outcome CopyBody(const std::string &source, const NitfFile &file, const Body &body, OutputFile &output) {
+  constexpr std::uint32_t kPiece = 1U << 20;
+  std::vector<char> piece(std::min(kPiece, body.bytes));
+  KsSeek(file.fileHandle, body.offset, KS_SEEK_START);
+  for (std::uint32_t left = body.bytes; left > 0;) {
+    const std::uint32_t bytes = std::min(kPiece, left);
+    if (KsRead(file.fileHandle, piece.data(), bytes) != bytes) {
+      return Problem{
+          source,
+          std::string("the data of ") + KindWord(body.kind->kind) + " " + std::to_string(body.index) + " are cut off",
+          ERROR_FILE_READ};
+    }
+    if (!output.Write(piece.data(), bytes)) return output.Failure();
+    left -= bytes;
+  }
+  return {};
+}
+
+/** The files of a folder, each under a plain name of ours. */
+class Folder {
+ public:
+  explicit Folder(const ExtractOptions &options) : path(options.folder), force(options.force) {}
+
+  Outcome Make() const {
+    std::error_code error;
+    fs::create_directories(path, error);
+    return error ? Outcome(SystemProblem(path.string(), error.value(), ERROR_FILE_WRITE)) : Outcome();
+  }
+
+  /** A link of that name might lead out of the folder, so it is never followed. */
+  Outcome CheckFree(const std::string &name) const {
+    std::error_code ignored;
+    const fs::file_status status = fs::symlink_status(path / name, ignored);
+    if (!fs::exists(status)) return {};
+    if (!force) return Problem{NameOf(name), "is there already (--force overwrites it)", ERROR_FILE_WRITE};
+    if (!fs::is_regular_file(status)) return Problem{NameOf(name), "is not a regular file", ERROR_FILE_WRITE};
+    return {};
+  }
+
+  std::string NameOf(const std::string &name) const { return (path / name).string(); }
+
+ private:
+  fs::path path;
+  bool force;
+};
+
+Json ManifestOf(const ExtractOptions &options, const NitfFile &file, const std::vector<Body> &bodies) {
+  const Json headers = DescribeHeaders(file);
+  Json segments = Json::array();
+  for (const Body &body : bodies) {
+    segments.push_back({{"kind", KindWord(body.kind->kind)},
+                        {"index", body.index},
+                        {"file", body.name},
+                        {"offset", body.offset},
+                        {"bytes", body.bytes},
+                        {"subheader", headers[body.kind->listing][body.index]}});
+  }
+  return {{"source", options.file}, {"header", headers["file"]}, {"segments", std::move(segments)}};
+}
+
+/** Writes a file of the folder by what `fill` puts into it. */
+template <class Fill>
+Outcome WriteFile(const Folder &folder, const std::string &name, Fill fill) {
+  OutputFile output(folder.NameOf(name));
+  if (Outcome unopened = output.Open()) return unopened;
+  if (Outcome failed = fill(output)) return failed;
+  return output.Commit();
+}
+
+}  // namespace
+
+Outcome Extract(const ExtractOptions &options) {
+  LocalNitfFile file;
+  if (Outcome failed = LoadHeaders(options.file, *file.Get())) return failed;
+  std::vector<Body> bodies;
+  if (Outcome missing = ChooseBodies(options, *file.Get(), bodies)) return missing;
+  const Folder folder(options);
+  if (Outcome unmade = folder.Make()) return unmade;
+  if (Outcome taken = folder.CheckFree(kManifestName)) return taken;
+  for (const Body &body : bodies) {
+    if (Outcome taken = folder.CheckFree(body.name)) return taken;
+  }
+  for (const Body &body : bodies) {
+    const auto copy = [&](OutputFile &output) { return CopyBody(options.file, *file.Get(), body, output); };
+    if (Outcome failed = WriteFile(folder, body.name, copy)) return failed;
+  }
+  const std::string manifest = ManifestOf(options, *file.Get(), bodies).dump(2) + '\n';
+  return WriteFile(folder, kManifestName, [&](OutputFile &output) {
+    return output.Write(manifest.data(), manifest.size()) ? Outcome() : Outcome(output.Failure());
+  });
+}
+
+}  // namespace ntf

@@ -1,0 +1,75 @@
+#include "printable.h"
+
+namespace ntf {
+namespace {
+
+bool IsFill(char character) {
+  return character == ' ' || character == '\0';
+}
+
+bool IsContinuation(unsigned char byte) {
+  return byte >= 0x80 && byte < 0xC0;
+}
+
+/** The bytes of the UTF-8 character at the front, 1 where there is none. */
+std::size_t CharacterBytes(std::string_view text) {
+  std::size_t bytes = 1;
+  if (static_cast<unsigned char>(text[0]) < 0xC2) return bytes;
+  while (bytes < text.size() && bytes < 4 && IsContinuation(static_cast<unsigned char>(text[bytes]))) ++bytes;
+  return bytes;
+}
+
+/** Controls of one byte, of Latin-1, and of UTF-8. */
+bool IsControl(std::string_view character) {
+  const auto first = static_cast<unsigned char>(character[0]);
+  if (first < 0x20 || first == 0x7F || (first >= 0x80 && first < 0xA0)) return true;
+  return first == 0xC2 && character.size() == 2 && static_cast<unsigned char>(character[1]) < 0xA0;
+}
+
+}  // namespace
+
+std::string_view Trim(std::string_view text) {
+  while (!text.empty() && IsFill(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsFill(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+std::string Latin1ToUtf8(std::string_view text) {
+  std::string utf8;
+  for (const char character : text) {
+    const auto byte = static_cast<unsigned char>(character);
+    if (byte < 0x80) {
+      utf8 += character;
+    } else {
+      utf8 += static_cast<char>(0xC0 | byte >> 6);
+      utf8 += static_cast<char>(0x80 | (byte & 0x3F));
+    }
+  }
+  return utf8;
+}
+
+bool HasControls(std::string_view text) {
+  constexpr std::string_view kLayout = "\n\r\t";
+  while (!text.empty()) {
+    const std::string_view character = text.substr(0, CharacterBytes(text));
+    if (IsControl(character) && kLayout.find(character[0]) == std::string_view::npos) return true;
+    text.remove_prefix(character.size());
+  }
+  return false;
+}
+
+std::string WithoutControls(std::string_view text) {
+  std::string shown;
+  while (!text.empty()) {
+    const std::string_view character = text.substr(0, CharacterBytes(text));
+    shown += IsControl(character) ? "?" : character;
+    text.remove_prefix(character.size());
+  }
+  return shown;
+}
+
+std::string Printable(std::string_view text) {
+  return WithoutControls(Latin1ToUtf8(Trim(text)));
+}
+
+}  // namespace ntf

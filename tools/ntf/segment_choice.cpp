@@ -1,0 +1,31 @@
+#include "segment_choice.h"
+
+namespace ntf {
+
+const char *KindWord(SegmentKind kind) {
+  switch (kind) {
+    case SegmentKind::Image:
+      return "image";
+    case SegmentKind::Graphic:
+      return "graphic";
+    case SegmentKind::Label:
+      return "label";
+    case SegmentKind::Text:
+      return "text";
+    case SegmentKind::DataExtension:
+      break;
+  }
+  return "data extension";
+}
+
+Outcome CheckSegment(const std::string &fileName, const NitfFile &file, SegmentKind kind, std::uint32_t index) {
+  constexpr std::int32_t kIndexOutOfRange = 87;
+  if (FindSubheader(&file, kind, index) != nullptr) return {};
+  const std::string word = KindWord(kind);
+  const std::uint32_t count = CountSegments(&file, kind);
+  const std::string held = count == 0 ? "no " + word : std::to_string(count) + " " + word + (count == 1 ? "" : "s");
+  return Problem{fileName, "there is no " + word + " " + std::to_string(index) + ": the file has " + held,
+                 kIndexOutOfRange};
+}
+
+}  // namespace ntf
