@@ -172,6 +172,18 @@ KS_API uint64_t KsWrite(KsHandle handle, const void *buffer, uint64_t bytes);
 /** As KsWrite, for bodies of segments. */
 KS_API uint64_t KsWriteBlock(KsHandle handle, const void *buffer, uint64_t bytes);
 
+/**
+ * Copies `bytes` bytes from the position of `source` to that of `target`, in pieces, and moves both positions. SUCCESS;
+ * ERROR_FILE_READ where `source` holds fewer, with nothing copied, or can't be read; ERROR_FILE_WRITE; ERROR_NO_MEMORY.
+ */
+KS_API int32_t KsCopyBytes(KsHandle target, KsHandle source, uint64_t bytes);
+
+/** SUCCESS where there is a file, of whatever kind, of that name; else ERROR_NO_FILE. */
+KS_API int32_t KsFileExists(const char16_t *name);
+
+/** SUCCESS where `name` leads, by whatever path or link, to the open file; else ERROR_NO_FILE. */
+KS_API int32_t KsIsSameFile(KsHandle handle, const char16_t *name);
+
 /** Moves the position by `offset` bytes from `origin` (KsSeekOrigin): the new position, or -1 with nothing moved. */
 KS_API int64_t KsSeek(KsHandle handle, int64_t offset, uint32_t origin);
 

@@ -27,6 +27,7 @@ extern "C" {
 
 /** Results that are the format's own; the others are those of KsStatus. */
 enum NitfStatus {
+  NITF_NULL_HANDLE = -261,           /**< a null NitfHandle */
   NITF_UNSUPPORTED_VERSION = -78,    /**< FVER is not 02.10 */
   NITF_UNSUPPORTED_PVTYPE = -700000, /**< PVTYPE is neither INT nor B */
   NITF_UNSUPPORTED_CLEVEL = -700001, /**< CLEVEL is not 03 */
@@ -49,6 +50,15 @@ enum NitfRowFlags { NITF_ROW_VALID = 3, NITF_ROW_FIRST = 4, NITF_ROW_LAST = 8 };
 
 /** One file: opaque here. */
 typedef struct NitfFile NitfFile;
+
+/** A file that was opened or made through K_NITFCreate, and belongs to the caller until K_NITFDestroy. */
+typedef NitfFile *NitfHandle;
+
+/** Bits that K_NITFGetStatus gives. */
+enum NitfHandleStatus {
+  NITF_STATUS_EMPTY = 1, /**< there are no images, graphics, labels and texts */
+  NITF_STATUS_HEADER = 2 /**< there is a file header */
+};
 
 /**
  * Receives one row of the composed picture. `row` holds the pixels in the canvas's own format and lives until the
@@ -139,6 +149,34 @@ KSNTFX_API int32_t K_NitfDrawObjects(FilterLoadRecord *loadContext, KsDeviceCont
 
 /** Makes `bitmap` a new 24-bit canvas with the picture of a loaded file; the caller frees it with KsBitmapFree. */
 KSNTFX_API int32_t K_NtfRenderBitmap(KsBitmap *bitmap, NitfFile *file);
+
+/* ---- handles ----------------------------------------------------------------------------------------------------- */
+
+/**
+ * Opens a file, or, where `name` is null, makes one that holds a header of 388 bytes and nothing else, and stores the
+ * handle at `address`. The file stays open until K_NITFDestroy. `name` is UTF-16 (UTF-8 in the narrow form) and
+ * zero-terminated. ERROR_NO_FILE where there is no such file; ERROR_NO_MEMORY also for a null address and a narrow name
+ * that is no UTF-8; what a load fails with: ERROR_FILE_READ, ERROR_FILE_FORMAT, one of NitfStatus. The handle is null
+ * after a failure of the wide form, and of the narrow one but for its name.
+ */
+KSNTFX_API int32_t K_NITFCreate(NitfHandle *address, const char16_t *name);
+KSNTFX_API int32_t K_NITFCreateA(NitfHandle *address, const char *name);
+
+/** Closes the file, releases everything and sets the handle to null. NITF_NULL_HANDLE where it is null already. */
+KSNTFX_API int32_t K_NITFDestroy(NitfHandle *address);
+
+/** Bits of NitfHandleStatus, or NITF_NULL_HANDLE. */
+KSNTFX_API int32_t K_NITFGetStatus(NitfHandle handle);
+
+/**
+ * Writes the file that the handle stands for: headers from memory, bodies from memory or as copies of the opened
+ * file's, byte for byte. The handle stays as it is and may be saved again. An output that can't be written is left as
+ * far as it came: ERROR_FILE_WRITE, as for one that is the opened file itself, which is not touched. ERROR_FILE_READ
+ * where the opened file is cut off, ERROR_INVALID_VALUE for a number of an image that is wider than its field (nothing
+ * is written then), ERROR_NO_MEMORY, NITF_NULL_HANDLE.
+ */
+KSNTFX_API int32_t K_NITFSaveFile(NitfHandle handle, const char16_t *name);
+KSNTFX_API int32_t K_NITFSaveFileA(NitfHandle handle, const char *name);
 
 #ifdef __cplusplus
 }

@@ -34,7 +34,7 @@ constexpr HeaderRow kRows[] = {
     TextRow(NITF_TEXT(Record, DESOFLW), 6).If(IsOverflow),
     TextRow(NITF_TEXT(Record, DESITEM), 3).Digits().If(IsOverflow),
     TextRow(NITF_TEXT(Record, DESSHL), 4).Digits(),
-    BytesRow("DESSHF", offsetof(Record, userData), offsetof(Record, DESSHL), 0),
+    BytesRow("DESSHF", offsetof(Record, userData), offsetof(Record, DESSHL), 0).WrittenAsText(),
 };
 
 }  // namespace

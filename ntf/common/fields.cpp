@@ -51,18 +51,22 @@ int FormatBounded(char *buffer, std::size_t size, const char *format, ...) {
   return -1;
 }
 
-std::int32_t ParseNumber(std::string_view text) {
-  using Limits = std::numeric_limits<std::int32_t>;
+std::int64_t ParseLongNumber(std::string_view text) {
+  constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max() / 10 - 1;
   text = WithoutLeadingSpace(text);
   const bool negative = text.starts_with('-');
   if (negative || text.starts_with('+')) text.remove_prefix(1);
   std::int64_t value = 0;
   for (const char digit : text) {
     if (digit < '0' || digit > '9') break;
-    value = std::min<std::int64_t>(value * 10 + (digit - '0'), std::int64_t{Limits::max()} + 1);
+    value = std::min(value * 10 + (digit - '0'), kMost);
   }
-  if (negative) value = -value;
-  return static_cast<std::int32_t>(std::clamp<std::int64_t>(value, Limits::min(), Limits::max()));
+  return negative ? -value : value;
+}
+
+std::int32_t ParseNumber(std::string_view text) {
+  using Limits = std::numeric_limits<std::int32_t>;
+  return static_cast<std::int32_t>(std::clamp<std::int64_t>(ParseLongNumber(text), Limits::min(), Limits::max()));
 }
 
 double ParseFraction(std::string_view text) {

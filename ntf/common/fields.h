@@ -27,6 +27,9 @@ using DateParts = std::array<DatePart, 7>;
  */
 std::int32_t ParseNumber(std::string_view text);
 
+/** The same for the lengths of files; 17 digits and more stay at a limit. */
+std::int64_t ParseLongNumber(std::string_view text);
+
 /** The same for a fraction, as in IMAG; 0 where there is none. */
 double ParseFraction(std::string_view text);
 

@@ -1,8 +1,11 @@
 #include "grsubhdr.h"
 
+#include "headerwriter.h"
 #include "internal/ksclasses_.h"
 #include "nitffile.h"
 #include "strmfhdr.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -38,32 +41,51 @@ std::int32_t ReadLut(HeaderReader &reader) {
   return SUCCESS;
 }
 
+std::int32_t WriteColor(HeaderWriter &writer) {
+  return writer.Text("C", 1, '0');
+}
+
+/** One gray row for one entry, and the third row only for more than two. */
+std::int32_t WriteLut(HeaderWriter &writer) {
+  const auto &graphic = writer.As<GraphicSubheader>();
+  if (!writer.Nitf20() || graphic.lut == nullptr) return SUCCESS;
+  const std::uint32_t rows = std::min(graphic.lutEntries, 3U);
+  for (std::uint32_t row = 0; row < rows; ++row) {
+    for (std::uint32_t entry = 0; entry < graphic.lutEntries; ++entry) {
+      const char byte[] = {static_cast<char>(graphic.lut[entry] >> (16 - 8 * row)), '\0'};
+      const std::int32_t status = writer.Text(byte, 1, '0');
+      if (status != SUCCESS) return status;
+    }
+  }
+  return SUCCESS;
+}
+
 using Record = GraphicSubheader;
 
 constexpr HeaderRow kRows[] = {
-    TextRow(NITF_TEXT(Record, SY), 2).Default("SY").Then(CheckMarker),
-    TextRow(NITF_TEXT(Record, SID), 10).Default("ID        "),
-    TextRow(NITF_TEXT(Record, SNAME), 20).Blank(),
-    SecurityRow("S", offsetof(Record, security), kCheckClassification),
+    TextRow(NITF_TEXT(Record, SY), 2).FillBlanks().Default("SY").Then(CheckMarker),
+    TextRow(NITF_TEXT(Record, SID), 10).FillBlanks().Default("ID        "),
+    TextRow(NITF_TEXT(Record, SNAME), 20).FillBlanks().Blank(),
+    SecurityRow("S", offsetof(Record, security), kCheckClassification).GroupFills("0  "),
     TextRow(NITF_TEXT(Record, ENCRYP), 1).Digits(),
     TextRow(NITF_TEXT(Record, SFMT), 1).Default("C").Then(CheckFormat),
     TextRow(NITF_TEXT(Record, SSTRUCT), 13).Only21(),
     TextRow(NITF_TEXT(Record, NLIPS), 4).Only20().Digits(),
     TextRow(NITF_TEXT(Record, NPIXPL), 4).Only20().Digits(),
     TextRow(NITF_TEXT(Record, NWDTH), 4).Only20().Digits(),
-    TextRow(NITF_TEXT(Record, NBPP), 1).Only20().Number(offsetof(Record, bitsPerPixel)),
-    TextRow(NITF_TEXT(Record, SDLVL), 3).Number(offsetof(Record, displayLevel)),
-    TextRow(NITF_TEXT(Record, SALVL), 3).Number(offsetof(Record, attachmentLevel)),
+    TextRow(NITF_TEXT(Record, NBPP), 1).Only20().Rendered(offsetof(Record, bitsPerPixel)),
+    TextRow(NITF_TEXT(Record, SDLVL), 3).Rendered(offsetof(Record, displayLevel)),
+    TextRow(NITF_TEXT(Record, SALVL), 3).Rendered(offsetof(Record, attachmentLevel)),
     TextRow(NITF_TEXT(Record, SLOC), 10).Halves(offsetof(Record, locationRow)),
     TextRow(NITF_TEXT(Record, SBND1), 10).Only21().Halves(offsetof(Record, firstBound)),
-    TextRow(NITF_TEXT(Record, SCOLOR), 1).Only21().Blank(),
+    TextRow(NITF_TEXT(Record, SCOLOR), 1).Only21().Blank().Writes(WriteColor),
     TextRow(NITF_TEXT(Record, SBND2), 10).Halves(offsetof(Record, secondBound)),
-    TextRow(NITF_TEXT(Record, SCOLOR), 1).Only20().Blank(),
+    TextRow(NITF_TEXT(Record, SCOLOR), 1).Only20().Blank().FillBlanks(),
     TextRow(NITF_TEXT(Record, SRES2), 2).Only21(),
     TextRow(NITF_TEXT(Record, SNUM), 6).Only20().Digits(),
     TextRow(NITF_TEXT(Record, SROT), 3).Only20().Digits(),
-    TextRow(NITF_TEXT(Record, NELUT), 3).Only20().Number(offsetof(Record, lutEntries)),
-    GroupRow(ReadLut),
+    TextRow(NITF_TEXT(Record, NELUT), 3).Only20().Rendered(offsetof(Record, lutEntries)),
+    GroupRow(ReadLut, WriteLut),
     TextRow(NITF_TEXT(Record, SXSHDL), 5).Digits(),
     TextRow(NITF_TEXT(Record, SXSOFL), 3).Digits().CountedBy(offsetof(Record, SXSHDL)),
     BytesRow("SXSHD", offsetof(Record, extendedData), offsetof(Record, SXSHDL), 3),

@@ -58,19 +58,6 @@ void SetRowDefault(const HeaderRow &row, char *base) {
   if (row.initial == Initial::Text) std::memcpy(text, row.initialText.data(), row.initialText.size());
 }
 
-/** The number in a length text of the record, which may lack a NUL of its own at the full width of five digits. */
-std::int32_t LengthAt(const char *base, std::uint32_t place) {
-  constexpr std::size_t kLongestLength = 5;
-  return ParseNumber(BufferText(base + place, kLongestLength));
-}
-
-/** The pointer member at `place`. */
-char *DataAt(const char *base, std::uint32_t place) {
-  char *data = nullptr;
-  std::memcpy(&data, base + place, sizeof data);
-  return data;
-}
-
 void SetDataAt(char *base, std::uint32_t place, char *data) {
   std::memcpy(base + place, &data, sizeof data);
 }
@@ -86,6 +73,28 @@ bool AllNines(std::string_view text) {
 }
 
 }  // namespace
+
+std::span<const HeaderRow> SecurityRows() {
+  return kSecurityRows;
+}
+
+bool IsPresent(const HeaderRow &row, const char *base, bool nitf20, std::uint8_t securityRules) {
+  if (row.kind == HeaderRow::Kind::Text && WidthOf(row, nitf20) == 0) return false;
+  if (row.countedBy != HeaderRow::kNowhere && LengthAt(base, row.countedBy) == 0) return false;
+  if ((securityRules & kEventAlways) != 0 && row.present == DowngradeByEvent) return true;
+  return row.present == nullptr || row.present(base, nitf20);
+}
+
+std::int32_t LengthAt(const char *base, std::uint32_t place) {
+  constexpr std::size_t kLongestLength = 5;  // such a text may lack a NUL of its own
+  return ParseNumber(BufferText(base + place, kLongestLength));
+}
+
+char *DataAt(const char *base, std::uint32_t place) {
+  char *data = nullptr;
+  std::memcpy(&data, base + place, sizeof data);
+  return data;
+}
 
 void SetDefaults(const HeaderTable &table, void *record) {
   auto *base = static_cast<char *>(record);
@@ -137,26 +146,19 @@ void HeaderReader::DropData(const HeaderTable &table, std::uint32_t countedBy) {
 std::int32_t HeaderReader::ReadRow(const HeaderRow &row, char *base, bool terminates) {
   switch (row.kind) {
     case HeaderRow::Kind::Text:
-      return Present(row, base) ? ReadText(row, base, terminates) : SUCCESS;
+      return IsPresent(row, base, nitf20, securityRules) ? ReadText(row, base, terminates) : SUCCESS;
     case HeaderRow::Kind::Security:
       return ReadSecurity(row, terminates);
     case HeaderRow::Kind::Data:
-      return Present(row, base) ? ReadData(row, base) : SUCCESS;
+      return IsPresent(row, base, nitf20, securityRules) ? ReadData(row, base) : SUCCESS;
     case HeaderRow::Kind::Group:
       return row.group(*this);
   }
   return ERROR_FILE_FORMAT;
 }
 
-bool HeaderReader::Present(const HeaderRow &row, const char *base) const {
-  if (row.kind == HeaderRow::Kind::Text && (nitf20 ? row.width20 : row.width21) == 0) return false;
-  if (row.countedBy != HeaderRow::kNowhere && LengthAt(base, row.countedBy) == 0) return false;
-  if ((securityRules & kEventAlways) != 0 && row.present == DowngradeByEvent) return true;
-  return row.present == nullptr || row.present(base, nitf20);
-}
-
 std::int32_t HeaderReader::ReadText(const HeaderRow &row, char *base, bool terminates) {
-  const std::uint32_t width = nitf20 ? row.width20 : row.width21;
+  const std::uint32_t width = WidthOf(row, nitf20);
   char *text = base + row.place;
   const std::int32_t taken = Take(text, width);
   if (taken != SUCCESS) return taken;
@@ -243,14 +245,12 @@ std::int32_t ReadSubheader(HeaderReader &reader, const HeaderTable &table, NitfF
 namespace {
 
 bool IsListed(const HeaderRow &row, const char *base, bool nitf20) {
-  if (row.kind == HeaderRow::Kind::Text && (nitf20 ? row.width20 : row.width21) == 0) return false;
   if (row.kind == HeaderRow::Kind::Data && DataAt(base, row.place) == nullptr) return false;
-  if (row.countedBy != HeaderRow::kNowhere && LengthAt(base, row.countedBy) == 0) return false;
-  return row.present == nullptr || row.present(base, nitf20);
+  return IsPresent(row, base, nitf20, 0);
 }
 
 std::string_view FieldBytes(const HeaderRow &row, const char *base, bool nitf20) {
-  if (row.kind == HeaderRow::Kind::Text) return {base + row.place, nitf20 ? row.width20 : row.width21};
+  if (row.kind == HeaderRow::Kind::Text) return {base + row.place, WidthOf(row, nitf20)};
   return {DataAt(base, row.place), static_cast<std::size_t>(LengthAt(base, row.countedBy) - row.overhead)};
 }
 

@@ -15,6 +15,7 @@
 struct NitfFile;
 struct StreamFileHeader;
 class HeaderReader;
+class HeaderWriter;
 
 /** What a header reading step gives beside the status values: the replacement data of a replay are used up. */
 constexpr std::int32_t kBudgetSpent = 2;
@@ -76,6 +77,11 @@ struct HeaderRow {
   bool (*present)(const void *record, bool nitf20) = nullptr;
   std::int32_t (*decode)(HeaderReader &reader, std::string_view text) = nullptr;
   std::int32_t (*group)(HeaderReader &reader) = nullptr;
+  std::int32_t (*write)(HeaderWriter &writer) = nullptr; /**< writes what neither the text nor the number is */
+  char fill = '\0';              /**< of a text shorter than its field; 0 for that of the table */
+  bool rendered = false;         /**< is written from `number`, not from the text */
+  bool writtenAsText = false;    /**< of Data: ends at a zero byte and is filled up */
+  std::string_view groupFills{}; /**< of Security: for the classification, the downgrade field, and all others */
   Initial initial = Initial::Empty;
   std::string_view initialText{};
 
@@ -122,6 +128,26 @@ struct HeaderRow {
   }
   constexpr HeaderRow Then(std::int32_t (*action)(HeaderReader &, std::string_view)) const {
     return With([&](HeaderRow &row) { row.decode = action; });
+  }
+  /** A text that is written has blanks behind it, or zeros in front of it. */
+  constexpr HeaderRow FillBlanks() const {
+    return With([](HeaderRow &row) { row.fill = ' '; });
+  }
+  constexpr HeaderRow FillZeros() const {
+    return With([](HeaderRow &row) { row.fill = '0'; });
+  }
+  constexpr HeaderRow GroupFills(std::string_view fills) const {
+    return With([&](HeaderRow &row) { row.groupFills = fills; });
+  }
+  /** As Number, and written from there. */
+  constexpr HeaderRow Rendered(std::size_t offset) const {
+    return Number(offset).With([](HeaderRow &row) { row.rendered = true; });
+  }
+  constexpr HeaderRow Writes(std::int32_t (*action)(HeaderWriter &)) const {
+    return With([&](HeaderRow &row) { row.write = action; });
+  }
+  constexpr HeaderRow WrittenAsText() const {
+    return With([](HeaderRow &row) { row.writtenAsText = true; });
   }
   constexpr HeaderRow Default(std::string_view text) const {
     return With([&](HeaderRow &row) {
@@ -171,11 +197,12 @@ constexpr HeaderRow BytesRow(std::string_view name, std::size_t place, std::size
   return row;
 }
 
-/** What fits no row: a function that reads it. */
-constexpr HeaderRow GroupRow(std::int32_t (*read)(HeaderReader &)) {
+/** What fits no row: a function that reads it, and one that writes it. */
+constexpr HeaderRow GroupRow(std::int32_t (*read)(HeaderReader &), std::int32_t (*write)(HeaderWriter &)) {
   HeaderRow row;
   row.kind = HeaderRow::Kind::Group;
   row.group = read;
+  row.write = write;
   return row;
 }
 
@@ -186,7 +213,24 @@ constexpr HeaderRow GroupRow(std::int32_t (*read)(HeaderReader &)) {
 struct HeaderTable {
   std::span<const HeaderRow> rows;
   bool terminates = true; /**< a NUL is put behind each text that is read */
+  char fill = '0';        /**< of rows that say nothing else */
 };
+
+/** The rows of the security group; places count from the group's own. */
+std::span<const HeaderRow> SecurityRows();
+
+/** Whether a layout has a row, and the record calls for it. `securityRules` are those of the group it stands in. */
+bool IsPresent(const HeaderRow &row, const char *base, bool nitf20, std::uint8_t securityRules);
+
+/** The number in the length text at `place` of a record. */
+std::int32_t LengthAt(const char *base, std::uint32_t place);
+
+/** The data that the pointer member at `place` leads to. */
+char *DataAt(const char *base, std::uint32_t place);
+
+inline std::uint32_t WidthOf(const HeaderRow &row, bool nitf20) {
+  return nitf20 ? row.width20 : row.width21;
+}
 
 /** Gives all text fields of a record their defaults. */
 void SetDefaults(const HeaderTable &table, void *record);
@@ -231,7 +275,6 @@ class HeaderReader {
   std::int32_t ReadSecurity(const HeaderRow &row, bool terminates);
   std::int32_t ReadData(const HeaderRow &row, char *base);
   void DropData(const HeaderTable &table, std::uint32_t countedBy);
-  bool Present(const HeaderRow &row, const char *base) const;
 
   NitfFile *file;
   void *record;

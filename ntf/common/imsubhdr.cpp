@@ -1,10 +1,12 @@
 #include "imsubhdr.h"
 
 #include "fields.h"
+#include "headerwriter.h"
 #include "internal/ksclasses_.h"
 #include "ksntfx.h"
 #include "nitffile.h"
 #include "platform.h"
+#include "savenitf.h"
 #include "strmfhdr.h"
 
 #include <algorithm>
@@ -303,59 +305,212 @@ std::int32_t ReadMaskTable(HeaderReader &reader) {
   return status;
 }
 
+// ---- writing
+// ----------------------------------------------------------------------------------------------------------
+
+const ImageSubheader &Image(const HeaderWriter &writer) {
+  return writer.As<ImageSubheader>();
+}
+
+/** Writes the text that stands for a number; blanks where there is none. */
+std::int32_t WriteCode(HeaderWriter &writer, std::string_view text, std::uint32_t width) {
+  char field[16] = {};
+  text.copy(field, sizeof field - 1);
+  return writer.Text(field, width, ' ');
+}
+
+std::int32_t WritePixelValueType(HeaderWriter &writer) {
+  const std::uint32_t type = Image(writer).pixelValueType;
+  if (type > 1) return Refuse("Unsupported PVTYPE", NITF_UNSUPPORTED_PVTYPE);
+  return WriteCode(writer, type == 0 ? "INT" : "B", 3);
+}
+
+std::int32_t WriteRepresentation(HeaderWriter &writer) {
+  return WriteCode(writer, CodeText(kRepresentations, Image(writer).representation), 8);
+}
+
+std::int32_t WriteJustification(HeaderWriter &writer) {
+  return WriteCode(writer, Image(writer).rightJustified == 0 ? "L" : "R", 1);
+}
+
+std::int32_t WriteCoordinateSystem(HeaderWriter &writer) {
+  return writer.Text(Image(writer).ICORDS, 1, ' ');
+}
+
+std::int32_t WriteComments(HeaderWriter &writer) {
+  const ImageSubheader &image = Image(writer);
+  const std::int32_t count = ParseNumber({image.NICOM, 1});
+  for (std::int32_t comment = 0; comment < count; ++comment) {
+    const bool held = comment < static_cast<std::int32_t>(image.commentsHeld);
+    const std::int32_t status = writer.Text(held ? image.comments[comment] : "", 80, ' ');
+    if (status != SUCCESS) return status;
+  }
+  return SUCCESS;
+}
+
+std::int32_t WriteCompression(HeaderWriter &writer) {
+  return WriteCode(writer, CodeText(kCompressions, Image(writer).compression), 2);
+}
+
+std::int32_t WriteRate(HeaderWriter &writer) {
+  const std::string_view text = CodeText(kRates, Image(writer).rateKind);
+  return WriteCode(writer, text.empty() ? "00.0" : text, 4);
+}
+
+/** One channel of a lookup table. */
+std::int32_t WriteLutRow(HeaderWriter &writer, std::uint32_t entries, unsigned shift) {
+  const ImageSubheader &image = Image(writer);
+  for (std::uint32_t entry = 0; entry < entries; ++entry) {
+    const std::uint32_t color = image.lut != nullptr && entry < image.lutCount ? image.lut[entry] : 0;
+    const std::int32_t status = writer.BigEndian(color >> shift, 1);
+    if (status != SUCCESS) return status;
+  }
+  return SUCCESS;
+}
+
+/** A gray table goes out once, any other as red, green and blue. */
+std::int32_t WriteBandLut(HeaderWriter &writer, std::uint32_t band) {
+  const ImageSubheader &image = Image(writer);
+  const std::uint32_t tables = band < image.bandsHeld ? image.bandLutCounts[band] : 0;
+  std::int32_t status = writer.Number(static_cast<std::int32_t>(tables), 1);
+  if (status != SUCCESS || tables == 0) return status;
+  const std::uint32_t entries = image.bandLutEntries != nullptr ? image.bandLutEntries[band] : 0;
+  status = writer.Number(static_cast<std::int32_t>(entries), 5);
+  if (status == SUCCESS) status = WriteLutRow(writer, entries, 16);
+  if (tables == 1) return status;
+  if (status == SUCCESS) status = WriteLutRow(writer, entries, 8);
+  return status == SUCCESS ? WriteLutRow(writer, entries, 0) : status;
+}
+
+std::int32_t WriteBand(HeaderWriter &writer, std::uint32_t band) {
+  const ImageSubheader &image = Image(writer);
+  const bool held = band < image.bandsHeld;
+  std::int32_t status = WriteCode(writer, CodeText(kBandRepresentations, BandTag(image, band)), 2);
+  if (status == SUCCESS) status = writer.Text(held ? image.bandSubcategories[band] : "", 6, ' ');
+  if (status == SUCCESS) status = writer.Text(held ? image.bandFilterConditions[band] : "", 1, held ? '0' : ' ');
+  if (status == SUCCESS) status = writer.Text(held ? image.bandFilterCodes[band] : "", 3, ' ');
+  return status == SUCCESS ? WriteBandLut(writer, band) : status;
+}
+
+std::int32_t WriteBands(HeaderWriter &writer) {
+  const ImageSubheader &image = Image(writer);
+  std::int32_t count = static_cast<std::int32_t>(image.bandField);
+  if (count == 0 && !writer.Nitf20()) count = ParseNumber({image.XBANDS, 5});
+  for (std::int32_t band = 0; band < count; ++band) {
+    const std::int32_t status = WriteBand(writer, static_cast<std::uint32_t>(band));
+    if (status != SUCCESS) return status;
+  }
+  return SUCCESS;
+}
+
+std::int32_t WriteMode(HeaderWriter &writer) {
+  return WriteCode(writer, CodeText(kModes, Image(writer).mode), 1);
+}
+
+/** A block as wide or high as the image is written as 0 where its size has more digits than the field. */
+std::int32_t WriteBlockSize(HeaderWriter &writer, std::uint32_t size, std::uint32_t imageSize) {
+  const bool isWhole = size == imageSize && size > kWidestBlockField;
+  return writer.Number(isWhole ? 0 : static_cast<std::int32_t>(size), 4);
+}
+
+std::int32_t WriteBlockWidth(HeaderWriter &writer) {
+  return WriteBlockSize(writer, Image(writer).blockWidth, Image(writer).columns);
+}
+
+std::int32_t WriteBlockHeight(HeaderWriter &writer) {
+  return WriteBlockSize(writer, Image(writer).blockHeight, Image(writer).rows);
+}
+
+/** Three characters of the factor as a decimal fraction. */
+std::int32_t WriteMagnification(HeaderWriter &writer) {
+  char text[512];
+  FormatBounded(text, sizeof text, "%f", Image(writer).magnification);
+  text[3] = '\0';
+  return writer.Text(text, 4, ' ');
+}
+
+std::int32_t WriteMaskHeader(HeaderWriter &writer) {
+  const ImageSubheader &image = Image(writer);
+  std::int32_t status = writer.BigEndian(image.maskDataOffset, 4);
+  if (status == SUCCESS) status = writer.BigEndian(image.blockMaskLength, 2);
+  if (status == SUCCESS) status = writer.BigEndian(image.padMaskLength, 2);
+  if (status == SUCCESS) status = writer.BigEndian(image.padCodeBits, 2);
+  return status == SUCCESS ? writer.Bytes(image.padCode, PadCodeBytes(image)) : status;
+}
+
+std::int32_t WriteMaskTable(HeaderWriter &writer) {
+  const ImageSubheader &image = Image(writer);
+  const std::uint64_t before = writer.Written();
+  const std::uint64_t bytes = std::uint64_t{image.maskEntries} * 4;
+  std::int32_t status = HasMaskTable(image.compression) ? WriteMaskHeader(writer) : static_cast<std::int32_t>(SUCCESS);
+  if (status == SUCCESS && image.blockMaskLength != 0) status = writer.Bytes(image.blockMask, bytes);
+  if (status == SUCCESS && image.padMaskLength != 0) status = writer.Bytes(image.padMask, bytes);
+  writer.Save().maskBytes = static_cast<std::uint32_t>(writer.Written() - before);
+  return status;
+}
+
 using Record = ImageSubheader;
 
 constexpr HeaderRow kRows[] = {
     TextRow(NITF_TEXT(Record, IM), 2).Default("IM").Then(CheckMarker),
     TextRow(NITF_TEXT(Record, IID1), 10).Default("Missing ID"),
-    TextRow(NITF_TEXT(Record, IDATIM), 14).Blank(),
+    TextRow(NITF_TEXT(Record, IDATIM), 14).FillZeros().Blank(),
     TextRow(NITF_TEXT(Record, TGTID), 17).Blank(),
     TextRow(NITF_TEXT(Record, IID2), 80).Blank(),
     SecurityRow("I", offsetof(Record, security), kCheckClassification),
-    TextRow(NITF_TEXT(Record, ENCRYP), 1).Digits(),
+    TextRow(NITF_TEXT(Record, ENCRYP), 1).FillZeros().Digits(),
     TextRow(NITF_TEXT(Record, ISORCE), 42).Blank(),
-    TextRow(NITF_TEXT(Record, NROWS), 8).Number(offsetof(Record, rows)).AllNinesUnknown(),
-    TextRow(NITF_TEXT(Record, NCOLS), 8).Number(offsetof(Record, columns)).AllNinesUnknown(),
-    TextRow(NITF_TEXT(Record, PVTYPE), 3).Blank().Then(DecodePixelValueType),
-    TextRow(NITF_TEXT(Record, IREP), 8).Blank().Then(DecodeRepresentation),
+    TextRow(NITF_TEXT(Record, NROWS), 8).Rendered(offsetof(Record, rows)).AllNinesUnknown(),
+    TextRow(NITF_TEXT(Record, NCOLS), 8).Rendered(offsetof(Record, columns)).AllNinesUnknown(),
+    TextRow(NITF_TEXT(Record, PVTYPE), 3).Blank().Then(DecodePixelValueType).Writes(WritePixelValueType),
+    TextRow(NITF_TEXT(Record, IREP), 8).Blank().Then(DecodeRepresentation).Writes(WriteRepresentation),
     TextRow(NITF_TEXT(Record, ICAT), 8).Default("VIS"),
-    TextRow(NITF_TEXT(Record, ABPP), 2).Number(offsetof(Record, actualBits)),
-    TextRow(NITF_TEXT(Record, PJUST), 1).Blank().Then(DecodeJustification),
-    TextRow(NITF_TEXT(Record, ICORDS), 1).Blank(),
-    TextRow(NITF_TEXT(Record, IGEOLO), 60).Blank().If(HasCoordinates),
-    TextRow(NITF_TEXT(Record, NICOM), 1).Number(offsetof(Record, commentCount)),
-    GroupRow(ReadComments),
-    TextRow(NITF_TEXT(Record, IC), 2).Blank().Then(DecodeCompression),
-    TextRow(NITF_TEXT(Record, COMRAT), 4).Blank().If(HasRate).Then(DecodeRate),
-    TextRow(NITF_TEXT(Record, NBANDS), 1).Number(offsetof(Record, bandField)).Then(DecodeBandField),
-    TextRow(NITF_TEXT(Record, XBANDS), 5).Only21().Number(offsetof(Record, bandCount)).If(CountsInExtendedField),
-    GroupRow(ReadBands),
-    TextRow(NITF_TEXT(Record, ISYNC), 1).Digits(),
-    TextRow(NITF_TEXT(Record, IMODE), 1).Default("P").Then(DecodeMode),
-    TextRow(NITF_TEXT(Record, NBPR), 4).Number(offsetof(Record, blocksPerRow)).AllNinesUnknown(),
-    TextRow(NITF_TEXT(Record, NBPC), 4).Number(offsetof(Record, blocksPerColumn)).AllNinesUnknown(),
-    TextRow(NITF_TEXT(Record, NPPBH), 4).Number(offsetof(Record, blockWidth)).AllNinesUnknown().Then(DecodeBlockWidth),
+    TextRow(NITF_TEXT(Record, ABPP), 2).Rendered(offsetof(Record, actualBits)),
+    TextRow(NITF_TEXT(Record, PJUST), 1).Blank().Then(DecodeJustification).Writes(WriteJustification),
+    TextRow(NITF_TEXT(Record, ICORDS), 1).Blank().Writes(WriteCoordinateSystem),
+    TextRow(NITF_TEXT(Record, IGEOLO), 60).FillZeros().Blank().If(HasCoordinates),
+    TextRow(NITF_TEXT(Record, NICOM), 1).FillZeros().Number(offsetof(Record, commentCount)),
+    GroupRow(ReadComments, WriteComments),
+    TextRow(NITF_TEXT(Record, IC), 2).Blank().Then(DecodeCompression).Writes(WriteCompression),
+    TextRow(NITF_TEXT(Record, COMRAT), 4).Blank().If(HasRate).Then(DecodeRate).Writes(WriteRate),
+    TextRow(NITF_TEXT(Record, NBANDS), 1).Rendered(offsetof(Record, bandField)).Then(DecodeBandField),
+    TextRow(NITF_TEXT(Record, XBANDS), 5)
+        .FillZeros()
+        .Only21()
+        .Number(offsetof(Record, bandCount))
+        .If(CountsInExtendedField),
+    GroupRow(ReadBands, WriteBands),
+    TextRow(NITF_TEXT(Record, ISYNC), 1).FillZeros().Digits(),
+    TextRow(NITF_TEXT(Record, IMODE), 1).Default("P").Then(DecodeMode).Writes(WriteMode),
+    TextRow(NITF_TEXT(Record, NBPR), 4).Rendered(offsetof(Record, blocksPerRow)).AllNinesUnknown(),
+    TextRow(NITF_TEXT(Record, NBPC), 4).Rendered(offsetof(Record, blocksPerColumn)).AllNinesUnknown(),
+    TextRow(NITF_TEXT(Record, NPPBH), 4)
+        .Number(offsetof(Record, blockWidth))
+        .AllNinesUnknown()
+        .Then(DecodeBlockWidth)
+        .Writes(WriteBlockWidth),
     TextRow(NITF_TEXT(Record, NPPBV), 4)
         .Number(offsetof(Record, blockHeight))
         .AllNinesUnknown()
-        .Then(DecodeBlockHeight),
-    TextRow(NITF_TEXT(Record, NBPP), 2).Number(offsetof(Record, bitsPerPixel)).Then(CheckBitsPerPixel),
-    TextRow(NITF_TEXT(Record, IDLVL), 3).Number(offsetof(Record, displayLevel)),
-    TextRow(NITF_TEXT(Record, IALVL), 3).Number(offsetof(Record, attachmentLevel)),
-    TextRow(NITF_TEXT(Record, ILOC), 10).Halves(offsetof(Record, locationRow)),
-    TextRow(NITF_TEXT(Record, IMAG), 4).Blank().Then(DecodeMagnification),
-    TextRow(NITF_TEXT(Record, UDIDL), 5).Digits(),
-    TextRow(NITF_TEXT(Record, UDOFL), 3).Digits().CountedBy(offsetof(Record, UDIDL)),
+        .Then(DecodeBlockHeight)
+        .Writes(WriteBlockHeight),
+    TextRow(NITF_TEXT(Record, NBPP), 2).Rendered(offsetof(Record, bitsPerPixel)).Then(CheckBitsPerPixel),
+    TextRow(NITF_TEXT(Record, IDLVL), 3).Rendered(offsetof(Record, displayLevel)),
+    TextRow(NITF_TEXT(Record, IALVL), 3).Rendered(offsetof(Record, attachmentLevel)),
+    TextRow(NITF_TEXT(Record, ILOC), 10).FillZeros().Halves(offsetof(Record, locationRow)),
+    TextRow(NITF_TEXT(Record, IMAG), 4).Blank().Then(DecodeMagnification).Writes(WriteMagnification),
+    TextRow(NITF_TEXT(Record, UDIDL), 5).FillZeros().Digits(),
+    TextRow(NITF_TEXT(Record, UDOFL), 3).FillZeros().Digits().CountedBy(offsetof(Record, UDIDL)),
     BytesRow("UDID", offsetof(Record, userData), offsetof(Record, UDIDL), 3),
-    TextRow(NITF_TEXT(Record, IXSHDL), 5).Digits(),
-    TextRow(NITF_TEXT(Record, IXSOFL), 3).Digits().CountedBy(offsetof(Record, IXSHDL)),
+    TextRow(NITF_TEXT(Record, IXSHDL), 5).FillZeros().Digits(),
+    TextRow(NITF_TEXT(Record, IXSOFL), 3).FillZeros().Digits().CountedBy(offsetof(Record, IXSHDL)),
     BytesRow("IXSHD", offsetof(Record, extendedData), offsetof(Record, IXSHDL), 3, 3),
-    GroupRow(ReadMaskTable),
+    GroupRow(ReadMaskTable, WriteMaskTable),
 };
 
 }  // namespace
 
-const HeaderTable kImageTable = {kRows};
+const HeaderTable kImageTable = {kRows, true, ' '};
 
 void ImageSubheaderInit(ImageSubheader *record, NitfFile *file) {
   *record = ImageSubheader{};
@@ -409,4 +564,11 @@ std::string_view RepresentationText(std::uint32_t representation) {
 }
 std::string_view BandRepresentationText(std::uint32_t representation) {
   return CodeText(kBandRepresentations, representation);
+}
+
+std::uint64_t MaskTableBytes(const ImageSubheader &image) {
+  constexpr std::uint64_t kFixedBytes = 4 + 2 + 2 + 2;
+  const std::uint64_t entries = std::uint64_t{image.maskEntries} * 4;
+  const std::uint64_t tables = (image.blockMaskLength != 0 ? entries : 0) + (image.padMaskLength != 0 ? entries : 0);
+  return HasMaskTable(image.compression) ? kFixedBytes + PadCodeBytes(image) + tables : 0;
 }

@@ -49,6 +49,9 @@ enum ImageMode : std::uint32_t { kBlockInterleaved, kPixelInterleaved, kRowInter
 /** COMRAT of bi-level images. */
 enum RateKind : std::uint32_t { kRate1D, kRate2DS, kRate2DH, kRateOther };
 
+/** The widest and highest block that NPPBH and NPPBV can tell. */
+constexpr std::uint32_t kWidestBlockField = 9999;
+
 /** An entry of BMR or TMR that says: not recorded. */
 constexpr std::uint32_t kNotRecorded = 0xFFFFFFFF;
 
@@ -171,6 +174,9 @@ std::string_view BandRepresentationText(std::uint32_t representation);
 inline std::uint32_t BandTag(const ImageSubheader &image, std::uint32_t band) {
   return band < image.bandsHeld ? image.bandRepresentation[band] : static_cast<std::uint32_t>(kBandNone);
 }
+
+/** Bytes of the mask table in front of the image data, 0 for an IC without one. */
+std::uint64_t MaskTableBytes(const ImageSubheader &image);
 
 /** Bytes of TPXCD. */
 inline std::uint32_t PadCodeBytes(const ImageSubheader &image) {

@@ -1,6 +1,7 @@
 #include "lbsubhdr.h"
 
 #include "fields.h"
+#include "headerwriter.h"
 #include "internal/ksclasses_.h"
 #include "nitffile.h"
 #include "strmfhdr.h"
@@ -34,6 +35,14 @@ void SetHalf(char *half, std::int32_t value) {
   if (value < 0) half[0] = '-';
 }
 
+template <std::uint32_t LabelSubheader::*color>
+std::int32_t WriteColor(HeaderWriter &writer) {
+  const std::uint32_t value = writer.As<LabelSubheader>().*color;
+  const std::uint8_t bytes[] = {static_cast<std::uint8_t>(value), static_cast<std::uint8_t>(value >> 8),
+                                static_cast<std::uint8_t>(value >> 16)};
+  return writer.Bytes(bytes, sizeof bytes);
+}
+
 using Record = LabelSubheader;
 
 constexpr HeaderRow kRows[] = {
@@ -47,8 +56,16 @@ constexpr HeaderRow kRows[] = {
     TextRow(NITF_TEXT(Record, LDLVL), 3).Number(offsetof(Record, displayLevel)),
     TextRow(NITF_TEXT(Record, LALVL), 3).Number(offsetof(Record, attachmentLevel)),
     TextRow(NITF_TEXT(Record, LLOC), 10).Halves(offsetof(Record, locationRow)),
-    TextRow(NITF_TEXT(Record, LTC), 3).Binary().Default("\x01\x01\x01").Then(PackColor<&Record::textColor>),
-    TextRow(NITF_TEXT(Record, LBC), 3).Binary().Default("\xFF\xFF\xFF").Then(PackColor<&Record::backgroundColor>),
+    TextRow(NITF_TEXT(Record, LTC), 3)
+        .Binary()
+        .Default("\x01\x01\x01")
+        .Then(PackColor<&Record::textColor>)
+        .Writes(WriteColor<&Record::textColor>),
+    TextRow(NITF_TEXT(Record, LBC), 3)
+        .Binary()
+        .Default("\xFF\xFF\xFF")
+        .Then(PackColor<&Record::backgroundColor>)
+        .Writes(WriteColor<&Record::backgroundColor>),
     TextRow(NITF_TEXT(Record, LXSHDL), 5).Digits(),
     TextRow(NITF_TEXT(Record, LXSOFL), 3).Digits().CountedBy(offsetof(Record, LXSHDL)),
     BytesRow("LXSHD", offsetof(Record, extendedData), offsetof(Record, LXSHDL), 3),

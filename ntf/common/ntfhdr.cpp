@@ -1,12 +1,15 @@
 #include "ntfhdr.h"
 
 #include "fields.h"
+#include "headerwriter.h"
 #include "internal/ksclasses_.h"
 #include "ksntfx.h"
 #include "nitffile.h"
 #include "platform.h"
+#include "savenitf.h"
 #include "strmfhdr.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -63,6 +66,7 @@ struct LengthColumn {
   bool nineIsUnknown;
   std::uint32_t *NitfHeader::*table;
   std::uint32_t *NitfHeader::*outTable; /**< null where the kind has none */
+  bool writtenAsRead = false;           /**< and `outTable` follows */
 };
 
 /** The segment lengths of one kind, which follow the kind's count in the header. */
@@ -75,7 +79,7 @@ struct LengthTable {
 constexpr LengthTable kImageLengths = {
     &NitfHeader::imageTableCount,
     {6, true, &NitfHeader::imageSubheaderLengths, &NitfHeader::imageSubheaderLengthsOut},
-    {10, true, &NitfHeader::imageDataLengths, &NitfHeader::imageDataLengthsOut}};
+    {10, true, &NitfHeader::imageDataLengths, &NitfHeader::imageDataLengthsOut, true}};
 constexpr LengthTable kGraphicLengths = {
     &NitfHeader::graphicTableCount,
     {4, true, &NitfHeader::graphicSubheaderLengths, &NitfHeader::graphicSubheaderLengthsOut},
@@ -137,6 +141,77 @@ std::int32_t ReadLabelLengths(HeaderReader &reader) {
   return reader.Nitf20() ? ReadLengths<kLabelLengths>(reader) : static_cast<std::int32_t>(SUCCESS);
 }
 
+const NitfHeader &Header(const HeaderWriter &writer) {
+  return writer.As<NitfHeader>();
+}
+
+/** FBKGC goes out as the colour that the header holds. */
+std::int32_t WriteBackground(HeaderWriter &writer) {
+  const std::uint32_t color = Header(writer).backgroundColorValue;
+  const std::uint8_t bytes[] = {static_cast<std::uint8_t>(color), static_cast<std::uint8_t>(color >> 8),
+                                static_cast<std::uint8_t>(color >> 16)};
+  return writer.Bytes(bytes, sizeof bytes);
+}
+
+/** The number in the text FL, of up to 12 digits; files may be longer than 32 bits tell. */
+std::int32_t WriteFileLength(HeaderWriter &writer) {
+  writer.Save().fileLengthFieldOffset = static_cast<std::uint32_t>(writer.Written());
+  return writer.Number(ParseLongNumber(Header(writer).FL), 12);
+}
+
+std::int32_t WriteHeaderLength(HeaderWriter &writer) {
+  writer.Save().imageTableOffset = static_cast<std::uint32_t>(writer.Written()) + 6 + 3;
+  return writer.Number(static_cast<std::int32_t>(Header(writer).headerLengthOut), 6);
+}
+
+template <SegmentKind kind>
+std::int32_t WriteCount(HeaderWriter &writer) {
+  return writer.Number(CountSegments(&writer.File(), kind), 3);
+}
+
+std::int32_t WriteLength(HeaderWriter &writer, const LengthTable &lengths, const LengthColumn &column,
+                         std::uint32_t index) {
+  NitfHeader &header = writer.File().header;
+  const std::uint32_t *const table =
+      header.*(column.outTable != nullptr && !column.writtenAsRead ? column.outTable : column.table);
+  const bool listed = table != nullptr && index < header.*lengths.count;
+  const std::uint32_t length = listed ? table[index] : 0;
+  if (listed && column.writtenAsRead && header.*column.outTable != nullptr) (header.*column.outTable)[index] = length;
+  return writer.Number(static_cast<std::int32_t>(length), column.width);
+}
+
+std::int32_t WriteLengths(HeaderWriter &writer, const LengthTable &lengths, std::uint32_t rows) {
+  for (std::uint32_t index = 0; index < rows; ++index) {
+    std::int32_t status = WriteLength(writer, lengths, lengths.subheader, index);
+    if (status == SUCCESS) status = WriteLength(writer, lengths, lengths.data, index);
+    if (status != SUCCESS) return status;
+  }
+  return SUCCESS;
+}
+
+/** A row for each image in the list. */
+std::int32_t WriteImageLengths(HeaderWriter &writer) {
+  return WriteLengths(writer, kImageLengths, CountImages(&writer.File()));
+}
+
+/** A row for each segment in the list, or for each entry of the table, whichever are more. */
+template <const LengthTable &lengths, SegmentKind kind>
+std::int32_t WriteListedLengths(HeaderWriter &writer) {
+  const std::uint32_t count = CountSegments(&writer.File(), kind);
+  return WriteLengths(writer, lengths, std::max(count, Header(writer).*lengths.count));
+}
+
+std::int32_t WriteLabelLengths(HeaderWriter &writer) {
+  if (!writer.Nitf20()) return SUCCESS;
+  return WriteListedLengths<kLabelLengths, SegmentKind::Label>(writer);
+}
+
+/** A row for each entry of the table. */
+template <const LengthTable &lengths>
+std::int32_t WriteTableLengths(HeaderWriter &writer) {
+  return WriteLengths(writer, lengths, Header(writer).*lengths.count);
+}
+
 constexpr HeaderRow kRows[] = {
     TextRow(NITF_TEXT(NitfHeader, FHDR), 4).Default("NITF").Then(CheckMagic),
     TextRow(NITF_TEXT(NitfHeader, FVER), 5).Default("02.10").Then(CheckVersion),
@@ -149,24 +224,37 @@ constexpr HeaderRow kRows[] = {
     TextRow(NITF_TEXT(NitfHeader, FSCOP), 5).Digits(),
     TextRow(NITF_TEXT(NitfHeader, FSCPYS), 5).Digits(),
     TextRow(NITF_TEXT(NitfHeader, ENCRYP), 1).Digits(),
-    TextRow(NITF_TEXT(NitfHeader, FBKGC), 3).Only21().Binary().Then(PackBackground),
+    TextRow(NITF_TEXT(NitfHeader, FBKGC), 3).Only21().Binary().Then(PackBackground).Writes(WriteBackground),
     TextRow(NITF_TEXT(NitfHeader, ONAME), 24).In20(27).Blank(),
     TextRow(NITF_TEXT(NitfHeader, OPHONE), 18).Blank(),
-    TextRow(NITF_TEXT(NitfHeader, FL), 12).Digits().AllNinesUnknown().Then(SetBothFileLengths),
-    TextRow(NITF_TEXT(NitfHeader, HL), 6).Digits().AllNinesUnknown().Then(SetBothHeaderLengths),
-    TextRow(NITF_TEXT(NitfHeader, NUMI), 3).Number(offsetof(NitfHeader, imageTableCount)),
-    GroupRow(ReadLengths<kImageLengths>),
-    TextRow(NITF_TEXT(NitfHeader, NUMS), 3).Number(offsetof(NitfHeader, graphicTableCount)),
-    GroupRow(ReadLengths<kGraphicLengths>),
+    TextRow(NITF_TEXT(NitfHeader, FL), 12).Digits().AllNinesUnknown().Then(SetBothFileLengths).Writes(WriteFileLength),
+    TextRow(NITF_TEXT(NitfHeader, HL), 6)
+        .Digits()
+        .AllNinesUnknown()
+        .Then(SetBothHeaderLengths)
+        .Writes(WriteHeaderLength),
+    TextRow(NITF_TEXT(NitfHeader, NUMI), 3)
+        .Number(offsetof(NitfHeader, imageTableCount))
+        .Writes(WriteCount<SegmentKind::Image>),
+    GroupRow(ReadLengths<kImageLengths>, WriteImageLengths),
+    TextRow(NITF_TEXT(NitfHeader, NUMS), 3)
+        .Number(offsetof(NitfHeader, graphicTableCount))
+        .Writes(WriteCount<SegmentKind::Graphic>),
+    GroupRow(ReadLengths<kGraphicLengths>, WriteListedLengths<kGraphicLengths, SegmentKind::Graphic>),
     TextRow(NITF_TEXT(NitfHeader, NUMX), 3).Only21().Digits().Then(CheckNoReservedSegments),
-    TextRow(NITF_TEXT(NitfHeader, NUML), 3).Only20().Number(offsetof(NitfHeader, labelTableCount)),
-    GroupRow(ReadLabelLengths),
-    TextRow(NITF_TEXT(NitfHeader, NUMT), 3).Number(offsetof(NitfHeader, textTableCount)),
-    GroupRow(ReadLengths<kTextLengths>),
+    TextRow(NITF_TEXT(NitfHeader, NUML), 3)
+        .Only20()
+        .Number(offsetof(NitfHeader, labelTableCount))
+        .Writes(WriteCount<SegmentKind::Label>),
+    GroupRow(ReadLabelLengths, WriteLabelLengths),
+    TextRow(NITF_TEXT(NitfHeader, NUMT), 3)
+        .Number(offsetof(NitfHeader, textTableCount))
+        .Writes(WriteCount<SegmentKind::Text>),
+    GroupRow(ReadLengths<kTextLengths>, WriteListedLengths<kTextLengths, SegmentKind::Text>),
     TextRow(NITF_TEXT(NitfHeader, NUMDES), 3).Number(offsetof(NitfHeader, dataExtensionTableCount)),
-    GroupRow(ReadLengths<kDataExtensionLengths>),
+    GroupRow(ReadLengths<kDataExtensionLengths>, WriteTableLengths<kDataExtensionLengths>),
     TextRow(NITF_TEXT(NitfHeader, NUMRES), 3).Number(offsetof(NitfHeader, reservedExtensionTableCount)),
-    GroupRow(ReadLengths<kReservedLengths>),
+    GroupRow(ReadLengths<kReservedLengths>, WriteTableLengths<kReservedLengths>),
     TextRow(NITF_TEXT(NitfHeader, UDHDL), 5).Digits(),
     TextRow(NITF_TEXT(NitfHeader, UDHOFL), 3).Digits().CountedBy(offsetof(NitfHeader, UDHDL)),
     BytesRow("UDHD", offsetof(NitfHeader, userHeaderData), offsetof(NitfHeader, UDHDL), 3),

@@ -17,10 +17,10 @@ using Record = TextSubheader;
 constexpr HeaderRow kRows[] = {
     TextRow(NITF_TEXT(Record, TE), 2).Default("TE").Then(CheckMarker),
     TextRow(NITF_TEXT(Record, TEXTID), 7).In20(10).Default("ID        "),
-    TextRow(NITF_TEXT(Record, TXTALVL), 3).Only21().Number(offsetof(Record, attachmentLevel)),
+    TextRow(NITF_TEXT(Record, TXTALVL), 3).Only21().Rendered(offsetof(Record, attachmentLevel)),
     TextRow(NITF_TEXT(Record, TXTDT), 14).Blank(),
-    TextRow(NITF_TEXT(Record, TXTITL), 80).Blank(),
-    SecurityRow("T", offsetof(Record, security), kAnyClassification),
+    TextRow(NITF_TEXT(Record, TXTITL), 80).FillBlanks().Blank(),
+    SecurityRow("T", offsetof(Record, security), kAnyClassification).GroupFills("0 0"),
     TextRow(NITF_TEXT(Record, ENCRYP), 1).Digits(),
     TextRow(NITF_TEXT(Record, TXTFMT), 3).Default("STA"),
     TextRow(NITF_TEXT(Record, TXSHDL), 5).Digits(),

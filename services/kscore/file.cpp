@@ -12,6 +12,7 @@ namespace kscore {
 namespace {
 
 constexpr std::uint64_t kHeldCapacity = 256 * 1024;
+constexpr std::uint64_t kCopyPiece = 1024 * 1024;
 constexpr std::int64_t kLastPosition = std::numeric_limits<std::int64_t>::max();
 
 /** `bytes`, cut so that no position beyond the last one is reached. */
@@ -68,6 +69,33 @@ std::int64_t File::Seek(std::int64_t offset, std::uint32_t origin) {
   if (offset > kLastPosition - base || base + offset < 0) return -1;
   position = base + offset;
   return position;
+}
+
+/** What is long goes from file to file without passing through the process, as far as the system can do that. */
+std::uint64_t File::CopyInSystem(File &source, std::uint64_t bytes) {
+  if (!writable || bytes < kHeldCapacity || !Flush()) return 0;
+  windows.Drop(bytes, position);
+  const std::uint64_t moved = CopyRange({source.system, source.position}, {system, position}, bytes);
+  position += static_cast<std::int64_t>(moved);
+  source.position += static_cast<std::int64_t>(moved);
+  return moved;
+}
+
+std::int32_t File::CopyFrom(File &source, std::uint64_t bytes) {
+  const std::int64_t left = source.Size() - source.position;
+  if (left < 0 || bytes > static_cast<std::uint64_t>(left)) return ERROR_FILE_READ;
+  std::uint64_t done = CopyInSystem(source, bytes);
+  if (done == bytes) return SUCCESS;
+  const std::uint64_t piece = std::min(bytes - done, kCopyPiece);
+  const Block<std::uint8_t, KS_MEMORY_FILE> buffer(piece);
+  if (!buffer) return ERROR_NO_MEMORY;
+  while (done < bytes) {
+    const std::uint64_t count = std::min(bytes - done, piece);
+    if (source.Read(buffer.Get(), count) != count) return ERROR_FILE_READ;
+    if (Write(buffer.Get(), count) != count) return ERROR_FILE_WRITE;
+    done += count;
+  }
+  return SUCCESS;
 }
 
 std::int64_t File::Size() const {
@@ -154,6 +182,20 @@ uint64_t KsWrite(KsHandle handle, const void *buffer, uint64_t bytes) {
 
 uint64_t KsWriteBlock(KsHandle handle, const void *buffer, uint64_t bytes) {
   return KsWrite(handle, buffer, bytes);
+}
+
+int32_t KsCopyBytes(KsHandle target, KsHandle source, uint64_t bytes) {
+  if (FileOf(source) == nullptr) return ERROR_FILE_READ;
+  return FileOf(target) == nullptr ? ERROR_FILE_WRITE : FileOf(target)->CopyFrom(*FileOf(source), bytes);
+}
+
+int32_t KsFileExists(const char16_t *name) {
+  return name != nullptr && kscore::FileExists(name) ? SUCCESS : ERROR_NO_FILE;
+}
+
+int32_t KsIsSameFile(KsHandle handle, const char16_t *name) {
+  const File *const file = FileOf(handle);
+  return file != nullptr && name != nullptr && file->IsNamed(name) ? SUCCESS : ERROR_NO_FILE;
 }
 
 int64_t KsSeek(KsHandle handle, int64_t offset, uint32_t origin) {

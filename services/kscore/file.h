@@ -17,6 +17,9 @@ class File {
   std::uint64_t Read(std::uint8_t *buffer, std::uint64_t bytes);
   std::uint64_t Write(const std::uint8_t *buffer, std::uint64_t bytes);
   std::int64_t Seek(std::int64_t offset, std::uint32_t origin);
+  /** Copies from one position to the other; see KsCopyBytes. */
+  std::int32_t CopyFrom(File &source, std::uint64_t bytes);
+  bool IsNamed(const char16_t *name) const { return IsSameFile(system, name); }
 
  private:
   std::int64_t HeldEnd() const { return heldStart + static_cast<std::int64_t>(heldBytes); }
@@ -25,6 +28,7 @@ class File {
   bool Flush();
   std::uint64_t HoldBack(const std::uint8_t *buffer, std::uint64_t bytes);
   std::uint64_t WriteThrough(const std::uint8_t *buffer, std::uint64_t bytes);
+  std::uint64_t CopyInSystem(File &source, std::uint64_t bytes);
 
   SystemFile system;
   bool writable;

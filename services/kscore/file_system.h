@@ -1,4 +1,4 @@
-// What the file layer needs of the operating system: five calls on whole files at 64-bit positions.
+// What the file layer needs of the operating system: a few calls on whole files at 64-bit positions.
 #pragma once
 
 #include <cstdint>
@@ -19,5 +19,18 @@ std::uint64_t ReadAt(SystemFile file, void *buffer, std::uint64_t bytes, std::in
 std::uint64_t WriteAt(SystemFile file, const void *buffer, std::uint64_t bytes, std::int64_t position);
 /** The file's size in bytes, or -1. */
 std::int64_t SizeOf(SystemFile file);
+
+/** A place in a file. */
+struct FilePlace {
+  SystemFile file;
+  std::int64_t position;
+};
+
+/** Copies within the system as far as it can: the bytes copied, 0 where the files don't allow it. */
+std::uint64_t CopyRange(const FilePlace &from, const FilePlace &to, std::uint64_t bytes);
+
+bool FileExists(const char16_t *name);
+/** Whether `name` leads to `file`. */
+bool IsSameFile(SystemFile file, const char16_t *name);
 
 }  // namespace kscore

@@ -85,6 +85,31 @@ std::int64_t SizeOf(SystemFile file) {
   return fstat(DescriptorOf(file), &status) == 0 ? status.st_size : -1;
 }
 
+std::uint64_t CopyRange(const FilePlace &from, const FilePlace &to, std::uint64_t bytes) {
+#if defined(__linux__)
+  return MoveAll(bytes, [&](std::uint64_t done, std::size_t count) {
+    off_t source = from.position + static_cast<off_t>(done);
+    off_t target = to.position + static_cast<off_t>(done);
+    return copy_file_range(DescriptorOf(from.file), &source, DescriptorOf(to.file), &target, count, 0);
+  });
+#else
+  return 0;
+#endif
+}
+
+bool FileExists(const char16_t *name) {
+  const NarrowName narrow = NarrowFromWide(name);
+  return narrow && access(narrow.Get(), F_OK) == 0;
+}
+
+bool IsSameFile(SystemFile file, const char16_t *name) {
+  struct stat open = {};
+  struct stat named = {};
+  const NarrowName narrow = NarrowFromWide(name);
+  if (!narrow || fstat(DescriptorOf(file), &open) != 0 || stat(narrow.Get(), &named) != 0) return false;
+  return open.st_dev == named.st_dev && open.st_ino == named.st_ino;
+}
+
 }  // namespace kscore
 
 #endif

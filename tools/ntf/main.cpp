@@ -1,4 +1,6 @@
-// ntf: looks at NITF files, draws them, and takes them apart.
+// ntf: looks at NITF files, draws them, takes them apart, copies and checks them.
+#include "check.h"
+#include "copy.h"
 #include "extract.h"
 #include "info.h"
 #include "ksntfx.h"
@@ -23,6 +25,8 @@ struct Request {
   ntf::RenderOptions render;
   ntf::TextOptions text;
   ntf::ExtractOptions extract;
+  ntf::CopyOptions copy;
+  ntf::CheckOptions check;
 };
 
 // The refusals that the library shows in a message box come back as a status too, and one line is enough.
@@ -99,6 +103,21 @@ void DefineExtract(CLI::App &app, ntf::ExtractOptions &options) {
   choose("--data-extension", options.dataExtensions, "Data extension");
 }
 
+void DefineCopy(CLI::App &app, ntf::CopyOptions &options) {
+  CLI::App *copy = app.add_subcommand("copy", "Open a file, save it under another name, and compare the two");
+  copy->set_version_flag("--version", "ntf " NTF_VERSION);
+  copy->add_option("IN", options.input, "NITF file")->required();
+  copy->add_option("OUT", options.output, "File to write")->required();
+  copy->add_flag("--force", options.force, "Overwrite a file that is there");
+}
+
+void DefineCheck(CLI::App &app, ntf::CheckOptions &options) {
+  CLI::App *check = app.add_subcommand("check", "Tell what does not agree in files, a line a finding");
+  check->set_version_flag("--version", "ntf " NTF_VERSION);
+  check->add_option("FILE", options.files, "NITF files")->required();
+  check->add_flag("--json", options.json, "An object, or an array of them for several files");
+}
+
 std::string UsageError(const CLI::App *app, const CLI::Error &error) {
   std::string command = "ntf";
   for (const CLI::App *chosen : app->get_subcommands()) command += " " + chosen->get_name();
@@ -108,8 +127,10 @@ std::string UsageError(const CLI::App *app, const CLI::Error &error) {
 int Run(const CLI::App &app, const Request &request) {
   SilenceLibrary();
   if (app.got_subcommand("info")) return ntf::Info(request.info) ? kDone : kFileFault;
+  if (app.got_subcommand("check")) return ntf::Check(request.check) ? kDone : kFileFault;
   const ntf::Outcome failed = app.got_subcommand("text")      ? ntf::PrintTexts(request.text)
                               : app.got_subcommand("extract") ? ntf::Extract(request.extract)
+                              : app.got_subcommand("copy")    ? ntf::Copy(request.copy)
                                                               : ntf::Render(request.render);
   if (failed) ntf::Report(*failed);
   return failed ? kFileFault : kDone;
@@ -117,7 +138,7 @@ int Run(const CLI::App &app, const Request &request) {
 
 int RunCommandLine(int argc, char **argv) {
   Request request;
-  CLI::App app("Looks at NITF 2.1 files, draws them, and takes them apart.", "ntf");
+  CLI::App app("Looks at NITF 2.1 files, draws them, takes them apart, copies and checks them.", "ntf");
   app.set_version_flag("--version", "ntf " NTF_VERSION);
   app.require_subcommand(1);
   app.failure_message(UsageError);
@@ -125,6 +146,8 @@ int RunCommandLine(int argc, char **argv) {
   DefineRender(app, request.render);
   DefineText(app, request.text);
   DefineExtract(app, request.extract);
+  DefineCopy(app, request.copy);
+  DefineCheck(app, request.check);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError &error) {

@@ -29,6 +29,9 @@ class OutputFile {
   /** Writes what is held back and puts the file in its place. */
   Outcome Commit();
 
+  /** A file that another writer may fill before the Commit; Write is not for it. */
+  std::string PlaceToWrite() const { return (temporary.empty() ? target : temporary).string(); }
+
   /** The name as the user gave it. */
   const std::string &Name() const { return name; }
   /** The problem of the last call that failed. */

@@ -1,0 +1,102 @@
+// The doors of the authoring interface: handles on files that are opened or made, changed and saved.
+#include "fields.h"
+#include "internal/ksclasses_.h"
+#include "ksntfx.h"
+#include "nitffile.h"
+#include "savenitf.h"
+
+namespace {
+
+/** A narrow name as a wide one; null stays null. */
+class WideName {
+ public:
+  explicit WideName(const char *narrow) : name(narrow != nullptr ? KsToWide(narrow) : nullptr) {
+    failed = narrow != nullptr && name == nullptr;
+  }
+  WideName(const WideName &) = delete;
+  WideName &operator=(const WideName &) = delete;
+  ~WideName() {
+    if (name != nullptr) KsToWideFree(name);
+  }
+
+  const char16_t *Get() const { return name; }
+  bool Failed() const { return failed; }
+
+ private:
+  char16_t *name;
+  bool failed;
+};
+
+void Destroy(NitfHandle *address) {
+  NitfFileDestroy(*address);
+  KsFreeAndClear(*address);
+}
+
+/** A header and nothing else. */
+void MakeBlank(NitfFile *file) {
+  constexpr std::uint32_t kBlankBytes = 388;
+  NitfHeader &header = file->header;
+  header.fileLength = header.fileLengthOut = header.headerLengthOut = kBlankBytes;
+  SetNumberField(header.FL, 12, kBlankBytes);
+  file->headerValid = 1;
+}
+
+std::int32_t Open(NitfFile *file, const char16_t *name) {
+  return KsFileExists(name) == SUCCESS ? Load(file, name) : static_cast<std::int32_t>(ERROR_NO_FILE);
+}
+
+std::int32_t WriteFile(NitfFile *file, KsHandle out) {
+  KNitfSaveFile save;
+  const std::int32_t status = save.WriteFileHeader(out, file);
+  return status == SUCCESS ? save.WriteSegments(out, file) : status;
+}
+
+}  // namespace
+
+int32_t K_NITFCreate(NitfHandle *address, const char16_t *name) {
+  if (address == nullptr) return ERROR_NO_MEMORY;
+  *address = static_cast<NitfFile *>(KsCalloc(1, sizeof(NitfFile), __LINE__, __FILE__));
+  if (*address == nullptr) return ERROR_NO_MEMORY;
+  NitfFileInit(*address);
+  if (name == nullptr) {
+    MakeBlank(*address);
+    return SUCCESS;
+  }
+  const std::int32_t status = Open(*address, name);
+  if (status != SUCCESS) Destroy(address);
+  return status;
+}
+
+int32_t K_NITFCreateA(NitfHandle *address, const char *name) {
+  const WideName wide(name);
+  return wide.Failed() ? static_cast<std::int32_t>(ERROR_NO_MEMORY) : K_NITFCreate(address, wide.Get());
+}
+
+int32_t K_NITFDestroy(NitfHandle *address) {
+  if (*address == nullptr) return NITF_NULL_HANDLE;
+  Destroy(address);
+  return SUCCESS;
+}
+
+int32_t K_NITFGetStatus(NitfHandle handle) {
+  if (handle == nullptr) return NITF_NULL_HANDLE;
+  const bool empty = (handle->imageCount | handle->graphicCount | handle->labelCount | handle->textCount) == 0;
+  return (empty ? NITF_STATUS_EMPTY : 0) | (handle->headerValid != 0 ? NITF_STATUS_HEADER : 0);
+}
+
+int32_t K_NITFSaveFile(NitfHandle handle, const char16_t *name) {
+  if (handle == nullptr) return NITF_NULL_HANDLE;
+  const std::int32_t fits = CheckFieldWidths(handle);
+  if (fits != SUCCESS) return fits;
+  // Creating the output would empty the source.
+  if (KsIsSameFile(handle->fileHandle, name) == SUCCESS) return ERROR_FILE_WRITE;
+  const KsHandle out = KsOpen(name, KS_OPEN_CREATE, KS_MODE_CREATE);
+  const std::int32_t status = WriteFile(handle, out);
+  const std::int32_t closed = KsClose(out);
+  return status == SUCCESS ? closed : status;
+}
+
+int32_t K_NITFSaveFileA(NitfHandle handle, const char *name) {
+  const WideName wide(name);
+  return wide.Failed() ? static_cast<std::int32_t>(ERROR_NO_MEMORY) : K_NITFSaveFile(handle, wide.Get());
+}

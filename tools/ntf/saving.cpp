@@ -1,0 +1,34 @@
+#include "saving.h"
+
+#include "input_file.h"
+#include "output_file.h"
+
+#include <filesystem>
+#include <system_error>
+
+namespace ntf {
+
+Outcome CheckOutput(const std::string &name, bool force) {
+  std::error_code ignored;
+  if (name == "-") return Problem{name, "a NITF file can't be written to the standard output", ERROR_FILE_WRITE};
+  if (force || !std::filesystem::exists(std::filesystem::symlink_status(name, ignored))) return {};
+  return Problem{name, "is there already (--force overwrites it)", ERROR_FILE_WRITE};
+}
+
+Outcome SaveChecked(const LocalHandle &handle, const std::string &name, const SavedCheck &check) {
+  OutputFile output(name);
+  if (Outcome unopened = output.Open()) return unopened;
+  const std::int32_t status = K_NITFSaveFileA(handle.Get(), output.PlaceToWrite().c_str());
+  if (status != SUCCESS) return StatusProblem(status == ERROR_FILE_WRITE ? name : handle.Name(), status);
+  if (Outcome wrong = check(output.PlaceToWrite())) return wrong;
+  return output.Commit();
+}
+
+Outcome LocalHandle::Open(const std::string &name) {
+  if (Outcome unreadable = CheckInput(name)) return unreadable;
+  opened = name;
+  const std::int32_t status = K_NITFCreateA(&handle, name.c_str());
+  return status == SUCCESS ? Outcome() : Outcome(StatusProblem(name, status));
+}
+
+}  // namespace ntf
