@@ -46,9 +46,12 @@ class Header {
   const std::uint64_t start;
 
   std::uint64_t Length() const { return length; }
+  Finding FoundAt(const std::string &field, std::uint64_t offset, std::string words) const {
+    return {name.empty() ? field : name + " " + field, offset, std::move(words)};
+  }
   Finding Found(const std::string &field, std::string words) const {
     const auto place = places.find(field);
-    return {name.empty() ? field : name + " " + field, place == places.end() ? start : place->second, std::move(words)};
+    return FoundAt(field, place == places.end() ? start : place->second, std::move(words));
   }
 
  private:
@@ -280,20 +283,32 @@ void Checker::CheckBlocks(const Header &header, const ImageSubheader &image) {
 void Checker::CheckMask(const Header &header, const ImageSubheader &image, std::uint32_t dataLength) {
   if (!HasMaskTable(image.compression)) return;
   constexpr std::uint32_t kRecordBytes = 4;
-  for (const std::uint16_t length : {image.blockMaskLength, image.padMaskLength}) {
-    if (length != 0 && length != kRecordBytes)
-      Add(header, "IC", "records of the mask table have " + Number(length) + " bytes");
+  constexpr std::uint64_t kFixedBytes = 10;
+  const auto add = [&](const char *field, std::uint64_t offset, std::string words) {
+    findings.push_back(header.FoundAt(
+        field, header.start + SubheaderLength(&file, SegmentKind::Image, image.index) + offset, std::move(words)));
+  };
+  if (image.blockMaskLength != 0 && image.blockMaskLength != kRecordBytes) {
+    add("BMRLNTH", 4, "is " + Number(image.blockMaskLength));
   }
-  const std::uint64_t bytes = MaskTableBytes(image);
+  if (image.padMaskLength != 0 && image.padMaskLength != kRecordBytes) {
+    add("TMRLNTH", 6, "is " + Number(image.padMaskLength));
+  }
+  // Only bands that are stored one after the other have records of their own.
+  const std::uint64_t records =
+      std::uint64_t{image.blocksPerRow} * image.blocksPerColumn * (image.mode == kBandSequential ? image.bandCount : 1);
+  const std::uint64_t tables = (image.blockMaskLength != 0 ? 1 : 0) + (image.padMaskLength != 0 ? 1 : 0);
+  const std::uint64_t bytes = kFixedBytes + PadCodeBytes(image) + tables * records * kRecordBytes;
   if (image.maskDataOffset != bytes) {
-    Add(header, "IC",
-        "IMDATOFF is " + Number(image.maskDataOffset) + ", the mask table has " + Number(bytes) + " bytes");
+    add("IMDATOFF", 0, "is " + Number(image.maskDataOffset) + ", the mask table has " + Number(bytes) + " bytes");
   }
   const std::uint64_t data = dataLength > image.maskDataOffset ? dataLength - image.maskDataOffset : 0;
-  for (std::uint32_t entry = 0; image.blockMask != nullptr && entry < image.maskEntries; ++entry) {
-    const std::uint32_t offset = BigEndian32(image.blockMask[entry]);
+  for (std::uint64_t block = 0;
+       image.blockMask != nullptr && block < std::min<std::uint64_t>(records, image.maskEntries); ++block) {
+    const std::uint32_t offset = BigEndian32(image.blockMask[block]);
     if (offset == kNotRecorded || offset < data) continue;
-    Add(header, "IC", "block " + Number(entry) + " lies behind the data, at " + Number(offset) + " of " + Number(data));
+    add("BMR", kFixedBytes + PadCodeBytes(image) + block * kRecordBytes,
+        "block " + Number(block) + " lies behind the data, at " + Number(offset) + " of " + Number(data));
     break;
   }
 }

@@ -1,0 +1,453 @@
+// Files that are opened and saved: what comes back byte for byte, what the writer renders anew, and what it refuses.
+#include "harness.h"
+#include "headerwriter.h"
+#include "savenitf.h"
+#include "strmfhdr.h"
+#include "vq_builder.h"
+
+#include <array>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <ostream>
+#include <sys/resource.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+Bytes ReadBytes(const std::string &path) {
+  std::ifstream stream(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+/** A handle on a file of a folder of its own. */
+class Opened {
+ public:
+  explicit Opened(const Bytes &file) {
+    WriteFile(folder.Path("in.ntf"), file);
+    status = K_NITFCreateA(&handle, folder.Path("in.ntf").c_str());
+  }
+  Opened(const Opened &) = delete;
+  Opened &operator=(const Opened &) = delete;
+  ~Opened() { K_NITFDestroy(&handle); }
+
+  std::int32_t Save(const std::string &name = "out.ntf") const {
+    return K_NITFSaveFileA(handle, folder.Path(name).c_str());
+  }
+  /** What a save gives, and an empty file where it fails. */
+  Bytes Saved() const { return Save() == SUCCESS ? ReadBytes(folder.Path("out.ntf")) : Bytes(); }
+  std::string Path(const std::string &name) const { return folder.Path(name); }
+  NitfFile *operator->() const { return handle; }
+
+  std::int32_t status;
+
+ private:
+  TemporaryFolder folder;
+  NitfHandle handle = nullptr;
+};
+
+ImageSpec SmallImage(const FieldTexts &fields = {}) {
+  ImageSpec image;
+  image.rows = 3;
+  image.columns = 2;
+  image.data = {1, 2, 3, 4, 5, 6};
+  image.fields = fields;
+  return image;
+}
+
+ImageSpec MaskedImage() {
+  ImageSpec image = SmallImage();
+  image.compression = "NM";
+  image.blockWidth = 1;
+  image.mask = MaskSpec{{0, 0xFFFFFFFF}, {0xFFFFFFFF, 0}, Bytes{1, 2, 3}};
+  image.data = {1, 2, 3};
+  return image;
+}
+
+VqSpec Quantised() {
+  VqSpec vq;
+  vq.codeRows = vq.codesPerRow = 2;
+  for (std::uint8_t kernel = 0; kernel < 4; ++kernel) vq.kernels.push_back(Bytes(16, kernel));
+  vq.codes = {0, 1, 2, 3, 3, 2, 1, 0};
+  return vq;
+}
+
+/** Two blocks side by side of which the writer keeps all but what stands behind the codes. */
+ImageSpec QuantisedImage(const std::string &compression, const Bytes &behind = {}) {
+  ImageSpec image;
+  image.rows = 8;
+  image.columns = 16;
+  image.blockWidth = 8;
+  image.compression = compression;
+  if (compression == "M4") image.mask = MaskSpec{{0, 12}, {}, {}};
+  image.data = EncodeVq(Quantised());
+  image.data.insert(image.data.end(), behind.begin(), behind.end());
+  return image;
+}
+
+// ---- byte for byte
+// ----------------------------------------------------------------------------------------------------
+
+struct Kept {
+  const char *name;
+  NitfBuilder file;
+};
+
+std::ostream &operator<<(std::ostream &out, const Kept &kept) {
+  return out << kept.name;
+}
+
+class KeptFiles : public testing::TestWithParam<Kept> {};
+
+TEST_P(KeptFiles, ComeBackByteForByteAndAgain) {
+  const Bytes file = GetParam().file.Build();
+  const auto blocksBefore = LiveBlocks();
+  {
+    const Opened opened(file);
+    ASSERT_EQ(opened.status, SUCCESS);
+    EXPECT_EQ(opened.Saved(), file);
+    EXPECT_EQ(opened.Saved(), file) << "a handle may be saved again";
+  }
+  EXPECT_EQ(LiveBlocks(), blocksBefore);
+}
+
+ImageSpec TableImage() {
+  ImageSpec image = SmallImage({{"ICOM1", "a comment"}, {"UDID", "user"}, {"IXSHD", "extended"}});
+  image.representation = "RGB/LUT";
+  image.bands = {{"LU", 3, {10, 11, 20, 21, 30, 31}}};
+  return image;
+}
+
+ImageSpec ManyBands() {
+  ImageSpec image = SmallImage();
+  image.representation = "MULTI";
+  image.bands.assign(12, {"", 0, {}});
+  image.data.assign(72, 9);
+  return image;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Save, KeptFiles,
+    testing::Values(
+        Kept{"HeaderData", NitfBuilder().Field("UDHD", "user data").Field("XHD", "more").Field("FTITLE", "A title")},
+        Kept{"Nsif", NitfBuilder().Field("FHDR", "NSIF").Image(SmallImage())},
+        Kept{"Images", NitfBuilder().Image(TableImage()).Image(SmallImage()).Image(ManyBands())},
+        Kept{"MaskedImage", NitfBuilder().Image(MaskedImage()).Image(SmallImage())},
+        Kept{"Quantised", NitfBuilder().Image(QuantisedImage("C4")).Image(SmallImage())},
+        Kept{"MaskedQuantised", NitfBuilder().Image(QuantisedImage("M4")).Image(SmallImage()).Image(MaskedImage())},
+        Kept{"Others", NitfBuilder()
+                           .Graphic({1, 0, 5, -7, 'C', Bytes(2000, 7), {{"SXSHD", "tags"}}})
+                           .Graphic({2, 1, 0, 0, 'B', {}, {}})
+                           .Text({"some\nwords", {{"TXTITL", "A note"}, {"TXSHD", "tags"}}})
+                           .Text({"", {}})
+                           .DataExtension({"SAMPLE_DES", "user data", {1, 2, 3}})
+                           .DataExtension({"EMPTY", {}, {}})},
+        Kept{"LargeBody",
+             NitfBuilder().Text({std::string(99999, 'x'), {}}).DataExtension({"BIG", {}, Bytes(3000000, 5)})}),
+    [](const auto &tested) { return tested.param.name; });
+
+TEST(Save, BlankHandleIsAHeaderOfItsDefaults) {
+  const TemporaryFolder folder;
+  NitfHandle handle = nullptr;
+  ASSERT_EQ(K_NITFCreate(&handle, nullptr), SUCCESS);
+  EXPECT_EQ(K_NITFGetStatus(handle), NITF_STATUS_EMPTY | NITF_STATUS_HEADER);
+  ASSERT_EQ(K_NITFSaveFileA(handle, folder.Path("blank.ntf").c_str()), SUCCESS);
+  K_NITFDestroy(&handle);
+  const Bytes bytes = ReadBytes(folder.Path("blank.ntf"));
+  const std::string file(bytes.begin(), bytes.end());
+  const std::string expected = "NITF02.1003BF01" + std::string(10, '0') + "20050101010101" + std::string(80, ' ') +
+                               "U" + std::string(166, ' ') + std::string(11, '0') + std::string(3, '\0') +
+                               std::string(42, ' ') + "000000000388" + "000388" + std::string(28, '0');
+  EXPECT_EQ(file, expected);
+  EXPECT_EQ(file.size(), 388U);
+}
+
+// ---- rendered anew
+// ----------------------------------------------------------------------------------------------------
+
+/** Fields of a segment that the writer turns into others. */
+struct Rendered {
+  const char *name;
+  FieldTexts read;
+  FieldTexts written;
+  std::string compression = "NC";
+};
+
+std::ostream &operator<<(std::ostream &out, const Rendered &rendered) {
+  return out << rendered.name;
+}
+
+class RenderedFields : public testing::TestWithParam<Rendered> {
+ protected:
+  static ImageSpec With(const FieldTexts &fields) {
+    ImageSpec image = SmallImage(fields);
+    image.compression = GetParam().compression;
+    return image;
+  }
+};
+
+TEST_P(RenderedFields, AreWrittenFromWhatWasUnderstood) {
+  const Opened opened(NitfBuilder().Image(With(GetParam().read)).Build());
+  ASSERT_EQ(opened.status, SUCCESS);
+  EXPECT_EQ(opened.Saved(), NitfBuilder().Image(With(GetParam().written)).Build());
+}
+
+INSTANTIATE_TEST_SUITE_P(Save, RenderedFields,
+                         testing::Values(Rendered{"Rate", {{"COMRAT", "01.5"}}, {{"COMRAT", "00.0"}}, "C3"},
+                                         Rendered{"BilevelRate", {{"COMRAT", "2DS"}}, {{"COMRAT", "2DS "}}, "C1"},
+                                         Rendered{"Representation", {{"IREP", "STRANGE"}}, {{"IREP", "RGB"}}},
+                                         Rendered{"ReducedByTwo", {{"IMAG", "/2  "}}, {{"IMAG", "0.5 "}}},
+                                         Rendered{"Magnified", {{"IMAG", "12.5"}}, {{"IMAG", "12. "}}},
+                                         Rendered{"BlockSize",
+                                                  {{"NPPBH", "0000"}, {"NPPBV", "0000"}},
+                                                  {{"NPPBH", "0002"}, {"NPPBV", "0003"}}},
+                                         Rendered{"Level", {{"IDLVL", "  7"}}, {{"IDLVL", "007"}}},
+                                         Rendered{"Justification", {{"PJUST", "x"}}, {{"PJUST", "R"}}}),
+                         [](const auto &tested) { return tested.param.name; });
+
+TEST(Save, BlocksAsWideAsAnImageAreWrittenAsZeroWhereTheirFieldIsTooNarrow) {
+  ImageSpec image;
+  image.rows = 1;
+  image.columns = 10000;
+  image.fields = {{"NPPBH", "0000"}};
+  image.data.assign(10000, 3);
+  const Bytes file = NitfBuilder().Image(image).Build();
+  EXPECT_EQ(Opened(file).Saved(), file);
+}
+
+TEST(Save, ColorOfADrawingIsC) {
+  const auto file = [](const char *color) {
+    return NitfBuilder().Graphic({1, 0, 0, 0, 'C', {1, 2}, {{"SCOLOR", color}}}).Build();
+  };
+  EXPECT_EQ(Opened(file("M")).Saved(), file("C"));
+}
+
+TEST(Save, MaskedQuantisedDataAreMeasuredAndTheImagesBehindStayWhole) {
+  const auto file = [](const Bytes &behind) {
+    return NitfBuilder().Image(QuantisedImage("M4", behind)).Image(MaskedImage()).Image(SmallImage()).Build();
+  };
+  const Bytes whole = file({});
+  Bytes saved = Opened(file({9, 9, 9, 9, 9})).Saved();
+  ASSERT_EQ(saved.size(), whole.size());
+  // FL stays as it was.
+  constexpr std::size_t kFileLength = 342;
+  std::copy_n(whole.begin() + kFileLength, 12, saved.begin() + kFileLength);
+  EXPECT_EQ(saved, whole);
+}
+
+TEST(Save, EntriesThatAreNotThereAreBlank) {
+  ImageSpec spec = SmallImage();
+  const Opened opened(NitfBuilder().Image(spec).Build());
+  ImageSubheader &image = *FindImage(opened.operator->(), 0);
+  image.NICOM[0] = '2';
+  image.bandField = 2;
+  const std::uint64_t bytes = VisitFields(kImageTable, &image, *opened.operator->(), [](const auto &, auto) {});
+  EXPECT_EQ(bytes, NitfBuilder().Image(spec).ImageSubheader(0).size() + 2 * 80 + 13);
+  EXPECT_EQ(opened.Save(), SUCCESS);
+}
+
+// ---- the 2.0 layout
+// ---------------------------------------------------------------------------------------------------
+
+/** The fields of a record as one text. */
+std::string Fields(const HeaderTable &table, const void *record) {
+  std::string all;
+  ListFields(table, record, true,
+             [&](const FieldView &field) { all += field.name + "=" + std::string(field.text) + "\n"; });
+  return all;
+}
+
+class Layout20 : public testing::TestWithParam<SegmentKind> {
+ protected:
+  static std::int32_t Write(KNitfSaveFile &save, KsHandle out, NitfFile *file, SegmentKind kind) {
+    switch (kind) {
+      case SegmentKind::Image:
+        return save.WriteImageSubheader(out, file, 0);
+      case SegmentKind::Graphic:
+        return save.WriteGraphicSubheader(out, file, 0);
+      case SegmentKind::Label:
+        return save.WriteLabelSubheader(out, file, 0);
+      case SegmentKind::Text:
+        return save.WriteTextSubheader(out, file, 0);
+      case SegmentKind::DataExtension:
+        break;
+    }
+    return save.WriteDataExtensionSubheader(out, file, 0);
+  }
+  static std::int32_t Read(NitfFile &file, SegmentKind kind) {
+    StreamFileHeader stream{};
+    void *const record = FindSubheader(&file, kind, 0);
+    switch (kind) {
+      case SegmentKind::Image:
+        return ImageSubheaderRead(static_cast<ImageSubheader *>(record), file, stream, false);
+      case SegmentKind::Graphic:
+        return GraphicSubheaderRead(static_cast<GraphicSubheader *>(record), file, stream, false);
+      case SegmentKind::Label:
+        return LabelSubheaderRead(static_cast<LabelSubheader *>(record), file, stream, false);
+      case SegmentKind::Text:
+        return TextSubheaderRead(static_cast<TextSubheader *>(record), file, stream, false);
+      case SegmentKind::DataExtension:
+        break;
+    }
+    return DataExtensionSubheaderRead(static_cast<DataExtensionSubheader *>(record), file);
+  }
+  static const HeaderTable &Table(SegmentKind kind) {
+    static const HeaderTable *const tables[] = {&kImageTable, &kGraphicTable, &kLabelTable, &kTextTable,
+                                                &kDataExtensionTable};
+    return *tables[static_cast<std::size_t>(kind)];
+  }
+  /** Gives an empty object one segment of each kind. */
+  static void Fill(NitfFile *file) {
+    file->nitf20Layout = 1;
+    file->imageCount = file->graphicCount = file->labelCount = file->textCount = file->dataExtensionCount = 1;
+    ASSERT_EQ(AllocateObjects(file), SUCCESS);
+  }
+};
+
+TEST_P(Layout20, ReadsWhatItWrites) {
+  const SegmentKind kind = GetParam();
+  const TemporaryFolder folder;
+  const std::u16string name = Wide(folder.Path("subheader"));
+  LocalNitfFile written;
+  Fill(written.Get());
+  ImageSubheader &image = *FindImage(written.Get(), 0);
+  image.bandField = 1;
+  GraphicSubheader &graphic = *FindGraphic(written.Get(), 0);
+  graphic.lut = static_cast<std::uint32_t *>(KsCalloc(3, sizeof(std::uint32_t), __LINE__, __FILE__));
+  graphic.lutEntries = 3;
+  std::memcpy(graphic.lut, std::array<std::uint32_t, 3>{0x414243, 0x444546, 0x474849}.data(), 12);
+  std::strcpy(graphic.security.DWNG, "999998");
+  std::strcpy(graphic.security.DEVT, "an event");
+  DataExtensionSubheader &extension = *FindDataExtension(written.Get(), 0);
+  std::strcpy(extension.DE, "DE");
+  std::strcpy(extension.security.CLAS, "U");
+
+  KNitfSaveFile save;
+  const KsHandle out = KsOpen(name.c_str(), KS_OPEN_CREATE, KS_MODE_CREATE);
+  ASSERT_EQ(Write(save, out, written.Get(), kind), SUCCESS);
+  ASSERT_EQ(KsClose(out), SUCCESS);
+
+  LocalNitfFile read;
+  Fill(read.Get());
+  read->fileHandle = KsOpen(name.c_str(), KS_OPEN_READ, KS_MODE_READ);
+  ASSERT_EQ(Read(*read.Get(), kind), SUCCESS);
+  const std::string fields = Fields(Table(kind), FindSubheader(read.Get(), kind, 0));
+  // Whatever the texts were that gave the first bytes, those that were read give the same bytes again.
+  const KsHandle again = KsOpen(Wide(folder.Path("again")).c_str(), KS_OPEN_CREATE, KS_MODE_CREATE);
+  ASSERT_EQ(Write(save, again, read.Get(), kind), SUCCESS);
+  ASSERT_EQ(KsClose(again), SUCCESS);
+  EXPECT_EQ(ReadBytes(folder.Path("again")), ReadBytes(folder.Path("subheader"))) << fields;
+  if (kind == SegmentKind::Graphic) {
+    EXPECT_EQ(FindGraphic(read.Get(), 0)->lut[2], 0x474849U);
+    EXPECT_NE(fields.find("SSDEVT=an event"), std::string::npos);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Save, Layout20,
+                         testing::Values(SegmentKind::Image, SegmentKind::Graphic, SegmentKind::Label,
+                                         SegmentKind::Text, SegmentKind::DataExtension));
+
+// ---- refusals
+// ---------------------------------------------------------------------------------------------------------
+
+TEST(Handle, TellsItsStates) {
+  NitfHandle none = nullptr;
+  EXPECT_EQ(K_NITFCreate(nullptr, nullptr), ERROR_NO_MEMORY);
+  EXPECT_EQ(K_NITFDestroy(&none), NITF_NULL_HANDLE);
+  EXPECT_EQ(K_NITFGetStatus(nullptr), NITF_NULL_HANDLE);
+  EXPECT_EQ(K_NITFSaveFileA(nullptr, "anything"), NITF_NULL_HANDLE);
+  EXPECT_EQ(K_NITFSaveFileA(nullptr, "\xff"), ERROR_NO_MEMORY) << "the name comes first";
+  EXPECT_EQ(K_NITFCreateA(&none, "\xff"), ERROR_NO_MEMORY);
+  EXPECT_EQ(K_NITFCreateA(&none, "/no/such/file"), ERROR_NO_FILE);
+  EXPECT_EQ(none, nullptr);
+  EXPECT_EQ(Opened(NitfBuilder().Field("FVER", "02.00").Build()).status, NITF_UNSUPPORTED_VERSION);
+  const Opened loaded(NitfBuilder().Image(SmallImage()).Build());
+  EXPECT_EQ(K_NITFGetStatus(loaded.operator->()), NITF_STATUS_HEADER);
+}
+
+TEST(Save, OntoItsOwnSourceIsRefused) {
+  const Bytes file = NitfBuilder().Image(SmallImage()).Build();
+  const Opened opened(file);
+  std::filesystem::create_symlink(opened.Path("in.ntf"), opened.Path("link.ntf"));
+  std::filesystem::create_hard_link(opened.Path("in.ntf"), opened.Path("other.ntf"));
+  for (const char *name : {"in.ntf", "./in.ntf", "link.ntf", "other.ntf"}) {
+    EXPECT_EQ(opened.Save(name), ERROR_FILE_WRITE) << name;
+    EXPECT_EQ(ReadBytes(opened.Path("in.ntf")), file) << name;
+  }
+  EXPECT_EQ(opened.Saved(), file);
+}
+
+TEST(Save, NumbersWiderThanTheirFieldAreRefusedBeforeAnythingIsWritten) {
+  const Opened opened(NitfBuilder().Image(SmallImage()).Build());
+  WriteFile(opened.Path("out.ntf"), {1, 2, 3});
+  ImageSubheader &image = *FindImage(opened.operator->(), 0);
+  const ImageSubheader before = image;
+  const auto refused = [&](std::uint32_t ImageSubheader::*member, std::uint32_t value) {
+    image.*member = value;
+    EXPECT_EQ(opened.Save(), ERROR_INVALID_VALUE);
+    image = before;
+  };
+  refused(&ImageSubheader::rows, 100000000);
+  refused(&ImageSubheader::bitsPerPixel, 100);
+  refused(&ImageSubheader::blocksPerColumn, 10000);
+  refused(&ImageSubheader::blockWidth, 10000);
+  EXPECT_EQ(ReadBytes(opened.Path("out.ntf")), (Bytes{1, 2, 3}));
+}
+
+TEST(Save, SourcesThatAreCutOffAreTold) {
+  NitfBuilder builder;
+  builder.Image(SmallImage()).Text({"some words", {}}).DataExtension({"D", {}, Bytes(100, 1)});
+  const Opened opened(builder.Build());
+  ASSERT_EQ(opened.status, SUCCESS);
+  std::filesystem::resize_file(opened.Path("in.ntf"), builder.Build().size() - 1);
+  EXPECT_EQ(opened.Save(), ERROR_FILE_READ);
+}
+
+TEST(Save, QuantisedDataWithoutRowsAreRefused) {
+  for (const std::uint32_t codeRows : {0U, 9U}) {
+    VqSpec vq = Quantised();
+    vq.codeRows = codeRows;
+    ImageSpec image = QuantisedImage("C4");
+    image.data = EncodeVq(vq);
+    EXPECT_EQ(Opened(NitfBuilder().Image(image).Build()).Save(), ERROR_FILE_FORMAT) << codeRows;
+  }
+}
+
+/** Lets files grow up to a number of bytes and no further. */
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(std::size_t bytes) : previousHandler(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit limit = {bytes, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  FileSizeLimit(const FileSizeLimit &) = delete;
+  FileSizeLimit &operator=(const FileSizeLimit &) = delete;
+  ~FileSizeLimit() {
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, previousHandler);
+  }
+
+ private:
+  rlimit before = {};
+  void (*previousHandler)(int);
+};
+
+TEST(Save, FullDisksAreToldWhereverTheyAreMet) {
+  NitfBuilder builder;
+  builder.Image(MaskedImage()).Image(QuantisedImage("M4")).Graphic({1, 0, 0, 0, 'C', Bytes(300000, 7), {}});
+  builder.Text({"some words", {}}).DataExtension({"D", "u", Bytes(400000, 1)});
+  const Bytes file = builder.Build();
+  const Opened opened(file);
+  const std::size_t step = 31;
+  for (std::size_t room = 0; room < file.size(); room += room < 3000 ? step : 100003) {
+    const FileSizeLimit limit(room);
+    EXPECT_EQ(opened.Save(), ERROR_FILE_WRITE) << room;
+  }
+  EXPECT_EQ(opened.Saved(), file) << "the handle is as it was";
+}
+
+}  // namespace
