@@ -1,5 +1,7 @@
 #include "ksvect/drawing.h"
 
+#include <algorithm>
+
 namespace ksvect {
 
 std::uint32_t StyleNumber(Drawing &drawing, const Style &style) {
@@ -10,6 +12,32 @@ std::uint32_t StyleNumber(Drawing &drawing, const Style &style) {
 Layer &CurrentLayer(Drawing &drawing) {
   if (drawing.layers.empty()) drawing.layers.emplace_back();
   return drawing.layers[drawing.currentLayer];
+}
+
+bool BoundsOf(const Drawing &drawing, Box &bounds) {
+  bool any = false;
+  const auto add = [&](Point p) {
+    if (!any) bounds = {p, p};
+    any = true;
+    bounds.low = {std::min(bounds.low.x, p.x), std::min(bounds.low.y, p.y)};
+    bounds.high = {std::max(bounds.high.x, p.x), std::max(bounds.high.y, p.y)};
+  };
+  for (const Layer &layer : drawing.layers) {
+    for (const Object &object : layer.objects) {
+      std::visit(
+          [&](const auto &shape) {
+            if constexpr (requires { shape.points; }) std::for_each(shape.points.begin(), shape.points.end(), add);
+          },
+          object.shape);
+    }
+  }
+  return any;
+}
+
+bool ExtentOf(const Drawing &drawing, Box &extent) {
+  if (!drawing.hasExtent) return BoundsOf(drawing, extent);
+  extent = drawing.extent;
+  return true;
 }
 
 }  // namespace ksvect
