@@ -134,13 +134,14 @@ class ShapeWriter {
     const bool open = ellipse.closure == Closure::Open;
     const unsigned ofCircle = open ? kCircularArcCenter : kCircularArcCenterClose;
     const unsigned ofEllipse = open ? kEllipticalArc : kEllipticalArcClose;
+    const double sweep = ellipse.end - ellipse.start;
+    if (!std::isfinite(sweep)) return encoder.Refuse();
     const std::size_t parameters = encoder.Begin({kPrimitives, circle ? ofCircle : ofEllipse});
     encoder.Place(ellipse.center);
     if (!circle) {
       encoder.Place(ellipse.center + ellipse.first);
       encoder.Place(ellipse.center + ellipse.second);
     }
-    const double sweep = ellipse.end - ellipse.start;
     const std::size_t startRay = encoder.Parameters(parameters).size();
     encoder.Ray(RayAt(ellipse, ellipse.start));
     const std::size_t endRay = encoder.Parameters(parameters).size();
