@@ -1,0 +1,203 @@
+// The commands that take files apart, copy and check them.
+#include "program_test.h"
+
+#include <filesystem>
+#include <ostream>
+
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using Json = nlohmann::json;
+
+ImageSpec SmallImage(const FieldTexts &fields = {}) {
+  ImageSpec image;
+  image.rows = 2;
+  image.columns = 3;
+  image.data = {1, 2, 3, 4, 5, 6};
+  image.fields = fields;
+  return image;
+}
+
+NitfBuilder FullFile() {
+  return NitfBuilder()
+      .Image(SmallImage())
+      .Graphic({2, 1, 0, 0, 'C', {'d', 'r', 'a', 'w'}, {}})
+      .Text({"some words", {{"TXTITL", "A note"}}})
+      .Text({"caf\xe9\x1b[2J\n", {}})
+      .DataExtension({"SAMPLE_DES", "user data", {7, 8, 9}});
+}
+
+std::string Text(const Bytes &bytes) {
+  return {bytes.begin(), bytes.end()};
+}
+
+class Segments : public ProgramTest {
+ protected:
+  void SetUp() override { FullFile().Write(PathOf("a.ntf")); }
+};
+
+TEST_F(Segments, TextIsPrintedAsItsBytes) {
+  EXPECT_EQ(Run({"text", "a.ntf", "1"}).output, "caf\xe9\x1b[2J\n");
+  EXPECT_EQ(Run({"text", "a.ntf"}).output,
+            "== text 0: A note (STA, 10 bytes)\nsome words\n== text 1: Test text (STA, 9 bytes)\ncaf\xe9\x1b[2J\n");
+  const ProgramRun missing = Run({"text", "a.ntf", "2"});
+  EXPECT_EQ(missing.exitCode, 1);
+  EXPECT_EQ(missing.errors, "ntf: a.ntf: there is no text 2: the file has 2 texts (status 87)\n");
+}
+
+TEST_F(Segments, ExtractWritesBodiesAndAManifest) {
+  ASSERT_EQ(Run({"extract", "a.ntf", "-o", "out/deep"}).exitCode, 0);
+  EXPECT_EQ(ReadText("out/deep/image-000.raw"), Text({1, 2, 3, 4, 5, 6}));
+  EXPECT_EQ(ReadText("out/deep/graphic-000.cgm"), "draw");
+  EXPECT_EQ(ReadText("out/deep/text-000.txt"), "some words");
+  EXPECT_EQ(ReadText("out/deep/des-000.bin"), Text({7, 8, 9}));
+  const Json manifest = Json::parse(ReadText("out/deep/manifest.json"));
+  ASSERT_EQ(manifest["segments"].size(), 5U);
+  const Json &text = manifest["segments"][2];
+  EXPECT_EQ(text["kind"], "text");
+  EXPECT_EQ(text["file"], "text-000.txt");
+  EXPECT_EQ(text["subheader"]["TXTITL"], "A note");
+  const std::string file = Text(FullFile().Build());
+  EXPECT_EQ(file.substr(text["offset"], text["bytes"]), "some words");
+}
+
+TEST_F(Segments, ExtractWritesWhatWasChosenUnderANameOfItsData) {
+  ImageSpec jpeg = SmallImage();
+  jpeg.compression = "C3";
+  jpeg.data = {0xFF, 0xD8, 0xFF, 0xE0};
+  ImageSpec masked = jpeg;
+  masked.compression = "M3";
+  masked.mask = MaskSpec{{0}, {}, {}};
+  ImageSpec jp2 = jpeg;
+  jp2.compression = "C8";
+  jp2.data = {0xFF, 0x4F, 0xFF, 0x51};
+  NitfBuilder().Image(jpeg).Image(masked).Image(jp2).Write(PathOf("b.ntf"));
+  ASSERT_EQ(Run({"extract", "b.ntf", "-o", "out", "--image", "0", "--image", "1", "--image", "2"}).exitCode, 0);
+  for (const char *name : {"out/image-000.jpg", "out/image-001.raw", "out/image-002.jp2"}) {
+    EXPECT_TRUE(std::filesystem::exists(PathOf(name))) << name;
+  }
+}
+
+TEST_F(Segments, ExtractOverwritesNothingAndFollowsNoLink) {
+  std::filesystem::create_directory(PathOf("out"));
+  WriteText("out/text-000.txt", "older");
+  EXPECT_EQ(Run({"extract", "a.ntf", "-o", "out"}).exitCode, 1);
+  EXPECT_EQ(ReadText("out/text-000.txt"), "older");
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(PathOf("out")), {}), 1) << "nothing else is written";
+  EXPECT_EQ(Run({"extract", "a.ntf", "-o", "out", "--force"}).exitCode, 0);
+  EXPECT_EQ(ReadText("out/text-000.txt"), "some words");
+
+  WriteText("outside.txt", "mine");
+  std::filesystem::remove(PathOf("out/text-000.txt"));
+  std::filesystem::create_symlink(PathOf("outside.txt"), PathOf("out/text-000.txt"));
+  EXPECT_EQ(Run({"extract", "a.ntf", "-o", "out", "--force"}).exitCode, 1);
+  EXPECT_EQ(ReadText("outside.txt"), "mine");
+}
+
+TEST_F(Segments, CopyIsTheSameFile) {
+  ASSERT_EQ(Run({"copy", "a.ntf", "b.ntf"}).exitCode, 0);
+  EXPECT_EQ(ReadText("b.ntf"), Text(FullFile().Build()));
+  WriteText("c.ntf", "older");
+  const ProgramRun taken = Run({"copy", "a.ntf", "c.ntf"});
+  EXPECT_EQ(taken.exitCode, 1);
+  EXPECT_EQ(taken.errors, "ntf: c.ntf: is there already (--force overwrites it) (status -5)\n");
+  EXPECT_EQ(ReadText("c.ntf"), "older");
+  for (const char *target : {"c.ntf", "a.ntf"}) {
+    EXPECT_EQ(Run({"copy", "a.ntf", target, "--force"}).exitCode, 0);
+    EXPECT_EQ(ReadText(target), Text(FullFile().Build()));
+  }
+  EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"a.ntf", "b.ntf", "c.ntf"}));
+}
+
+TEST_F(Segments, CopyThatFailsLeavesNothing) {
+  std::filesystem::resize_file(PathOf("a.ntf"), FullFile().Build().size() - 1);
+  const ProgramRun run = Run({"copy", "a.ntf", "b.ntf"});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_EQ(run.errors, "ntf: a.ntf: ends too early, or can't be read (status -7)\n");
+  EXPECT_EQ(FilesInFolder(), std::vector<std::string>{"a.ntf"});
+}
+
+// ---- check
+// ------------------------------------------------------------------------------------------------------------
+
+/** A file with one fault, and what is told of it behind the file's name. */
+struct Faulty {
+  const char *name;
+  NitfBuilder file;
+  std::string finding;
+};
+
+std::ostream &operator<<(std::ostream &out, const Faulty &faulty) {
+  return out << faulty.name;
+}
+
+class FaultyFile : public ProgramTest, public testing::WithParamInterface<Faulty> {};
+
+TEST_P(FaultyFile, IsToldInOneLine) {
+  GetParam().file.Write(PathOf("a.ntf"));
+  const ProgramRun run = Run({"check", "a.ntf"});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_EQ(run.output, "a.ntf: " + GetParam().finding + "\n");
+  const Json findings = Json::parse(Run({"check", "--json", "a.ntf"}).output)["findings"];
+  ASSERT_EQ(findings.size(), 1U);
+  EXPECT_NE(GetParam().finding.find(findings[0]["field"].get<std::string>() + " at byte "), std::string::npos);
+}
+
+ImageSpec Masked(const MaskSpec &mask) {
+  ImageSpec image = SmallImage();
+  image.compression = "NM";
+  image.mask = mask;
+  return image;
+}
+
+ImageSpec TwoBlocks() {
+  ImageSpec image = SmallImage({{"NBPR", "0002"}});
+  image.data.assign(12, 1);
+  return image;
+}
+
+NitfBuilder OneImage(const FieldTexts &fields) {
+  return NitfBuilder().Image(SmallImage(fields));
+}
+
+// The header of a file of one image has 404 bytes, and its subheader 439.
+INSTANTIATE_TEST_SUITE_P(
+    Check, FaultyFile,
+    testing::Values(Faulty{"FileLength", NitfBuilder().Field("FL", "000000000399"),
+                           "FL at byte 342: is 399, the file has 388 bytes"},
+                    Faulty{"Date", NitfBuilder().Field("FDT", "20261340000000"),
+                           "FDT at byte 25: is no date: '20261340000000'"},
+                    Faulty{"Characters", NitfBuilder().Field("FTITLE", "a\x07"),
+                           "FTITLE at byte 39: has characters outside the format's set"},
+                    Faulty{"Digits", NitfBuilder().Field("FSCOP", "x"), "FSCOP at byte 286: is no number: 'x    '"},
+                    Faulty{"Blocks", NitfBuilder().Image(TwoBlocks()),
+                           "image 0 NBPR at byte 795: 2 blocks of 3 pixels, 3 pixels need 1"},
+                    Faulty{"DataLength", OneImage({{"NBPP", "04"}, {"ABPP", "04"}}),
+                           "image 0 IC at byte 777: uncompressed data of 3 bytes, LI is 6"},
+                    Faulty{"ActualBits", OneImage({{"ABPP", "09"}}), "image 0 ABPP at byte 772: 9 bits of 8"},
+                    Faulty{"MaskRecords", NitfBuilder().Image(Masked({{0, 0}, {}, {}})),
+                           "image 0 IMDATOFF at byte 843: is 18, the mask table has 14 bytes"},
+                    Faulty{"MaskEntry", NitfBuilder().Image(Masked({{6}, {}, {}})),
+                           "image 0 BMR at byte 853: block 0 lies behind the data, at 6 of 6"},
+                    Faulty{"LevelTwice", NitfBuilder().Image(SmallImage()).Graphic({1, 0, 0, 0, 'C', {}, {}}),
+                           "graphic 0 SDLVL at byte 1073: display level 1 is used twice"},
+                    Faulty{"Attachment", NitfBuilder().Graphic({3, 2, 0, 0, 'C', {}, {}}),
+                           "graphic 0 SALVL at byte 615: attached to level 2, which nothing has"}),
+    [](const auto &tested) { return tested.param.name; });
+
+TEST_F(Segments, CheckFindsNothingInASoundFile) {
+  const ProgramRun run = Run({"check", "a.ntf"});
+  EXPECT_EQ(run.output, "");
+  EXPECT_EQ(run.exitCode, 0);
+}
+
+TEST_F(Segments, CheckTellsWhereAFileEnds) {
+  std::filesystem::resize_file(PathOf("a.ntf"), 900);
+  const ProgramRun run = Run({"check", "a.ntf"});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_NE(run.output.find("text 0 TE at byte"), std::string::npos) << run.output;
+  EXPECT_NE(run.errors.find("status -7"), std::string::npos);
+}
+
+}  // namespace
