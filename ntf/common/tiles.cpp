@@ -91,6 +91,22 @@ class TileDecoder {
     return functions.load(tile.bytes.Get(), bitmap, sizeof *bitmap, 0, KS_ORDER_CODEC, tile.size, &options, nullptr);
   }
 
+  /**
+   * Gives a target of a depth that only its like combines with, such as 12 or 16 bits, that of the first tile: the header
+   * may count bits that the stream doesn't have.
+   */
+  std::int32_t TakeDepthOf(const KsBitmap &first) {
+    const std::uint32_t bits = target->bitsPerPixel;
+    if (bits == 8 || bits == 24 || bits == first.bitsPerPixel) return SUCCESS;
+    const std::uint32_t width = target->width;
+    const std::uint32_t height = target->height;
+    KsBitmapFree(target);
+    const std::int32_t status = KsBitmapCreate(target, sizeof *target, KS_BITMAP_OWN, width, height, first.bitsPerPixel,
+                                               first.order, nullptr, 1, nullptr, 0);
+    if (status == SUCCESS) SetImagePalette(target, image);
+    return status;
+  }
+
   /** Puts a block into its place and releases its pixels. */
   std::int32_t Place(KsLocalBitmap &bitmap, std::uint64_t block) {
     bitmap->order = target->order;
@@ -158,6 +174,7 @@ class TileWalk : public TileDecoder {
     if (image.representation == kMulti && drawn != 0 && !AddPrefix(tile)) return ERROR_NO_MEMORY;
     KsLocalBitmap bitmap;
     std::int32_t status = Load(tile, options, bitmap.Get());
+    if (status == SUCCESS && drawn == 0) status = TakeDepthOf(*bitmap.Get());
     if (status == SUCCESS) status = Place(bitmap, block);
     if (status == SUCCESS) ++drawn;
     return status;
