@@ -68,8 +68,11 @@ std::int32_t DecodeSingleStream(const LoadFunctions &functions, const ImageSourc
   status =
       functions.load(stream.bytes.Get(), target, sizeof *target, 0, KS_ORDER_CODEC, stream.size, &options, nullptr);
   // The codec's grays are the indices of an image with a lookup table.
-  if (status == SUCCESS) SetImagePalette(target, *source.image);
-  return status;
+  if (status != SUCCESS) return status;
+  SetImagePalette(target, *source.image);
+  // A picture that was made smaller covers the place that its header tells.
+  if (source.image->compression == kI1) target->flags |= KS_BITMAP_ENLARGED;
+  return SUCCESS;
 }
 
 /** What the two walks over the blocks of an image have in common. */
@@ -92,8 +95,8 @@ class TileDecoder {
   }
 
   /**
-   * Gives a target of a depth that only its like combines with, such as 12 or 16 bits, that of the first tile: the header
-   * may count bits that the stream doesn't have.
+   * Gives a target of a depth that only its like combines with, such as 12 or 16 bits, that of the first tile: the
+   * header may count bits that the stream doesn't have.
    */
   std::int32_t TakeDepthOf(const KsBitmap &first) {
     const std::uint32_t bits = target->bitsPerPixel;

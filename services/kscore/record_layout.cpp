@@ -25,6 +25,9 @@ static_assert(sizeof(KsLoadOptions) == 84);
 static_assert(offsetof(KsLoadOptions, loadFlags) == 12);
 static_assert(offsetof(KsLoadOptions, bands) == 36);
 
+static_assert(sizeof(KsSaveOptions) == 1610);
+static_assert(offsetof(KsSaveOptions, saveFlags) == 1606);
+
 static_assert(sizeof(KsFileInfo) == 2316);
 static_assert(offsetof(KsFileInfo, formatId) == 4);
 static_assert(offsetof(KsFileInfo, width) == 1032);

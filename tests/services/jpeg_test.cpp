@@ -546,6 +546,9 @@ TEST_F(JpegTest, UnusableArgumentsAreRefused) {
   KsLoadOptions options = {};
   EXPECT_EQ(KsLoadOptionsInit(nullptr, sizeof options), ERROR_INVALID_VALUE);
   EXPECT_EQ(KsLoadOptionsInit(&options, sizeof options + 1), ERROR_INVALID_VALUE);
+  KsSaveOptions saving;
+  EXPECT_EQ(KsSaveOptionsInit(&saving, sizeof saving), SUCCESS);
+  EXPECT_EQ(KsSaveOptionsInit(&saving, sizeof saving - 1), ERROR_INVALID_VALUE);
   KsLocalBitmap bitmap;
   const auto load = [&](int32_t bits, int32_t order) {
     return KsLoadMemory(stream.data(), bitmap.Get(), sizeof(KsBitmap), bits, order, stream.size(), nullptr, nullptr);
