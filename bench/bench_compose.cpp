@@ -1,17 +1,12 @@
 // Composing large pictures, uncompressed and vector-quantised, as a ratio to what can't be beaten: reading the same
 // bytes in pieces of 1 MiB and copying as many bytes as the canvas has.
-#include "internal/ksclasses_.h"
-#include "ksntfx.h"
+#include "measure.h"
 #include "nitf_builder.h"
 #include "vq_builder.h"
 
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <memory>
 #include <string>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -21,8 +16,6 @@
 #include <benchmark/benchmark.h>
 
 namespace {
-
-constexpr std::uint32_t kMebibyte = 1U << 20;
 
 /** A picture to compose. */
 struct Scene {
@@ -50,13 +43,7 @@ constexpr Scene kScenes[] = {
 };
 
 std::string ScenePath(const Scene &scene) {
-  return (std::filesystem::temp_directory_path() / ("ksntfx-bench-" + std::to_string(&scene - kScenes) + ".ntf"))
-      .string();
-}
-
-std::uint8_t NoiseByte(std::uint32_t &state) {
-  state = state * 1664525 + 1013904223;
-  return static_cast<std::uint8_t>(state >> 24);
+  return BenchPath(std::to_string(&scene - kScenes));
 }
 
 Bytes Samples(const Scene &scene) {
@@ -92,68 +79,21 @@ void WriteScene(const Scene &scene) {
   NitfBuilder().Image(image).Write(ScenePath(scene));
 }
 
-std::int32_t CountRow(std::uint64_t, KsBitmap *, void *, std::uint32_t, std::uint32_t, std::uint32_t count,
-                      std::uint64_t rows) {
-  // The number is the address that the request carried.
-  *reinterpret_cast<std::uint64_t *>(rows) += count;  // NOLINT(performance-no-int-to-ptr)
-  return SUCCESS;
-}
-
 void Compose(const Scene &scene) {
-  const std::u16string name = std::filesystem::path(ScenePath(scene)).u16string();
-  FilterTargetInfo target{};
-  target.bitsPerPixel = scene.canvasBits;
-  KsLoadOptions options{};
-  std::uint64_t rows = 0;
-  auto request = std::make_unique<FilterLoadRecord>();
-  request->fileName = name.c_str();
-  request->targetInfo = &target;
-  request->rowCallback = CountRow;
-  request->rowUserData = reinterpret_cast<std::uintptr_t>(&rows);
-  request->loadOptions = &options;
-  request->loadFromMemory = KsLoadMemory;
-  request->setRedirect = KsSetRedirect;
-  request->requiredEntry = [] {};
-  if (fltLoad(request.get()) != SUCCESS || rows != scene.side) std::abort();
-}
-
-void ReadFile(const Scene &scene) {
-  const std::unique_ptr<char[]> piece(new char[kMebibyte]);
-  std::FILE *file = std::fopen(ScenePath(scene).c_str(), "rb");
-  std::setvbuf(file, nullptr, _IONBF, 0);
-  while (std::fread(piece.get(), 1, kMebibyte, file) == kMebibyte) benchmark::DoNotOptimize(piece.get());
-  std::fclose(file);
-}
-
-void CopyCanvas(std::uint8_t *canvas, const Scene &scene) {
-  static const std::vector<std::uint8_t> piece(kMebibyte, 1);
-  const std::size_t bytes = std::size_t{scene.side} * scene.side * (scene.canvasBits / 8);
-  for (std::size_t at = 0; at < bytes; at += kMebibyte) std::memcpy(canvas + at, piece.data(), kMebibyte);
-  benchmark::DoNotOptimize(canvas);
+  ComposeFile(ScenePath(scene), scene.canvasBits, scene.side);
 }
 
 /** Reads the file and copies a canvas' worth of bytes into a new canvas. */
 void RunFloor(const Scene &scene) {
-  ReadFile(scene);
-  KsLocalBitmap canvas;
-  KsBitmapCreate(canvas.Get(), sizeof(KsBitmap), KS_BITMAP_OWN, scene.side, scene.side, scene.canvasBits, KS_ORDER_BGR,
-                 nullptr, 4, nullptr, 0);
-  KsBitmapAccess(canvas.Get(), 0);
-  CopyCanvas(canvas->pixels, scene);
-  KsBitmapRelease(canvas.Get(), 1, 1);
+  ReadWholeFile(ScenePath(scene));
+  CopyNewCanvas(scene.side, scene.canvasBits);
 }
 
 /** The same into memory that is there already. */
 void RunWarmFloor(const Scene &scene) {
   static std::vector<std::uint8_t> canvas(std::size_t{8192} * 8192 * 3);
-  ReadFile(scene);
-  CopyCanvas(canvas.data(), scene);
-}
-
-double SecondsOf(void (*work)(const Scene &), const Scene &scene) {
-  const auto start = std::chrono::steady_clock::now();
-  work(scene);
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  ReadWholeFile(ScenePath(scene));
+  CopyBytes(canvas.data(), std::size_t{scene.side} * scene.side * (scene.canvasBits / 8));
 }
 
 /** One composition and one floor an iteration, turn by turn, so that both meet the same machine; the best of each
@@ -166,10 +106,10 @@ void MeasureScene(benchmark::State &state, const Scene &scene) {
   double floor = 1e9;
   double warmFloor = 1e9;
   for ([[maybe_unused]] auto iteration : state) {
-    const double seconds = SecondsOf(Compose, scene);
+    const double seconds = SecondsOf([&] { Compose(scene); });
     composed = std::min(composed, seconds);
-    floor = std::min(floor, SecondsOf(RunFloor, scene));
-    warmFloor = std::min(warmFloor, SecondsOf(RunWarmFloor, scene));
+    floor = std::min(floor, SecondsOf([&] { RunFloor(scene); }));
+    warmFloor = std::min(warmFloor, SecondsOf([&] { RunWarmFloor(scene); }));
     state.SetIterationTime(seconds);
   }
   state.counters["floors"] = composed / floor;
@@ -201,23 +141,6 @@ long AllowedMemory(const Scene &scene) {
   const std::uint64_t blockPixels = scene.block == 0 ? pixels : std::uint64_t{scene.block} * scene.block;
   return static_cast<long>((pixels * (scene.canvasBits / 8) + (pixels + blockPixels) * sampleBytes) / kMebibyte + 64);
 }
-
-/** Prints a table of ratios, which mean more than times on machines that differ. */
-class RatioTable : public benchmark::BenchmarkReporter {
- public:
-  bool ReportContext(const Context &) override {
-    std::printf("%-58s %8s %8s %8s\n", "composing, in times of reading and copying as many bytes", "ratio", "aim",
-                "warm");
-    return true;
-  }
-  void ReportRuns(const std::vector<Run> &runs) override {
-    for (const Run &run : runs) {
-      std::printf("%-58s %8.2f %8.1f %8.2f\n", run.run_name.function_name.c_str(), run.counters.at("floors").value,
-                  run.counters.at("aim").value, run.counters.at("warm").value);
-      std::fflush(stdout);
-    }
-  }
-};
 
 }  // namespace
 

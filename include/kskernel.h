@@ -93,6 +93,11 @@ enum KsBitmapKind { KS_BITMAP_OWN = 1, KS_BITMAP_CALLER = 2 };
 
 /** Bit 0 of KsBitmap::flags: the bitmap has storage. */
 #define KS_BITMAP_ALLOCATED 1u
+/**
+ * Bit 2 of KsBitmap::flags: a picture that was made smaller, and is enlarged to the rectangle that it is combined or
+ * painted into (bilinear). A caller may set it.
+ */
+#define KS_BITMAP_ENLARGED 4u
 
 /** A bitmap. Callers read the documented members and leave the others alone; KsBitmapInit makes an empty one. */
 typedef struct KsBitmap {
@@ -106,7 +111,7 @@ typedef struct KsBitmap {
   uint32_t bytesPerLine;    /* 32: bytes from one row to the next, a multiple of 4 */
   uint64_t storageBytes;    /* 36: bytes at `pixels` */
   uint32_t accessCount;     /* 44: KsBitmapAccess calls not yet released */
-  uint32_t flags;           /* 48: KS_BITMAP_ALLOCATED and bits of the framework's own */
+  uint32_t flags;           /* 48: KS_BITMAP_ALLOCATED, KS_BITMAP_ENLARGED, and bits of the framework's own */
   uint32_t colorCount;      /* 52: colours of the palette, 0 without one */
   KsPaletteEntry *palette;  /* 56: at least 2^bitsPerPixel entries up to 8 bits; owned by the bitmap */
   uint32_t paletteCapacity; /* 64: entries at `palette` */
@@ -122,6 +127,13 @@ typedef struct KsLoadOptions {
   uint32_t bands[3]; /* 36, 40, 44: band numbers of the red, green and blue channel, from 0 */
   uint8_t reserved48[36];
 } KsLoadOptions;
+
+/** Options of a save. The first word tells that the record is initialised; qualities are among what is reserved. */
+typedef struct KsSaveOptions {
+  uint32_t structureSize; /* 0: 1610 */
+  uint8_t reserved4[1602];
+  uint32_t saveFlags; /* 1606: bit 0 is set by the writer of NITF files */
+} KsSaveOptions;
 
 /** What a filter or a codec tells of a file. */
 typedef struct KsFileInfo {
@@ -314,7 +326,9 @@ KS_API uint64_t KsSetBitmapLimit(uint64_t bytes);
  * Copies `source`, from its pixel (`sourceLeft`, `sourceTop`), over the rectangle of `target` with its upper left
  * corner at
  * (`left`, `top`), unscaled, as far as both reach: the rectangle is clipped on all sides, positions may be negative,
- * and a source smaller than the rectangle covers only its own size. Colours are converted to the target's depth:
+ * and a source smaller than the rectangle covers only its own size. One with
+ * KS_BITMAP_ENLARGED is spread from there over all of the rectangle instead, in colours of 24 bits. Colours are
+ * converted to the target's depth:
  *   - equal depths are copied bit by bit; 8-bit indices too, where the source has no palette or the same as the target;
  *   - indices of 1 and 8 bits become their palette's colours, and the gray ramp without a palette;
  *   - grays of 12 and 16 bits give their high eight bits;
@@ -336,8 +350,10 @@ KS_API KsPalette *KsPaintPalette(KsDeviceContext *context, const KsBitmap *bitma
 
 /**
  * Paints a bitmap at the upper left corner of `rectangle`, unscaled and clipped to it, converted as in KsCombine.
- * `source`, where given, is the part of the bitmap that is painted, and `clip` the part of the canvas that may change.
- * -13 without a context or rectangle, -16 for another operation than KS_ROP_COPY.
+ * A bitmap with KS_BITMAP_ENLARGED is spread over the rectangle instead.
+ * `source`, where given, is the part of the bitmap that is painted (of an enlarged one its upper left corner), and
+ * `clip` the part of the canvas that may change. -13 without a context or rectangle, -16 for another operation than
+ * KS_ROP_COPY.
  */
 KS_API int32_t KsPaintBitmap(KsDeviceContext *context, const KsBitmap *bitmap, const KsRect *source, const KsRect *clip,
                              const KsRect *rectangle, const void *reserved, uint32_t rasterOperation);
@@ -419,13 +435,6 @@ typedef struct KsRawFormatInfo {
   uint32_t pages;  /* 36: 1 */
   uint8_t reserved40[24];
 } KsRawFormatInfo;
-
-/** Options of a save. */
-typedef struct KsSaveOptions {
-  uint32_t structureSize; /* 0: 1610 */
-  uint8_t reserved4[1602];
-  uint32_t saveFlags; /* 1606: bit 0 is set by clients; it has no effect */
-} KsSaveOptions;
 
 #pragma pack(pop)
 

@@ -205,8 +205,8 @@ std::int32_t MeasureObject(NitfFile *file, const DisplayObject &object, const Di
   }
   if (object.kind == kDisplayImage) {
     const ImageSubheader &image = *FindImage(file, object.index);
-    *edges = {Edge(PaddedWidth(image), image.locationColumn, offset.column),
-              Edge(PaddedHeight(image), image.locationRow, offset.row)};
+    *edges = {Edge(PlaceWidth(image), image.locationColumn, offset.column),
+              Edge(PlaceHeight(image), image.locationRow, offset.row)};
   }
   return SUCCESS;
 }
@@ -279,9 +279,12 @@ class ImagePlacer final : public ImagePartSink {
     // Transparent pixels can only be painted.
     if (image.padCode != nullptr && context == nullptr) return ERROR_INVALID_VALUE;
     const std::int32_t placeTop = Add(top, static_cast<std::int32_t>(partTop));
-    const auto width = static_cast<std::int32_t>(quantised ? part->width : PaddedWidth(image));
-    const auto height =
-        static_cast<std::int32_t>(quantised ? rows : std::min<std::uint64_t>(rows, PaddedHeight(image) - partTop));
+    const bool isEnlarged = (part->flags & KS_BITMAP_ENLARGED) != 0;
+    const std::uint64_t rowsLeft = PlaceHeight(image) - partTop;
+    const auto width = static_cast<std::int32_t>(quantised ? part->width : PlaceWidth(image));
+    const auto height = static_cast<std::int32_t>(quantised    ? rows
+                                                  : isEnlarged ? rowsLeft
+                                                               : std::min<std::uint64_t>(rows, rowsLeft));
     if (context == nullptr) return KsCombine(canvas, left, placeTop, width, height, part, 0, 0, kCombineCopy, 0);
     KsRect place;
     platform::SetRect(&place, left, placeTop, Add(left, width), Add(placeTop, height));

@@ -19,6 +19,17 @@ inline std::uint64_t PaddedHeight(const ImageSubheader &image) {
   return std::uint64_t{image.blocksPerColumn} * BlockHeight(image);
 }
 
+/**
+ * Size of an image's place on the canvas: the padded one, and that of the picture itself where the stream holds it made
+ * smaller.
+ */
+inline std::uint64_t PlaceWidth(const ImageSubheader &image) {
+  return image.compression == kI1 ? image.columns : PaddedWidth(image);
+}
+inline std::uint64_t PlaceHeight(const ImageSubheader &image) {
+  return image.compression == kI1 ? image.rows : PaddedHeight(image);
+}
+
 /** The bands that feed the red, green and blue channel. */
 struct BandOrder {
   std::uint32_t first;

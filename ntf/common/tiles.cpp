@@ -68,8 +68,11 @@ std::int32_t DecodeSingleStream(const LoadFunctions &functions, const ImageSourc
   status =
       functions.load(stream.bytes.Get(), target, sizeof *target, 0, KS_ORDER_CODEC, stream.size, &options, nullptr);
   // The codec's grays are the indices of an image with a lookup table.
-  if (status == SUCCESS) SetImagePalette(target, *source.image);
-  return status;
+  if (status != SUCCESS) return status;
+  SetImagePalette(target, *source.image);
+  // A picture that was made smaller covers the place that its header tells.
+  if (source.image->compression == kI1) target->flags |= KS_BITMAP_ENLARGED;
+  return SUCCESS;
 }
 
 /** What the two walks over the blocks of an image have in common. */
@@ -89,6 +92,22 @@ class TileDecoder {
 
   std::int32_t Load(const Tile &tile, const KsLoadOptions &options, KsBitmap *bitmap) const {
     return functions.load(tile.bytes.Get(), bitmap, sizeof *bitmap, 0, KS_ORDER_CODEC, tile.size, &options, nullptr);
+  }
+
+  /**
+   * Gives a target of a depth that only its like combines with, such as 12 or 16 bits, that of the first tile: the
+   * header may count bits that the stream doesn't have.
+   */
+  std::int32_t TakeDepthOf(const KsBitmap &first) {
+    const std::uint32_t bits = target->bitsPerPixel;
+    if (bits == 8 || bits == 24 || bits == first.bitsPerPixel) return SUCCESS;
+    const std::uint32_t width = target->width;
+    const std::uint32_t height = target->height;
+    KsBitmapFree(target);
+    const std::int32_t status = KsBitmapCreate(target, sizeof *target, KS_BITMAP_OWN, width, height, first.bitsPerPixel,
+                                               first.order, nullptr, 1, nullptr, 0);
+    if (status == SUCCESS) SetImagePalette(target, image);
+    return status;
   }
 
   /** Puts a block into its place and releases its pixels. */
@@ -158,6 +177,7 @@ class TileWalk : public TileDecoder {
     if (image.representation == kMulti && drawn != 0 && !AddPrefix(tile)) return ERROR_NO_MEMORY;
     KsLocalBitmap bitmap;
     std::int32_t status = Load(tile, options, bitmap.Get());
+    if (status == SUCCESS && drawn == 0) status = TakeDepthOf(*bitmap.Get());
     if (status == SUCCESS) status = Place(bitmap, block);
     if (status == SUCCESS) ++drawn;
     return status;

@@ -1,7 +1,9 @@
 // JPEG of 8 bits, sequential and progressive, by libjpeg-turbo.
 #include "kscodec/codec.h"
+#include "kscodec/jpeg_colors.h"
 #include "kscodec/jpeg_huffman.h"
 #include "kscodec/jpeg_markers.h"
+#include "kscodec/jpeg_picture.h"
 #include "kscore/bitmap.h"
 
 #include <algorithm>
@@ -18,6 +20,8 @@ namespace {
 
 using kscodec::PictureInfo;
 using kscodec::Stream;
+using kscodec::jpeg::Plan;
+using kscodec::jpeg::Route;
 
 /** A stream of some kilobytes can name any number of scans, each of which passes over the whole picture. */
 constexpr int kMostScans = 500;
@@ -28,15 +32,6 @@ constexpr uint64_t kMostCoefficientBytes = uint64_t{4} << 30;
 
 constexpr uint32_t kRowsAtATime = 16;
 constexpr uint32_t kBytesOfColor = 3;
-
-/** From the components that libjpeg gives to those of the bitmap. */
-enum class Route { kGray, kColorFromYCbCr, kColorFromRgb, kPicked };
-
-/** What is to be done with a stream; plain data, like all that lives while libjpeg may jump out of a function. */
-struct Plan {
-  Route route;
-  std::array<uint32_t, kBytesOfColor> picked; /**< for kPicked: the components that become blue, green, red */
-};
 
 struct Decoder {
   jpeg_decompress_struct state;
@@ -173,23 +168,17 @@ int32_t Decode(Decoder *decoder, Stream stream, const Plan &plan, const KsBitmap
   return SUCCESS;
 }
 
-Plan PlanOf(const kscodec::jpeg::Header &header, const KsLoadOptions &options) {
-  const uint32_t components = header.frame.components;
-  if (components == 1) return {Route::kGray, {}};
-  if ((options.loadFlags & KS_LOAD_BANDS) != 0) {
-    const uint32_t last = components - 1;
-    const auto band = [&](size_t channel) { return std::min<uint32_t>(options.bands[channel], last); };
-    return {Route::kPicked, {band(2), band(1), band(0)}};
-  }
-  if (components == 2) return {Route::kPicked, {0, 0, 0}};
-  if (components > 3) return {Route::kPicked, {2, 1, 0}};
-  return {IsRgb(header) ? Route::kColorFromRgb : Route::kColorFromYCbCr, {}};
-}
-
 /** Whether libjpeg has the process, and enough components: it finds those beyond the fourth in no scan. */
-bool IsDecoded(const PictureInfo &info) {
+bool IsOfLibrary(const PictureInfo &info) {
   return info.format != KS_FORMAT_JPEG_12 && info.format != KS_FORMAT_JPEG_LOSSLESS &&
          info.components <= MAX_COMPS_IN_SCAN;
+}
+
+int32_t DecodeByLibrary(Stream stream, const Plan &plan, const KsBitmap &target) {
+  Decoder decoder = {};
+  const int32_t status = Decode(&decoder, stream, plan, target);
+  jpeg_destroy_decompress(&decoder.state);
+  return status;
 }
 
 bool Recognises(Stream padded) {
@@ -203,6 +192,16 @@ int32_t Inform(Stream stream, PictureInfo *info) {
   return status == SUCCESS ? Describe(header.frame, info) : status;
 }
 
+int32_t CreateBitmap(const PictureInfo &info, KsBitmap *target) {
+  const uint32_t bits = kscodec::DepthOfBitmap(info);
+  uint32_t order = KS_ORDER_BGR;
+  if (info.components == 1) order = bits > 8 ? KS_ORDER_GRAY : KS_ORDER_PALETTE;
+  const int32_t status = KsBitmapCreate(target, sizeof(KsBitmap), KS_BITMAP_OWN, info.width, info.height, bits, order,
+                                        nullptr, 1, nullptr, 0);
+  if (status == SUCCESS) kscore::MarkWritten(*target);
+  return status;
+}
+
 int32_t Load(Stream padded, const KsLoadOptions &options, KsBitmap *target) {
   const Stream stream = kscodec::jpeg::WithoutFill(padded);
   kscodec::jpeg::Header header;
@@ -210,15 +209,13 @@ int32_t Load(Stream padded, const KsLoadOptions &options, KsBitmap *target) {
   int32_t status = ReadHeader(stream, &header);
   if (status == SUCCESS) status = Describe(header.frame, &info);
   if (status != SUCCESS) return status;
-  if (!IsDecoded(info)) return ERROR_NOT_SUPPORTED;
-  const uint32_t order = info.components == 1 ? KS_ORDER_PALETTE : KS_ORDER_BGR;
-  status = KsBitmapCreate(target, sizeof(KsBitmap), KS_BITMAP_OWN, info.width, info.height,
-                          kscodec::DepthOfBitmap(info), order, nullptr, 1, nullptr, 0);
+  const bool isOfLibrary = IsOfLibrary(info);
+  if (!isOfLibrary && info.format == KS_FORMAT_JPEG_PROGRESSIVE) return ERROR_NOT_SUPPORTED;
+  status = CreateBitmap(info, target);
   if (status != SUCCESS) return status;
-  kscore::MarkWritten(*target);
-  Decoder decoder = {};
-  status = Decode(&decoder, WithWholeSegments(stream, header), PlanOf(header, options), *target);
-  jpeg_destroy_decompress(&decoder.state);
+  const Plan plan = PlanOf(header, options);
+  status = isOfLibrary ? DecodeByLibrary(WithWholeSegments(stream, header), plan, *target)
+                       : DecodeOwn(stream, header, plan, *target);
   if (status != SUCCESS) KsBitmapFree(target);
   return status;
 }

@@ -3,6 +3,7 @@
 #include "kscodec/jpeg2000.h"
 
 #include "kscodec/jpeg2000_header.h"
+#include "kscodec/ycc.h"
 #include "kscore/bitmap.h"
 #include "kscore/pixel_forms.h"
 
@@ -195,21 +196,6 @@ void WriteGray(const opj_image_t &image, KsBitmap &bitmap) {
   }
 }
 
-/** From luma and two colour differences in the places of red, green and blue (ISO/IEC 15444-1, annex G.3). */
-void ConvertSyccRow(std::uint8_t *row, std::uint32_t width) {
-  constexpr int kHalf = 1 << 15;
-  const auto level = [](int value) { return static_cast<std::uint8_t>(std::clamp(value >> 16, 0, 255)); };
-  for (std::uint8_t *pixel = row; pixel != row + std::uint64_t{width} * 3; pixel += 3) {
-    const int luma = (pixel[2] << 16) + kHalf;
-    const int blueness = pixel[1] - 128;
-    const int redness = pixel[0] - 128;
-    // The factors of ITU-R BT.601, times 65536.
-    pixel[0] = level(luma + 116130 * blueness);
-    pixel[1] = level(luma - 22554 * blueness - 46802 * redness);
-    pixel[2] = level(luma + 91881 * redness);
-  }
-}
-
 void WriteColors(const opj_image_t &image, const Channels &components, bool isSycc, KsBitmap &bitmap) {
   using Rows = ComponentRows<std::uint8_t>;
   const std::array<Rows, 3> channels = {Rows(image, image.comps[components[0]], 0xFF),
@@ -221,7 +207,7 @@ void WriteColors(const opj_image_t &image, const Channels &components, bool isSy
       std::uint8_t *const first = row + 2 - channel;
       channels[channel].ForRow(y, [first](std::uint64_t x, std::uint8_t value) { first[x * 3] = value; });
     }
-    if (isSycc) ConvertSyccRow(row, bitmap.width);
+    if (isSycc) kscodec::ConvertYccRow(row, bitmap.width);
   }
 }
 

@@ -144,7 +144,7 @@ int32_t MarkerWalk::Next(Segment *segment) {
 
 Component Frame::ComponentAt(size_t index) const {
   const Stream bytes = specifications.subspan(index * kSpecificationBytes, kSpecificationBytes);
-  return {bytes[0], static_cast<uint8_t>(bytes[1] >> 4), static_cast<uint8_t>(bytes[1] & 15)};
+  return {bytes[0], static_cast<uint8_t>(bytes[1] >> 4), static_cast<uint8_t>(bytes[1] & 15), bytes[2]};
 }
 
 Stream WithoutFill(Stream stream) {
@@ -199,8 +199,9 @@ bool IsRgb(const Header &header) {
   if (header.hasAdobe && header.adobeTransform == kAdobeNone) return true;
   if ((header.hasAdobe && header.adobeTransform == kAdobeYCbCr) || header.hasJfif) return false;
   const Frame &frame = header.frame;
-  return frame.components == 3 && frame.ComponentAt(0).id == 'R' && frame.ComponentAt(1).id == 'G' &&
-         frame.ComponentAt(2).id == 'B';
+  if (frame.components != 3) return false;
+  return frame.marker == kSof3 ||
+         (frame.ComponentAt(0).id == 'R' && frame.ComponentAt(1).id == 'G' && frame.ComponentAt(2).id == 'B');
 }
 
 }  // namespace kscodec::jpeg

@@ -59,6 +59,7 @@ struct Component {
   std::uint8_t id = 0;
   std::uint8_t across = 0;
   std::uint8_t down = 0;
+  std::uint8_t quantisation = 0; /**< the number of its table */
 };
 
 /** A frame header: process, size, components. */

@@ -95,6 +95,13 @@ int32_t KsLoadOptionsInit(KsLoadOptions *options, uint32_t bytes) {
   return SUCCESS;
 }
 
+int32_t KsSaveOptionsInit(KsSaveOptions *options, uint32_t bytes) {
+  if (options == nullptr || bytes != sizeof(KsSaveOptions)) return ERROR_INVALID_VALUE;
+  *options = {};
+  options->structureSize = sizeof(KsSaveOptions);
+  return SUCCESS;
+}
+
 int32_t KsFileInfoMemory(const void *buffer, KsFileInfo *info, uint32_t infoBytes, uint64_t size, uint32_t, uint32_t) {
   const bool hasStream = buffer != nullptr && size != 0;
   if (!hasStream || info == nullptr || infoBytes != sizeof(KsFileInfo)) return ERROR_INVALID_VALUE;

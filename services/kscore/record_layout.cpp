@@ -25,6 +25,9 @@ static_assert(sizeof(KsLoadOptions) == 84);
 static_assert(offsetof(KsLoadOptions, loadFlags) == 12);
 static_assert(offsetof(KsLoadOptions, bands) == 36);
 
+static_assert(sizeof(KsSaveOptions) == 1610);
+static_assert(offsetof(KsSaveOptions, saveFlags) == 1606);
+
 static_assert(sizeof(KsFileInfo) == 2316);
 static_assert(offsetof(KsFileInfo, formatId) == 4);
 static_assert(offsetof(KsFileInfo, width) == 1032);
@@ -41,9 +44,6 @@ static_assert(offsetof(KsRawFormatInfo, height) == 12);
 static_assert(offsetof(KsRawFormatInfo, bits) == 16);
 static_assert(offsetof(KsRawFormatInfo, offset) == 28);
 static_assert(offsetof(KsRawFormatInfo, pages) == 36);
-
-static_assert(sizeof(KsSaveOptions) == 1610);
-static_assert(offsetof(KsSaveOptions, saveFlags) == 1606);
 
 static_assert(sizeof(KsVector) == 1056);
 static_assert(offsetof(KsVector, flags) == 916);

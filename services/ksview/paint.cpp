@@ -1,6 +1,7 @@
 #include "ksview/paint.h"
 
 #include "ksblend/blend.h"
+#include "ksblend/enlarge.h"
 #include "kscore/context.h"
 
 namespace ksview {
@@ -15,6 +16,9 @@ std::int32_t PaintOn(KsDeviceContext *context, const KsBitmap *bitmap, const Pai
                                   std::int64_t{rectangle.bottom} - rectangle.top,
                                   paint.source != nullptr ? paint.source->left : 0,
                                   paint.source != nullptr ? paint.source->top : 0};
+  if (ksblend::IsEnlarged(bitmap, placement)) {
+    return ksblend::BlendEnlarged(context->bitmap, bitmap, placement, paint.clip, paint.transparentColor);
+  }
   if (paint.source != nullptr) ksblend::ClipToSource(placement, *paint.source);
   if (paint.clip != nullptr) ksblend::ClipToTarget(placement, *paint.clip);
   return ksblend::Blend(context->bitmap, bitmap, placement, paint.transparentColor);

@@ -247,6 +247,34 @@ TEST_F(CombineTest, RefusesWhatItCannotCombine) {
   EXPECT_EQ(KsCombine(bitmap.Get(), 0, 0, 5, 5, bitmap.Get(), 0, 0, 289, 0), ERROR_NOT_SUPPORTED);
 }
 
+TEST_F(CombineTest, AnEnlargedBitmapIsTheSamePaintedAndCombinedAndUnderAClip) {
+  KsLocalBitmap source;
+  KsLocalBitmap combined;
+  KsLocalBitmap painted;
+  ASSERT_TRUE(Create(source, 3, 2, 8) == SUCCESS && Create(combined, 12, 12, 24) == SUCCESS);
+  ASSERT_EQ(Create(painted, 12, 12, 24), SUCCESS);
+  SetStorage(*source.Get(), {0, 90, 255, 0, 7, 0, 120, 0});
+  source->flags |= KS_BITMAP_ENLARGED;
+  ASSERT_EQ(KsCombine(combined.Get(), 1, -2, 11, 14, source.Get(), 0, 0, 288, 0), SUCCESS);
+  const Bytes storage = StorageOf(*combined.Get());
+  EXPECT_EQ(PixelOf(*combined.Get(), storage, 0, 5), 0u);
+  EXPECT_EQ(PixelOf(*combined.Get(), storage, 11, 11), 0x787878u);
+  const KsLocalContext context(painted.Get());
+  const KsRect rectangle = {1, -2, 12, 12};
+  for (const KsRect &clip : {KsRect{0, 0, 5, 12}, KsRect{5, 0, 12, 12}}) {
+    ASSERT_EQ(KsPaintTransparent(context.Get(), source.Get(), nullptr, &clip, &rectangle, nullptr, 1000, 1, 1, 1, 1, 1,
+                                 1, 1, 0x787878, 1, 1, KS_ROP_COPY),
+              SUCCESS);
+  }
+  // What has the transparent colour is left black.
+  for (uint32_t y = 0; y < 12; ++y) {
+    for (uint32_t x = 0; x < 12; ++x) {
+      const uint64_t pixel = PixelOf(*combined.Get(), storage, x, y);
+      EXPECT_EQ(PixelOf(*painted.Get(), StorageOf(*painted.Get()), x, y), pixel == 0x787878 ? 0 : pixel);
+    }
+  }
+}
+
 TEST_F(CombineTest, PaintingKeepsToSourceClipAndRectangle) {
   KsLocalBitmap source;
   KsLocalBitmap target;

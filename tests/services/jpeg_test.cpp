@@ -465,11 +465,11 @@ HeaderCase Refused(const char *name, const Bytes &markers, int32_t status = ERRO
 INSTANTIATE_TEST_SUITE_P(
     Headers, JpegHeader,
     testing::Values(
-        Told("twelveBits", FrameOf(0xC1, 12, 9, 9, 1), KS_FORMAT_JPEG_12, 12, ERROR_NOT_SUPPORTED),
-        Told("lossless", FrameOf(0xC3, 16, 9, 9, 1), KS_FORMAT_JPEG_LOSSLESS, 16, ERROR_NOT_SUPPORTED),
+        Told("twelveBits", FrameOf(0xC1, 12, 9, 9, 1), KS_FORMAT_JPEG_12, 12, ERROR_FILE_FORMAT),
+        Told("lossless", FrameOf(0xC3, 16, 9, 9, 1), KS_FORMAT_JPEG_LOSSLESS, 16, ERROR_FILE_FORMAT),
         Told("extendedWithoutQuantisation", FrameOf(0xC1, 8, 9, 9, 3), KS_FORMAT_JPEG, 24, ERROR_FILE_FORMAT),
         Told("aboveTheLimit", FrameOf(0xC0, 8, 65000, 65000, 3), KS_FORMAT_JPEG, 24, ERROR_NO_MEMORY),
-        Told("moreComponentsThanAreDecoded", FrameOf(0xC0, 8, 9, 9, 5), KS_FORMAT_JPEG_MANY, 40, ERROR_NOT_SUPPORTED),
+        Told("manyProgressive", FrameOf(0xC2, 8, 9, 9, 5), KS_FORMAT_JPEG_PROGRESSIVE, 40, ERROR_NOT_SUPPORTED),
         Refused("arithmetic", FrameOf(0xC9, 8, 9, 9, 1), ERROR_NOT_SUPPORTED),
         Refused("hierarchical", FrameOf(0xC5, 8, 9, 9, 1), ERROR_NOT_SUPPORTED),
         Refused("progressiveOfTwelveBits", FrameOf(0xC2, 12, 9, 9, 1), ERROR_NOT_SUPPORTED),
@@ -546,6 +546,9 @@ TEST_F(JpegTest, UnusableArgumentsAreRefused) {
   KsLoadOptions options = {};
   EXPECT_EQ(KsLoadOptionsInit(nullptr, sizeof options), ERROR_INVALID_VALUE);
   EXPECT_EQ(KsLoadOptionsInit(&options, sizeof options + 1), ERROR_INVALID_VALUE);
+  KsSaveOptions saving;
+  EXPECT_EQ(KsSaveOptionsInit(&saving, sizeof saving), SUCCESS);
+  EXPECT_EQ(KsSaveOptionsInit(&saving, sizeof saving - 1), ERROR_INVALID_VALUE);
   KsLocalBitmap bitmap;
   const auto load = [&](int32_t bits, int32_t order) {
     return KsLoadMemory(stream.data(), bitmap.Get(), sizeof(KsBitmap), bits, order, stream.size(), nullptr, nullptr);
