@@ -25,7 +25,7 @@ class BitReader {
       window = window << 8 | data[next++];
     }
     held -= bits;
-    return static_cast<std::uint32_t>(window >> held & 0xFFFFFFFFU >> (32 - bits));
+    return static_cast<std::uint32_t>(window >> held & ((std::uint64_t{1} << bits) - 1));
   }
 
   void ToWord() {

@@ -32,7 +32,7 @@ Color ColorOf(const std::array<std::uint32_t, 3> &components, const ColorExtent 
 }
 
 ColorExtent FullExtent(unsigned bits) {
-  const std::uint32_t greatest = 0xFFFFFFFF >> (32 - bits);
+  const auto greatest = static_cast<std::uint32_t>((std::uint64_t{1} << bits) - 1);
   return {{}, {greatest, greatest, greatest}};
 }
 
