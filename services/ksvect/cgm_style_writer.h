@@ -5,11 +5,12 @@
 
 #include <array>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace ksvect::cgm {
 
-/** So that rows may be written twice. */
+/** Cells of a row or a column: so that rows may be written twice. */
 constexpr std::uint32_t kMostCellsOfSide = 0x3FFFFFFF;
 
 /** The parts of a style that show on an object, as bits. */
@@ -35,9 +36,10 @@ bool HasAllCells(const Cells &cells) {
 /** Writes the attributes that an object needs and that aren't in force yet. */
 class StyleWriter {
  public:
-  /** Modes that aren't known yet are collected. */
+  /** Modes that aren't known yet are collected. The drawing and the encoder must outlive this. */
   StyleWriter(Encoder &target, const Drawing &source, const Modes &known);
 
+  /** A style by its number in the drawing, and what an object uses of it. */
   void Write(std::uint32_t number, std::uint32_t uses);
 
   const Modes &BeginsWith() const { return modes; }
@@ -45,6 +47,7 @@ class StyleWriter {
   /** In the order of their numbers, from 1 on. */
   const std::vector<Face> &Faces() const { return faces; }
 
+  // Parameters that depend on what was written before.
   void FontIndex(const TextStyle &text);
   void PatternVectors(const FillStyle &fill);
   void PatternIndex(const FillStyle &fill) { encoder.Index(patternNumbers[fill.pattern]); }

@@ -4,6 +4,7 @@
 #include "ksvect/cgm_shape_writer.h"
 #include "ksvect/cgm_style_writer.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <string_view>
@@ -81,9 +82,9 @@ class MetafileWriter {
   }
 
  private:
-  /** Adds the extent to the survey. */
+  /** Adds the extent to the survey. That of the bounds is rounded outwards where that spares a whole drawing reals. */
   bool AddExtent(Encoder &survey) {
-    if (!drawing.hasExtent && survey.Seen().nearlyWhole) {
+    if (!drawing.hasExtent && IsWhole(survey.Seen())) {
       extent = {{std::floor(extent.low.x), std::floor(extent.low.y)},
                 {std::ceil(extent.high.x), std::ceil(extent.high.y)}};
     }
@@ -94,16 +95,21 @@ class MetafileWriter {
 
   bool IsUpsideDown() const { return hasExtent && extent.low.y < extent.high.y; }
 
+  /** Whether a 65536th of a unit doesn't show. */
+  bool HasSmallUnits() const {
+    return std::max(extent.high.x - extent.low.x, extent.high.y - extent.low.y) >= kLeastFixedSide;
+  }
+  bool IsWhole(const cgm::NumberSurvey &seen) const { return seen.whole || (seen.nearlyWhole && HasSmallUnits()); }
+
   Forms FormsFor(const cgm::NumberSurvey &seen) const {
-    const bool coarse = std::max(extent.high.x - extent.low.x, extent.high.y - extent.low.y) >= kLeastFixedSide;
-    const bool whole = seen.whole || (coarse && seen.nearlyWhole);
+    const bool whole = IsWhole(seen);
     Forms forms;
     if (whole && seen.vdc <= std::numeric_limits<std::int16_t>::max()) {
       forms.vdc = VdcForm::Integer16;
     } else if (whole && seen.vdc <= std::numeric_limits<std::int32_t>::max()) {
       forms.vdc = VdcForm::Integer32;
     } else {
-      forms.vdc = coarse && seen.vdc < kFixedLimit ? VdcForm::Fixed32 : VdcForm::Float64;
+      forms.vdc = HasSmallUnits() && seen.vdc < kFixedLimit ? VdcForm::Fixed32 : VdcForm::Float64;
     }
     forms.floatingReals = seen.real >= kFixedLimit;
     forms.longIntegers = seen.integer > std::numeric_limits<std::int16_t>::max();
