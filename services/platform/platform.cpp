@@ -1,8 +1,11 @@
 #include "platform/platform.h"
 
 #include "kscore/context.h"
+#include "ksvect/painter.h"
 
 #include <cstdio>
+#include <new>
+#include <utility>
 
 namespace {
 
@@ -59,6 +62,31 @@ int SaveDC(KsDeviceContext *context) {
 bool RestoreDC(KsDeviceContext *context, int saved) {
   if (context == nullptr) return false;
   return kscore::RestoreState(*context, saved == -1 ? static_cast<int>(context->savedCount) : saved);
+}
+
+std::uint32_t SetTextColor(KsDeviceContext *context, std::uint32_t color) {
+  return context == nullptr ? CLR_INVALID : std::exchange(context->state.textColor, color);
+}
+
+std::uint32_t SetBkColor(KsDeviceContext *context, std::uint32_t color) {
+  return context == nullptr ? CLR_INVALID : std::exchange(context->state.backgroundColor, color);
+}
+
+int SetBkMode(KsDeviceContext *context, int mode) {
+  if (context == nullptr || (mode != TRANSPARENT && mode != OPAQUE)) return 0;
+  return static_cast<int>(
+      std::exchange(context->state.backgroundMode, static_cast<kscore::BackgroundMode>(mode)));
+}
+
+bool TextOutA(KsDeviceContext *context, std::int32_t x, std::int32_t y, const char *text, std::int32_t length) try {
+  if (context == nullptr || text == nullptr || length < 0) return false;
+  const kscore::ContextState &state = context->state;
+  const bool opaque = state.backgroundMode == kscore::BackgroundMode::opaque;
+  const std::string_view characters(text, static_cast<std::size_t>(length));
+  const ksvect::ScreenText line = {x, y, characters, state.textColor, opaque, state.backgroundColor};
+  return ksvect::PaintScreenText(line, *context->bitmap) == SUCCESS;
+} catch (const std::bad_alloc &) {
+  return false;
 }
 
 }  // namespace platform

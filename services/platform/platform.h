@@ -38,4 +38,28 @@ KS_API int SaveDC(KsDeviceContext *context);
 /** Brings back a kept state and drops those kept after it; -1 is the last one. False where there is no such state. */
 KS_API bool RestoreDC(KsDeviceContext *context, int saved);
 
+// What texts on a context look like. A new context has black text on white, and fills the background.
+
+/** The background modes. */
+constexpr int TRANSPARENT = 1;
+constexpr int OPAQUE = 2;
+
+/** What the colour calls give for a null context. */
+constexpr std::uint32_t CLR_INVALID = 0xFFFFFFFF;
+
+/** Sets the colour of texts: the one before. */
+KS_API std::uint32_t SetTextColor(KsDeviceContext *context, std::uint32_t color);
+
+/** Sets the colour behind texts: the one before. */
+KS_API std::uint32_t SetBkColor(KsDeviceContext *context, std::uint32_t color);
+
+/** Sets whether the box behind texts is filled: the mode before, or 0 for a null context or an unknown mode. */
+KS_API int SetBkMode(KsDeviceContext *context, int mode);
+
+/**
+ * Writes `length` bytes of Latin 1 with the upper left corner of the first character's cell at (x, y). False where it
+ * can't be done: a null argument, a negative length, or a bitmap that texts can't be written on.
+ */
+KS_API bool TextOutA(KsDeviceContext *context, std::int32_t x, std::int32_t y, const char *text, std::int32_t length);
+
 }  // namespace platform
