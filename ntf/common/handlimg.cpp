@@ -81,8 +81,7 @@ std::int32_t DecodeUncompressed(const ImageSource &source, KsBitmap *target) {
   return status == SUCCESS ? ReadWhole(*reader, target) : status;
 }
 
-/** The codec gives 1 for white, where the format counts black as 1: the two colours of the image's table change places.
- */
+/** The codec gives 1 for white, where the format counts black as 1: the colours of the image's table change places. */
 void CrossPalette(const ImageSubheader &image, KsBitmap *target) {
   constexpr std::uint32_t kColors = 2;
   if (image.lut == nullptr || image.lutCount < kColors) return;
