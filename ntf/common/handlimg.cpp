@@ -81,8 +81,7 @@ std::int32_t DecodeUncompressed(const ImageSource &source, KsBitmap *target) {
   return status == SUCCESS ? ReadWhole(*reader, target) : status;
 }
 
-/** The codec gives 1 for white, where the format counts black as 1: the two colours of the image's table change places.
- */
+/** The codec gives 1 for white, where the format counts black as 1: the colours of the image's table change places. */
 void CrossPalette(const ImageSubheader &image, KsBitmap *target) {
   constexpr std::uint32_t kColors = 2;
   if (image.lut == nullptr || image.lutCount < kColors) return;
@@ -125,18 +124,9 @@ std::int32_t Decode(FilterLoadRecord *loadContext, const ImageSource &source, Ks
     case kC1:
     case kM1:
       return DecodeBilevel(loadContext, source, target);
-    case kC3:
-    case kC5:
-    case kC6:
-    case kC8:
-    case kI1:
-    case kM3:
-    case kM5:
-    case kM6:
-    case kM8:
-      return DecodeCodecImage(loadContext, source, target);
     default:
-      return ERROR_NOT_SUPPORTED;
+      return HasCodec(*source.image) ? DecodeCodecImage(loadContext, source, target)
+                                     : static_cast<std::int32_t>(ERROR_NOT_SUPPORTED);
   }
 }
 
@@ -230,6 +220,7 @@ std::int32_t DecodeImageInParts(FilterLoadRecord *loadContext, const NitfFile *f
     return status == SUCCESS ? ReadInStrips(*reader, *image, sink) : status;
   }
   if (image != nullptr && IsVectorQuantised(*image)) return DecodeVqInParts(OpenSource(file, image, index), sink);
+  if (image != nullptr && IsTiled(*image)) return DecodeTilesInParts(loadContext, OpenSource(file, image, index), sink);
   KsLocalBitmap whole;
   const std::int32_t status = DecodeImageSegment(loadContext, file, index, whole.Get());
   return status == SUCCESS ? sink.Place(whole.Get(), 0, whole->height) : status;

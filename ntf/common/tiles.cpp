@@ -114,7 +114,7 @@ class TileDecoder {
   std::int32_t Place(KsLocalBitmap &bitmap, std::uint64_t block) {
     bitmap->order = target->order;
     const auto left = static_cast<std::int32_t>(block % grid.across * grid.width);
-    const auto top = static_cast<std::int32_t>(block / grid.across * grid.height);
+    const auto top = static_cast<std::int32_t>(block / grid.across * grid.height - targetTop);
     const std::int32_t status = KsCombine(target, left, top, static_cast<std::int32_t>(bitmap->width),
                                           static_cast<std::int32_t>(bitmap->height), bitmap.Get(), 0, 0, 288, 0);
     KsBitmapFree(bitmap.Get());
@@ -125,6 +125,7 @@ class TileDecoder {
   const ImageSource &source;
   ImageSubheader &image;
   KsBitmap *target;
+  std::uint64_t targetTop = 0; /**< the row of the image that the target begins with */
   BlockGrid grid;
   BlockMask mask;
 };
@@ -134,26 +135,59 @@ class TileWalk : public TileDecoder {
  public:
   using TileDecoder::TileDecoder;
 
-  std::int32_t Run() {
+  /** With a sink the target holds one row of blocks, and goes there when it is complete. */
+  std::int32_t Run(ImagePartSink *partSink) {
+    sink = partSink;
     TileCursor cursor(source);
     std::int32_t status = SUCCESS;
     for (std::uint64_t block = 0; block < grid.count; ++block) {
+      if (block % grid.across == 0) BeginRow(block / grid.across);
       const bool isAbsent = mask.HasBlockMask() && mask.BlockWord(block) == kNotRecorded;
-      if (!isAbsent) {
+      if (isAbsent) {
+        const std::int32_t blanked = Blank(block);
+        if (blanked != SUCCESS) return blanked;
+      } else {
         Tile tile;
         const std::int32_t read = mask.HasBlockMask() ? ReadMasked(block, &tile) : ReadNext(cursor, block, &tile);
         if (read != SUCCESS) return read;
-        status = IsAccepted(tile) ? Draw(tile, block) : static_cast<std::int32_t>(NITF_UNSUPPORTED_TILE);
+        status = IsAccepted(tile) ? Draw(tile, block) : Refuse(block);
         if (status != SUCCESS && status != NITF_UNSUPPORTED_TILE) return status;
       }
       // A tile that is refused is forgiven when a later one of its round can be drawn.
       const bool endsRound = (block + 1) % grid.down == 0;
       if (endsRound && status != SUCCESS) return status;
+      const bool endsRow = (block + 1) % grid.across == 0;
+      const std::int32_t ended = endsRow ? EndRow() : static_cast<std::int32_t>(SUCCESS);
+      if (ended != SUCCESS) return ended;
     }
     return status;
   }
 
  private:
+  /** Full colour goes right into its place where that can be had. */
+  void BeginRow(std::uint64_t row) {
+    if (sink == nullptr) return;
+    targetTop = row * grid.height;
+    isLent = TargetDepth(image) == 24 && sink->Lend(lent.Get(), static_cast<std::uint32_t>(targetTop), grid.height);
+    target = isLent ? lent.Get() : held;
+  }
+
+  std::int32_t EndRow() {
+    if (sink == nullptr || isLent) return SUCCESS;
+    return sink->Place(target, static_cast<std::uint32_t>(targetTop), target->height);
+  }
+
+  /** Clears the place of a block that no tile covers: a target of one row has that of the row before. */
+  std::int32_t Blank(std::uint64_t block) {
+    if (sink == nullptr) return SUCCESS;
+    KsLocalBitmap empty;
+    const std::int32_t status = KsBitmapCreate(empty.Get(), sizeof(KsBitmap), KS_BITMAP_OWN, grid.width, grid.height,
+                                               target->bitsPerPixel, target->order, nullptr, 1, nullptr, 0);
+    return status == SUCCESS ? Place(empty, block) : status;
+  }
+
+  bool Covers(const KsBitmap &bitmap) const { return bitmap.width >= grid.width && bitmap.height >= grid.height; }
+
   std::int32_t ReadNext(TileCursor &cursor, std::uint64_t block, Tile *tile) {
     std::int64_t offset = 0;
     std::uint32_t size = 0;
@@ -178,9 +212,15 @@ class TileWalk : public TileDecoder {
     KsLocalBitmap bitmap;
     std::int32_t status = Load(tile, options, bitmap.Get());
     if (status == SUCCESS && drawn == 0) status = TakeDepthOf(*bitmap.Get());
+    if (status == SUCCESS && !Covers(*bitmap.Get())) status = Blank(block);
     if (status == SUCCESS) status = Place(bitmap, block);
     if (status == SUCCESS) ++drawn;
     return status;
+  }
+
+  std::int32_t Refuse(std::uint64_t block) {
+    const std::int32_t status = Blank(block);
+    return status == SUCCESS ? static_cast<std::int32_t>(NITF_UNSUPPORTED_TILE) : status;
   }
 
   static bool AddPrefix(Tile &tile) {
@@ -193,6 +233,10 @@ class TileWalk : public TileDecoder {
     return true;
   }
 
+  ImagePartSink *sink = nullptr;
+  KsBitmap *held = target; /**< the target that is the caller's */
+  KsLocalBitmap lent;
+  bool isLent = false;
   std::uint64_t drawn = 0;
 };
 
@@ -287,15 +331,39 @@ std::int32_t DescribeRaw(KsRawFormatInfo *info, void *userData) {
   return SUCCESS;
 }
 
+bool HasStreamsOfBands(const ImageSubheader &image) {
+  return image.bandCount > 1 && image.mode == kBandSequential;
+}
+
 }  // namespace
+
+bool HasCodec(const ImageSubheader &image) {
+  constexpr std::uint32_t kCodes[] = {kC3, kC5, kC6, kC8, kI1, kM3, kM5, kM6, kM8};
+  return std::find(std::begin(kCodes), std::end(kCodes), image.compression) != std::end(kCodes);
+}
 
 std::int32_t DecodeCodecImage(FilterLoadRecord *loadContext, const ImageSource &source, KsBitmap *target) {
   const LoadFunctions functions(loadContext);
   const ImageSubheader &image = *source.image;
   const bool isJpeg2000 = image.compression == kC8 || image.compression == kM8;
   if (BlockGrid(image).IsSingle() || isJpeg2000) return DecodeSingleStream(functions, source, target);
-  if (image.bandCount > 1 && image.mode == kBandSequential) return BandWalk(functions, source, target).Run();
-  return TileWalk(functions, source, target).Run();
+  if (HasStreamsOfBands(image)) return BandWalk(functions, source, target).Run();
+  return TileWalk(functions, source, target).Run(nullptr);
+}
+
+bool IsTiled(const ImageSubheader &image) {
+  return HasCodec(image) && image.compression != kC8 && image.compression != kM8 && !BlockGrid(image).IsSingle() &&
+         !HasStreamsOfBands(image);
+}
+
+std::int32_t DecodeTilesInParts(FilterLoadRecord *loadContext, const ImageSource &source, ImagePartSink &sink) {
+  const ImageSubheader &image = *source.image;
+  std::int32_t status = CheckTargetSize(image);
+  KsLocalBitmap row;
+  if (status == SUCCESS) status = CreateTarget(row.Get(), image, PaddedWidth(image), BlockHeight(image));
+  if (status != SUCCESS) return status;
+  const LoadFunctions functions(loadContext);
+  return TileWalk(functions, source, row.Get()).Run(&sink);
 }
 
 std::int32_t DecodeBilevelStream(FilterLoadRecord *loadContext, const ImageSource &source, KsBitmap *target) {

@@ -12,5 +12,17 @@
  */
 std::int32_t DecodeCodecImage(FilterLoadRecord *loadContext, const ImageSource &source, KsBitmap *target);
 
+/** Whether the IC of an image is one of those. */
+bool HasCodec(const ImageSubheader &image);
+
+/** Whether each block of the image is a stream of its own, with all bands. */
+bool IsTiled(const ImageSubheader &image);
+
+/**
+ * The same for such an image, one row of blocks after the other, so that no more of it is in memory. Where a tile
+ * fails, the rows in front of it are with the sink already.
+ */
+std::int32_t DecodeTilesInParts(FilterLoadRecord *loadContext, const ImageSource &source, ImagePartSink &sink);
+
 /** The same for a bi-level stream (IC C1, M1), which has no header of its own and fills the target as it is. */
 std::int32_t DecodeBilevelStream(FilterLoadRecord *loadContext, const ImageSource &source, KsBitmap *target);

@@ -1,6 +1,7 @@
 #include "tilesearch.h"
 
 #include <array>
+#include <cstring>
 
 namespace {
 
@@ -56,6 +57,9 @@ std::int32_t TileCursor::FindEnd(std::uint32_t *size) {
     if (source.Read(start + passed, window.data(), window.size()) != SUCCESS) return ERROR_FILE_READ;
     // The tile's own mark is its first byte.
     for (std::uint32_t at = 1; at <= kStep; ++at) {
+      const void *const prefix = std::memchr(window.data() + at, 0xFF, kStep + 1 - at);
+      if (prefix == nullptr) break;
+      at = static_cast<std::uint32_t>(static_cast<const std::uint8_t *>(prefix) - window.data());
       if (!IsMark(window, at) || at + 1 >= remaining) continue;
       *size = passed + at;
       return SUCCESS;

@@ -3,6 +3,9 @@
 #include "ksblend/bit_copy.h"
 #include "kscore/pixel_forms.h"
 
+#include <array>
+#include <cstring>
+
 namespace ksblend {
 namespace {
 
@@ -51,6 +54,34 @@ struct FromLevels {
     }
   }
 };
+
+/** For each byte of eight pixels of a bit: FF in the bytes of those that are 1, the leftmost in the lowest byte. */
+constexpr std::array<std::uint64_t, 256> kOnesOfByte = [] {
+  std::array<std::uint64_t, 256> ones = {};
+  for (std::uint32_t byte = 0; byte < ones.size(); ++byte) {
+    for (std::uint32_t pixel = 0; pixel < 8; ++pixel) {
+      if ((byte >> (7 - pixel) & 1) != 0) ones[byte] |= std::uint64_t{0xFF} << (8 * pixel);
+    }
+  }
+  return ones;
+}();
+
+/** Two levels, eight pixels at a time. */
+template <>
+void FromLevels<kscore::Index1>::ToByte(const RowTables &tables, const std::uint8_t *source, std::uint64_t sourceX,
+                                        std::uint8_t *target, std::uint64_t targetX, std::uint64_t count) {
+  constexpr std::uint64_t kEach = 0x0101010101010101;
+  const std::uint64_t zeros = tables.indices[0] * kEach;
+  const std::uint64_t changes = zeros ^ tables.indices[1] * kEach;
+  std::uint8_t *const out = target + targetX;
+  std::uint64_t i = 0;
+  for (; i < count && (sourceX + i) % 8 != 0; ++i) out[i] = tables.indices[kscore::Index1::Level(source, sourceX + i)];
+  for (; i + 8 <= count; i += 8) {
+    const std::uint64_t pixels = zeros ^ (kOnesOfByte[source[(sourceX + i) / 8]] & changes);
+    std::memcpy(out + i, &pixels, sizeof pixels);
+  }
+  for (; i < count; ++i) out[i] = tables.indices[kscore::Index1::Level(source, sourceX + i)];
+}
 
 /** Rows of forms whose pixels are colours. */
 template <class Source>

@@ -125,8 +125,7 @@ Selection Select(const Jpeg2000Header &header, const kscodec::Jpeg2000Coding &co
   return selection;
 }
 
-// ---- from components to rows
-// -----------------------------------------------------------------------------------------
+// ---- from components to rows ----------------------------------------------------------------------------------------
 
 /** Samples of one component at the pixels of the picture, scaled to `Sample`. */
 template <class Sample>
@@ -211,8 +210,7 @@ void WriteColors(const opj_image_t &image, const Channels &components, bool isSy
   }
 }
 
-// ---- decoding
-// --------------------------------------------------------------------------------------------------------
+// ---- decoding -------------------------------------------------------------------------------------------------------
 
 /** The status of KsBitmapCreate for what the decoded components take, which is bounded by four times its limit. */
 std::int32_t CheckDecodedSize(const Jpeg2000Header &header, std::uint64_t decoded) {
@@ -361,8 +359,7 @@ std::int32_t Decode(Stream stream, const KsLoadOptions &options, KsBitmap *targe
   return Write(image, places, isGray, *header, header->colors.isSycc && !wantsBands && components >= 3, target);
 }
 
-// ---- the codec
-// -------------------------------------------------------------------------------------------------------
+// ---- the codec ------------------------------------------------------------------------------------------------------
 
 bool Recognises(Stream stream) {
   return kscodec::IsJp2(stream) || kscodec::IsCodeStream(stream);

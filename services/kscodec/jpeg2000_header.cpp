@@ -139,6 +139,15 @@ double PrecinctsOf(Stream style, bool hasSizes, std::uint32_t width, std::uint32
   return precincts;
 }
 
+/** About the code blocks of a component: their sides stand behind the number of levels, as exponents less 2. */
+double CodeBlocksOf(Stream style, std::uint32_t width, std::uint32_t height) {
+  if (style.size() < 3) return 0;
+  const auto along = [](std::uint32_t extent, std::uint32_t exponent) {
+    return static_cast<double>((std::uint64_t{extent} >> (exponent % 16 + 2)) + 1);
+  };
+  return along(width, style[1]) * along(height, style[2]);
+}
+
 /** Gathers what the marker segments of the main header and of tile parts say. */
 class CodingReader {
  public:
@@ -162,6 +171,7 @@ class CodingReader {
  private:
   void Add(Stream style, bool hasSizes, std::uint32_t components, bool inTile) {
     const double tiles = inTile ? 1 : static_cast<double>(size.tiles);
+    coding.codeBlocks += CodeBlocksOf(style, size.tileWidth, size.tileHeight) * tiles * components;
     coding.packets += PrecinctsOf(style, hasSizes, size.tileWidth, size.tileHeight) * tiles * layers * components;
   }
 
@@ -234,11 +244,14 @@ bool IsPlausible(const Jpeg2000Header &header, const Jpeg2000Coding &coding) {
   constexpr double kTilePartHeader = 14;
   constexpr double kPacketsOfAByte = 64;
   constexpr double kPacketsOfNone = 65536;
+  constexpr double kCodeBlocksOfAByte = 64;
+  constexpr double kCodeBlocksOfNone = 262144;
   const Jpeg2000Size &size = header.size;
   const auto bytes = static_cast<double>(header.codeStream.size());
   const double samples = static_cast<double>(size.width) * size.height * size.components;
   if (samples > kSamplesOfAByte * bytes + kSamplesOfNone) return false;
   if (static_cast<double>(size.tiles) * (kTilePartHeader + size.components) > bytes) return false;
+  if (coding.codeBlocks > kCodeBlocksOfAByte * bytes + kCodeBlocksOfNone) return false;
   return coding.packets <= kPacketsOfAByte * bytes + kPacketsOfNone;
 }
 

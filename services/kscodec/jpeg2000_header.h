@@ -44,6 +44,7 @@ std::optional<Jpeg2000Header> ReadJpeg2000Header(Stream stream);
 struct Jpeg2000Coding {
   bool mixesComponents = false; /**< the first three components of some tile are stored as mixtures of each other */
   double packets = 0;           /**< about as many as the stream should have; no fewer than half of them */
+  double codeBlocks = 0;        /**< about as many as a decoder keeps account of */
 };
 
 Jpeg2000Coding ReadJpeg2000Coding(const Jpeg2000Header &header);
@@ -52,7 +53,9 @@ Jpeg2000Coding ReadJpeg2000Coding(const Jpeg2000Header &header);
  * Whether a stream is long enough for what it claims, so that a few bytes can't ask for much memory and time:
  *   - no more than 4096 samples for each byte, and 64 Mi for none, far beyond what pictures are compressed to;
  *   - the tiles each have their header, of 14 bytes, and a byte for each component;
- *   - no more than 64 packets for each byte, and 65536 for none, where sound streams have one byte for each at least.
+ *   - no more than 64 packets for each byte, and 65536 for none, where sound streams have one byte for each at least;
+ *   - no more than 64 code blocks for each byte, and 262144 for none, which are four times those of 8192 by 8192 pixels
+ *     of one colour in blocks of 32 by 32.
  */
 bool IsPlausible(const Jpeg2000Header &header, const Jpeg2000Coding &coding);
 

@@ -86,8 +86,7 @@ struct Header {
   Stream entropy;                  /**< what follows it */
 };
 
-/** The stream without the bytes FF that may fill the space in front of its start of image, as in front of any marker.
- */
+/** The stream without the bytes FF that may fill the space in front of its start of image. */
 Stream WithoutFill(Stream stream);
 
 /**

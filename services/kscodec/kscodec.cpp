@@ -49,8 +49,7 @@ int32_t LoadWithHeader(Stream stream, const KsLoadOptions &options, KsBitmap *bi
   return status == SUCCESS ? codec->load(stream, options, bitmap) : status;
 }
 
-/** A stream without a header: the redirect's callback tells its form, and the pixels go into the bitmap as it stands.
- */
+/** A stream without a header: the redirect tells its form, and the pixels go into the bitmap that is there. */
 int32_t LoadRaw(Stream stream, const kscodec::Redirect &answer, KsBitmap *bitmap) {
   KsRawFormatInfo info = {};
   const int32_t status = answer.callback(&info, answer.userData);

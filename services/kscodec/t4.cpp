@@ -165,7 +165,13 @@ std::uint16_t FillOrderOf(Stream stream) {
 /** The decoder has black as 1; the pad bits of the last byte stay 0. */
 void PutInverse(const std::uint8_t *decoded, std::uint32_t width, std::uint8_t *row) {
   const std::uint32_t bytes = (width + 7) / 8;
-  for (std::uint32_t at = 0; at < bytes; ++at) row[at] = static_cast<std::uint8_t>(~decoded[at]);
+  std::uint32_t at = 0;
+  for (std::uint64_t eight = 0; at + sizeof eight <= bytes; at += sizeof eight) {
+    std::memcpy(&eight, decoded + at, sizeof eight);
+    eight = ~eight;
+    std::memcpy(row + at, &eight, sizeof eight);
+  }
+  for (; at < bytes; ++at) row[at] = static_cast<std::uint8_t>(~decoded[at]);
   if (width % 8 != 0) row[bytes - 1] = static_cast<std::uint8_t>(row[bytes - 1] & (0xFF00U >> (width % 8)));
 }
 

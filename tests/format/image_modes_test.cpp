@@ -29,6 +29,25 @@ std::vector<BandSpec> Bands(std::initializer_list<const char *> tags) {
   return bands;
 }
 
+/** Composes an image, all of whose pixels have to be what `expected` gives for row and column. */
+template <class Expected>
+void ExpectPicture(const ImageSpec &image, const Expected &expected) {
+  const Composition picture = Compose(NitfBuilder().Image(image));
+  ASSERT_EQ(picture.status, SUCCESS);
+  ASSERT_EQ(picture.width, image.BlocksPerRow() * image.BlockWidth());
+  ASSERT_EQ(picture.height, image.BlocksPerColumn() * image.BlockHeight());
+  for (std::uint32_t row = 0; row < picture.height; ++row) {
+    for (std::uint32_t column = 0; column < picture.width; ++column) {
+      ASSERT_EQ(picture.At(row, column), expected(row, column)) << row << ", " << column;
+    }
+  }
+}
+
+/** The first three bands. */
+std::uint32_t Color8(std::uint32_t row, std::uint32_t column) {
+  return Rgb(Sample8(0, row, column), Sample8(1, row, column), Sample8(2, row, column));
+}
+
 /** Decodes image 0 of a file as the composition does, and gives what its bitmap holds. */
 struct Decoded {
   explicit Decoded(const NitfBuilder &builder) : file(builder) {
@@ -76,21 +95,12 @@ TEST_P(ColorModes, ShowTheTaggedBandsOfEveryBlock) {
   const ColorCase &given = GetParam();
   ImageSpec image = ColorImage(given);
   image.data = LayOut(image, Sample8);
-  const Composition picture = Compose(NitfBuilder().Image(image));
-  ASSERT_EQ(picture.status, SUCCESS);
-  ASSERT_EQ(picture.width, image.BlocksPerRow() * given.blockWidth);
-  ASSERT_EQ(picture.height, image.BlocksPerColumn() * given.blockHeight);
-  for (std::uint32_t row = 0; row < picture.height; ++row) {
-    // In mode P the last row of a block repeats the one before it.
+  ExpectPicture(image, [&](std::uint32_t row, std::uint32_t column) {
+    // In mode P the last row of a block repeats the one before it, and is black where there is none.
     const bool repeats = given.mode == 'P' && (row + 1) % given.blockHeight == 0;
-    const std::uint32_t from = repeats ? row - 1 : row;
-    for (std::uint32_t column = 0; column < picture.width; ++column) {
-      const bool black = repeats && given.blockHeight == 1;
-      const std::uint32_t expected =
-          black ? 0 : Rgb(Sample8(0, from, column), Sample8(1, from, column), Sample8(2, from, column));
-      ASSERT_EQ(picture.At(row, column), expected) << row << ", " << column;
-    }
-  }
+    if (repeats && given.blockHeight == 1) return 0U;
+    return Color8(repeats ? row - 1 : row, column);
+  });
 }
 
 std::vector<ColorCase> ColorCases() {
@@ -153,17 +163,11 @@ TEST_P(Masks, LeaveAnAbsentBlockBlackAndFindTheOthers) {
     }
     image.data = apart;
   }
-  const Composition picture = Compose(NitfBuilder().Image(image));
-  ASSERT_EQ(picture.status, SUCCESS);
-  for (std::uint32_t row = 0; row < 4; ++row) {
-    for (std::uint32_t column = 0; column < 9; ++column) {
-      const bool black = left && row / 2 * 3 + column / 3 == kAbsentBlock;
-      const std::uint32_t from = mode == 'P' ? row & ~1U : row;
-      const std::uint32_t expected =
-          black ? 0 : Rgb(Sample8(0, from, column), Sample8(1, from, column), Sample8(2, from, column));
-      ASSERT_EQ(picture.At(row, column), expected) << row << ", " << column;
-    }
-  }
+  const bool repeats = mode == 'P';
+  ExpectPicture(image, [&](std::uint32_t row, std::uint32_t column) {
+    const bool black = left && row / 2 * 3 + column / 3 == kAbsentBlock;
+    return black ? 0U : Color8(repeats ? row & ~1U : row, column);
+  });
 }
 
 INSTANTIATE_TEST_SUITE_P(ImageModes, Masks, testing::Combine(testing::Values('B', 'P', 'S'), testing::Bool()));
@@ -173,9 +177,7 @@ TEST(Masks, AreNotConsultedInModeR) {
   image.compression = "NM";
   image.mask = MaskSpec{std::vector<std::uint32_t>(6, kNotRecorded), {}, {}};
   image.data = LayOut(image, Sample8);
-  const Composition picture = Compose(NitfBuilder().Image(image));
-  ASSERT_EQ(picture.status, SUCCESS);
-  EXPECT_EQ(picture.At(1, 5), Rgb(Sample8(0, 1, 5), Sample8(1, 1, 5), Sample8(2, 1, 5)));
+  ExpectPicture(image, Color8);
 }
 
 TEST(Masks, OfOneBandDecidePresenceAndTheBlocksFollowEachOther) {
@@ -197,9 +199,7 @@ TEST(Masks, ABlankPadEntryStandsForTheBlocksOwnPlace) {
   image.compression = "NM";
   image.mask = MaskSpec{{}, {kNotRecorded, kNotRecorded, 0, 0, 0, 0}, {}};
   image.data = LayOut(image, Sample8);
-  const Composition picture = Compose(NitfBuilder().Image(image));
-  ASSERT_EQ(picture.status, SUCCESS);
-  EXPECT_EQ(picture.At(1, 4), Rgb(Sample8(0, 1, 4), Sample8(1, 1, 4), Sample8(2, 1, 4)));
+  ExpectPicture(image, Color8);
 }
 
 // ---- band order ---------------------------------------------------------------------------------------------------
@@ -398,13 +398,7 @@ TEST_P(TwoBands, ShowTheFirstOneUnlessATagSaysOtherwise) {
     ImageSpec image{.rows = 3, .columns = 4, .representation = "MULTI", .mode = mode, .blockWidth = blockWidth};
     image.bands = shown == 0 ? Bands({"", ""}) : Bands({"", "M"});
     image.data = LayOut(image, Sample8);
-    const Composition picture = Compose(NitfBuilder().Image(image));
-    ASSERT_EQ(picture.status, SUCCESS);
-    for (std::uint32_t row = 0; row < 3; ++row) {
-      for (std::uint32_t column = 0; column < 4; ++column) {
-        ASSERT_EQ(picture.At(row, column), Gray(Sample8(shown, row, column))) << row << ", " << column;
-      }
-    }
+    ExpectPicture(image, [&](std::uint32_t row, std::uint32_t column) { return Gray(Sample8(shown, row, column)); });
   }
 }
 

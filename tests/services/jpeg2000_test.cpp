@@ -17,8 +17,7 @@ namespace {
 
 using kscodec::kJpeg2000Codec;
 
-// ---- making streams
-// --------------------------------------------------------------------------------------------------
+// ---- making streams -------------------------------------------------------------------------------------------------
 
 struct Component {
   uint32_t bits = 8;
@@ -183,8 +182,7 @@ Bytes WithHeaderBoxes(Bytes file, const Bytes &boxes) {
   return file;
 }
 
-// ---- reading them
-// ----------------------------------------------------------------------------------------------------
+// ---- reading them ---------------------------------------------------------------------------------------------------
 
 KsLoadOptions Options(const std::vector<uint32_t> &bands = {}) {
   KsLoadOptions options = {};
@@ -207,8 +205,7 @@ std::array<int, 3> ColorAt(const KsLocalBitmap &bitmap, uint64_t x, uint64_t y) 
   return {pixel[2], pixel[1], pixel[0]};
 }
 
-// ---- pictures
-// --------------------------------------------------------------------------------------------------------
+// ---- pictures -------------------------------------------------------------------------------------------------------
 
 using Jpeg2000Test = ServiceTest;
 
@@ -284,18 +281,12 @@ Components Equal(size_t count, const Component &component = {}) {
 
 INSTANTIATE_TEST_SUITE_P(
     Grays, PictureTest,
-    testing::Values(PictureCase{{.name = "8 bits", .components = Equal(1)}, {}, 8, {0}},
-                    PictureCase{{.name = "JP2", .components = Equal(1), .isJp2 = true}, {}, 8, {0}},
+    testing::Values(PictureCase{{.name = "JP2", .components = Equal(1), .isJp2 = true}, {}, 8, {0}},
                     PictureCase{{.name = "bands of one component", .components = Equal(1)}, {2, 1, 0}, 8, {0}},
                     PictureCase{{.name = "1 bit", .components = Equal(1, {1})}, {}, 8, {0}},
-                    PictureCase{{.name = "5 bits", .components = Equal(1, {5})}, {}, 8, {0}},
-                    PictureCase{{.name = "9 bits", .components = Equal(1, {9})}, {}, 16, {0}},
                     PictureCase{{.name = "11 bits", .components = Equal(1, {11}), .tile = 16}, {}, 16, {0}},
-                    PictureCase{{.name = "12 bits", .components = Equal(1, {12})}, {}, 16, {0}},
                     PictureCase{{.name = "16 bits", .components = Equal(1, {16}), .isJp2 = true}, {}, 16, {0}},
-                    PictureCase{{.name = "8 bits signed", .components = Equal(1, {8, true})}, {}, 8, {0}},
                     PictureCase{{.name = "12 bits signed", .components = Equal(1, {12, true})}, {}, 16, {0}},
-                    PictureCase{{.name = "16 bits signed", .components = Equal(1, {16, true})}, {}, 16, {0}},
                     PictureCase{{.name = "one pixel", .components = Equal(1), .width = 1, .height = 1}, {}, 8, {0}},
                     PictureCase{
                         {.name = "offset", .components = Equal(1), .left = 13, .top = 6, .tile = 16}, {}, 8, {0}}));
@@ -303,7 +294,6 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     Colors, PictureTest,
     testing::Values(
-        PictureCase{{.name = "three", .components = Equal(3)}, {}, 24, {0, 1, 2}},
         PictureCase{{.name = "mixed", .components = Equal(3), .tile = 16, .mixes = true}, {}, 24, {0, 1, 2}},
         PictureCase{{.name = "JP2", .components = Equal(3), .isJp2 = true, .mixes = true, .space = OPJ_CLRSPC_SRGB},
                     {},
@@ -312,7 +302,6 @@ INSTANTIATE_TEST_SUITE_P(
         PictureCase{{.name = "11 bits", .components = Equal(3, {11}), .mixes = true}, {}, 24, {0, 1, 2}},
         PictureCase{{.name = "16 bits", .components = Equal(3, {16})}, {}, 24, {0, 1, 2}},
         PictureCase{{.name = "own depths", .components = {{8}, {3, true}, {13}}}, {}, 24, {0, 1, 2}},
-        PictureCase{{.name = "subsampled", .components = {{8}, {8, false, 2, 2}, {8, false, 3, 1}}}, {}, 24, {0, 1, 2}},
         PictureCase{{.name = "subsampled with an offset",
                      .components = {{8, false, 1, 2}, {8, true, 2, 2}, {8, false, 4, 3}},
                      .width = 36,
@@ -320,10 +309,6 @@ INSTANTIATE_TEST_SUITE_P(
                      .left = 5,
                      .top = 7,
                      .tile = 16},
-                    {},
-                    24,
-                    {0, 1, 2}},
-        PictureCase{{.name = "all subsampled", .components = Equal(3, {8, false, 3, 2}), .left = 1, .top = 1},
                     {},
                     24,
                     {0, 1, 2}},
@@ -335,14 +320,10 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         PictureCase{{.name = "two", .components = Equal(2)}, {}, 24, {0, 0, 0}},
         PictureCase{{.name = "of two", .components = Equal(2), .isJp2 = true}, {1, 0, 5}, 24, {1, 0, 1}},
-        PictureCase{{.name = "of three", .components = Equal(3), .mixes = true}, {2, 2, 0}, 24, {2, 2, 0}},
-        PictureCase{{.name = "first of five", .components = Equal(5)}, {}, 24, {0, 1, 2}},
         PictureCase{{.name = "first of five, mixed", .components = Equal(5), .mixes = true}, {}, 24, {0, 1, 2}},
         PictureCase{{.name = "backwards", .components = Equal(5), .tile = 16}, {4, 2, 0}, 24, {4, 2, 0}},
         PictureCase{{.name = "cut", .components = Equal(5), .isJp2 = true}, {9, 1, UINT32_MAX}, 24, {4, 1, 4}},
-        PictureCase{{.name = "one thrice", .components = Equal(5)}, {3, 3, 3}, 24, {3, 3, 3}},
         PictureCase{{.name = "some mixed", .components = Equal(5), .mixes = true}, {4, 1, 3}, 24, {4, 1, 3}},
-        PictureCase{{.name = "behind the mixed", .components = Equal(5), .mixes = true}, {4, 3, 4}, 24, {4, 3, 4}},
         PictureCase{
             {.name = "of alpha", .components = Equal(4), .isJp2 = true, .hasAlpha = true}, {3, 1, 0}, 24, {3, 1, 0}},
         PictureCase{{.name = "own depths", .components = {{16}, {8}, {12, true}, {5}, {8, false, 2, 2}}},
@@ -398,8 +379,7 @@ TEST_F(Jpeg2000Test, DeeperThan16BitsIsNotSupported) {
   EXPECT_EQ(Load(Encode(recipe), bitmap), ERROR_NOT_SUPPORTED);
 }
 
-// ---- headers
-// ---------------------------------------------------------------------------------------------------------
+// ---- headers --------------------------------------------------------------------------------------------------------
 
 struct BoxCase {
   const char *name;
@@ -480,8 +460,7 @@ INSTANTIATE_TEST_SUITE_P(Sizes, SizeTest,
                                          SizeCase{"16385 components", 40, 16385, 2}, SizeCase{"39 bits", 42, 38, 1},
                                          SizeCase{"another length", 4, 40, 2}));
 
-// ---- bounds
-// ----------------------------------------------------------------------------------------------------------
+// ---- bounds ---------------------------------------------------------------------------------------------------------
 
 TEST_F(Jpeg2000Test, BitmapLimitBoundsThePictureAndWhatIsDecodedForIt) {
   const Recipe alone = {.name = "", .components = Equal(5), .width = 64, .height = 64};
@@ -540,6 +519,11 @@ INSTANTIATE_TEST_SUITE_P(
                     ClaimCase{"one row", [](Bytes &stream, size_t) { SetSize(stream, 4000000000, 1, 4000000000); }},
                     ClaimCase{"65025 tiles", [](Bytes &stream, size_t) { SetSize(stream, 255, 255, 1); }},
                     ClaimCase{"65535 layers", [](Bytes &stream, size_t style) { PutBig(stream, style + 6, 65535, 2); }},
+                    ClaimCase{"code blocks of 4 by 4",
+                              [](Bytes &stream, size_t style) {
+                                SetSize(stream, 8000, 8000, 8000);
+                                stream[style + 10] = stream[style + 11] = 0;
+                              }},
                     ClaimCase{"precincts of one pixel", [](Bytes &stream, size_t style) {
                                 SetSize(stream, 4000, 4000, 4000);
                                 PutBig(stream, style + 2, 15, 2);
@@ -547,8 +531,7 @@ INSTANTIATE_TEST_SUITE_P(
                                 Insert(stream, style + 14, {0, 0x11, 0x11});
                               }}));
 
-// ---- damage
-// ----------------------------------------------------------------------------------------------------------
+// ---- damage ---------------------------------------------------------------------------------------------------------
 
 class DamageTest : public ServiceTestWith<bool> {
  protected:
@@ -559,27 +542,15 @@ class DamageTest : public ServiceTestWith<bool> {
   }
 
   /** A picture or a status, and no bitmap without success. */
-  static bool LoadsOrSays(const Bytes &stream) {
+  static void LoadOrSay(const Bytes &stream) {
     KsLocalBitmap bitmap;
     const int32_t status = Load(stream, bitmap);
     EXPECT_EQ(bitmap->pixels != nullptr, status == SUCCESS);
     EXPECT_TRUE(status == SUCCESS || status == ERROR_FILE_FORMAT || status == ERROR_NOT_SUPPORTED ||
                 status == ERROR_NO_MEMORY)
         << status;
-    return status == SUCCESS;
   }
 };
-
-TEST_P(DamageTest, StreamsThatBreakOffAreTold) {
-  const Bytes whole = Stream();
-  ASSERT_TRUE(LoadsOrSays(whole));
-  for (size_t length = 1; length < whole.size(); length += 7) {
-    SCOPED_TRACE(length);
-    const bool loads = LoadsOrSays(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)));
-    const bool isMuchMissing = length < whole.size() / 3;
-    EXPECT_FALSE(loads && isMuchMissing);
-  }
-}
 
 TEST_P(DamageTest, ChangedBytesDoNoHarm) {
   const Bytes whole = Stream();
@@ -588,7 +559,7 @@ TEST_P(DamageTest, ChangedBytesDoNoHarm) {
       SCOPED_TRACE(at);
       Bytes changed = whole;
       changed[at] ^= change;
-      LoadsOrSays(changed);
+      LoadOrSay(changed);
     }
   }
 }

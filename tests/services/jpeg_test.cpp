@@ -483,20 +483,6 @@ INSTANTIATE_TEST_SUITE_P(
         Refused("segmentBehindTheEnd", {0xFF, 0xFE, 0xFF, 0xFF})),
     [](const auto &header) { return header.param.name; });
 
-TEST_F(JpegTest, TheWalkStepsOverFillBytesAndTellsWhatADecoderNeeds) {
-  Bytes stream = {0xFF, 0xD8, 0xFF, 0xFF, 0xFF, 0xDD, 0, 4, 1, 2, 7, 7, 0xFF, 0, 7, 0xFF, 0x01};
-  stream = Joined(Joined(stream, FrameOf(0xC3, 14, 300, 2, 1)), kScan);
-  stream = Joined(stream, {0xAB, 0xCD});
-  kscodec::jpeg::Header header;
-  ASSERT_EQ(ReadHeader(stream, &header), SUCCESS);
-  EXPECT_EQ(header.restartInterval, 0x0102);
-  EXPECT_EQ(header.frame.marker, kscodec::jpeg::kSof3);
-  EXPECT_EQ(header.frame.width, 300);
-  EXPECT_EQ(header.scan.size(), 6u);
-  EXPECT_EQ(Bytes(header.entropy.begin(), header.entropy.end()), (Bytes{0xAB, 0xCD}));
-  EXPECT_TRUE(header.nitf.empty());
-}
-
 // ---- the front ------------------------------------------------------------------------------------------------------
 
 TEST_F(JpegTest, TheBitmapLimitHolds) {
