@@ -628,14 +628,20 @@ KS_API int32_t KsVectorBounds(const KsVector *vector, uint32_t, KsRect *bounds, 
 /** The lower left and upper right corner of all objects. -13 where there are none. */
 KS_API int32_t KsVectorExtents(const KsVector *vector, KsVectorPoint *low, KsVectorPoint *high);
 
-/** Sets the part of the drawing's space that a painted rectangle shows. -13 for corners the wrong way round. */
-KS_API int32_t KsVectorSetExtents(KsVector *vector, const KsVectorPoint *low, const KsVectorPoint *high);
+/**
+ * The part of the drawing's space that a painted rectangle shows, by its lower left and upper right corner: what a
+ * metafile tells as its extent. -13 where nobody has told one, and the objects' extents are shown.
+ */
+KS_API int32_t KsVectorWindow(const KsVector *vector, KsVectorPoint *low, KsVectorPoint *high);
+
+/** Sets that part. -13 for corners the wrong way round. */
+KS_API int32_t KsVectorSetWindow(KsVector *vector, const KsVectorPoint *low, const KsVectorPoint *high);
 
 /** Notes that the drawing is to move by `offset`; KsVectorApply moves it. The zeros are 0. */
 KS_API int32_t KsVectorMove(KsVector *vector, const KsVectorPoint *offset, uint32_t, uint32_t);
 KS_API int32_t KsVectorApply(KsVector *vector);
 
-/** The rectangle of a canvas that a saved drawing is to fill: KsVectorSaveMemory lays the extent onto it. */
+/** The rectangle of a canvas that a saved drawing is to fill: KsVectorSaveMemory lays the window onto it. */
 KS_API int32_t KsVectorSetViewport(KsVector *vector, const KsRect *viewport);
 
 /** Tells the colour of the canvas behind the drawing. What the drawing leaves open shows the canvas itself. */
@@ -649,7 +655,7 @@ enum KsVectorMode {
 KS_API int32_t KsVectorSetMode(KsVector *vector, uint32_t mode);
 
 /**
- * Views of a drawing, for clients that bring them up to date before they paint or save. A fits the extent to the
+ * Views of a drawing, for clients that bring them up to date before they paint or save. A fits the window to the
  * objects; B and C have nothing left to do and only tell whether there is a drawing. SUCCESS, or -13 for an empty one.
  */
 KS_API int32_t KsVectorViewA(KsVector *vector, uint32_t);
@@ -657,7 +663,7 @@ KS_API int32_t KsVectorViewB(KsVector *vector, uint32_t);
 KS_API int32_t KsVectorViewC(KsVector *vector, uint32_t, uint32_t);
 
 /**
- * Paints the drawing: its extent is laid onto `rectangle`, to which it isn't clipped. `width` and `height` are those of
+ * Paints the drawing: its window is laid onto `rectangle`, to which it isn't clipped. `width` and `height` are those of
  * the window that it is seen in, and have no effect on the picture; the other arguments are 0 and null. An empty
  * drawing paints nothing. -13 for null, -16 for a bitmap of other than 8, 24 or 32 bits, -1.
  */
@@ -674,7 +680,7 @@ KS_API int32_t KsVectorLoadMemory(const void *buffer, KsVector *vector, uint64_t
 
 /**
  * Writes the drawing as a metafile into a global block, `*handle` with `*size` bytes, which the caller reports with
- * KsTrackAlloc and gives back with KsFreeGlobal. Its y runs downwards, and with a viewport the extent is laid onto it,
+ * KsTrackAlloc and gives back with KsFreeGlobal. Its y runs downwards, and with a viewport the window is laid onto it,
  * a unit being a pixel. `format` is KS_FORMAT_CGM, else -16; -13 for null or an empty drawing, -1.
  */
 KS_API int32_t KsVectorSaveMemory(void **handle, const KsVector *vector, uint32_t format, uint64_t *size,

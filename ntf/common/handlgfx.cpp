@@ -19,37 +19,50 @@ std::int32_t LoadDrawing(const SegmentData &data, KsVector *vector) {
   return KsVectorLoadMemory(data.bytes.Get(), vector, data.length, &options, nullptr);
 }
 
-bool Holds(const KsRect &frame, const KsRect &box) {
-  // What programs take for the bounds differs by line widths and by the fonts that they measure texts with.
-  constexpr std::int64_t kSlack = 16;
-  constexpr std::int64_t kSlackShare = 8;
-  const std::int64_t across = kSlack + (std::int64_t{frame.right} - frame.left) / kSlackShare;
-  const std::int64_t down = kSlack + (std::int64_t{frame.bottom} - frame.top) / kSlackShare;
-  return box.left >= frame.left - across && box.right <= frame.right + across && box.top >= frame.top - down &&
-         box.bottom <= frame.bottom + down;
-}
-
 KsRect Moved(const KsRect &box, std::int32_t right, std::int32_t down) {
   return {Add(box.left, right), Add(box.top, down), Add(box.right, right), Add(box.bottom, down)};
 }
 
+/** How far the edges of two boxes are apart, all in all. */
+double Distance(const KsRect &a, const KsRect &b) {
+  const auto apart = [](std::int32_t one, std::int32_t other) { return std::abs(static_cast<double>(one) - other); };
+  return apart(a.left, b.left) + apart(a.top, b.top) + apart(a.right, b.right) + apart(a.bottom, b.bottom);
+}
+
+/** Where the objects come to lie when the window is laid onto `frame`; false without a window of any size. */
+bool LayOnto(const KsVector &vector, const KsRect &frame, KsRect *box) {
+  KsVectorPoint low;
+  KsVectorPoint high;
+  if (KsVectorWindow(&vector, &low, &high) != SUCCESS || high.x <= low.x || high.y <= low.y) return false;
+  const double across = (static_cast<double>(frame.right) - frame.left) / (high.x - low.x);
+  const double down = (static_cast<double>(frame.bottom) - frame.top) / (high.y - low.y);
+  const auto column = [&](std::int32_t x) { return static_cast<std::int32_t>(frame.left + (x - low.x) * across); };
+  const auto row = [&](std::int32_t y) { return static_cast<std::int32_t>(frame.top + (y + high.y) * down); };
+  *box = {column(box->left), row(box->top), column(box->right), row(box->bottom)};
+  return true;
+}
+
 /**
  * Whether the units of a drawing are pixels, counted from the graphic's location. That is what the profile of CGM for
- * this format says, and the bounds show it: the drawing's objects lie within them. Writers of files have put the bounds
- * there as row and column or as x and y, from the location or from what the graphic is attached to. Bounds without
- * area say nothing.
+ * this format says, and the bounds show it: they fit the objects as they are better than the objects with their window
+ * laid onto the bounds. Writers of files have put the bounds there as row and column or as x and y, from the location
+ * or from what the graphic is attached to. Bounds without area say nothing.
  */
 bool IsInPixels(const GraphicSubheader &graphic) {
   KsRect box;
-  if (KsVectorBounds(&graphic.vector, 0, &box, 0) != SUCCESS) return true;
   const std::int32_t *const low = graphic.firstBound;
   const std::int32_t *const high = graphic.secondBound;
-  if (high[0] <= low[0] || high[1] <= low[1]) return true;
-  const KsRect placed = Moved(box, graphic.locationColumn, graphic.locationRow);
-  for (const KsRect &frame : {KsRect{low[0], low[1], high[0], high[1]}, KsRect{low[1], low[0], high[1], high[0]}}) {
-    if (Holds(frame, box) || Holds(frame, placed)) return true;
+  const KsRect frame = {low[0], low[1], high[0], high[1]};
+  const KsRect turned = {low[1], low[0], high[1], high[0]};
+  if (KsVectorBounds(&graphic.vector, 0, &box, 0) != SUCCESS || frame.right <= frame.left ||
+      frame.bottom <= frame.top) {
+    return true;
   }
-  return false;
+  const KsRect placed = Moved(box, graphic.locationColumn, graphic.locationRow);
+  const double asItIs =
+      std::min({Distance(box, frame), Distance(box, turned), Distance(placed, frame), Distance(placed, turned)});
+  KsRect laid = box;
+  return !LayOnto(graphic.vector, frame, &laid) || asItIs <= Distance(laid, frame);
 }
 
 std::int32_t PaintDrawing(KsDeviceContext *context, NitfFile *file, GraphicSubheader &graphic,
@@ -62,7 +75,7 @@ std::int32_t PaintDrawing(KsDeviceContext *context, NitfFile *file, GraphicSubhe
                                -static_cast<double>(std::max(window.top, window.bottom))};
     const KsVectorPoint high = {static_cast<double>(std::max(window.left, window.right)),
                                 -static_cast<double>(std::min(window.top, window.bottom))};
-    KsVectorSetExtents(&graphic.vector, &low, &high);
+    KsVectorSetWindow(&graphic.vector, &low, &high);
   }
   KsRect rectangle;
   const KsRect placed = Moved(window, column, row);

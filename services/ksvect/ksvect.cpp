@@ -158,7 +158,15 @@ int32_t KsVectorExtents(const KsVector *vector, KsVectorPoint *low, KsVectorPoin
   });
 }
 
-int32_t KsVectorSetExtents(KsVector *vector, const KsVectorPoint *low, const KsVectorPoint *high) {
+int32_t KsVectorWindow(const KsVector *vector, KsVectorPoint *low, KsVectorPoint *high) {
+  const Drawing *const drawing = DrawingOf(vector);
+  if (drawing == nullptr || !drawing->hasExtent || low == nullptr || high == nullptr) return ERROR_INVALID_VALUE;
+  *low = {drawing->extent.low.x, drawing->extent.low.y};
+  *high = {drawing->extent.high.x, drawing->extent.high.y};
+  return SUCCESS;
+}
+
+int32_t KsVectorSetWindow(KsVector *vector, const KsVectorPoint *low, const KsVectorPoint *high) {
   Drawing *const drawing = DrawingOf(vector);
   if (drawing == nullptr || low == nullptr || high == nullptr) return ERROR_INVALID_VALUE;
   if (!(low->x <= high->x && low->y <= high->y)) return ERROR_INVALID_VALUE;
