@@ -24,7 +24,8 @@ CanvasPixels::CanvasPixels(KsBitmap &bitmap) : canvas(bitmap) {
 }
 
 bool CanvasPixels::IsKnown(const KsBitmap &bitmap) {
-  return bitmap.bitsPerPixel == Index8::bits || bitmap.bitsPerPixel == Bgr24::bits || bitmap.bitsPerPixel == Bgr32::bits;
+  return bitmap.bitsPerPixel == Index8::bits || bitmap.bitsPerPixel == Bgr24::bits ||
+         bitmap.bitsPerPixel == Bgr32::bits;
 }
 
 void CanvasPixels::Load(const KsRect &part, std::uint32_t *pixels, std::int32_t stride) const {

@@ -1,13 +1,12 @@
 #include "ksvect/fonts.h"
 
 #include <array>
+#include <fontconfig/fontconfig.h>
+#include <ft2build.h>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <unordered_map>
-
-#include <fontconfig/fontconfig.h>
-#include <ft2build.h>
 #include FT_FREETYPE_H
 #include FT_OUTLINE_H
 #include FT_TRUETYPE_TABLES_H
@@ -98,7 +97,9 @@ class OutlineReader {
 class FileFont : public Font {
  public:
   FileFont(FT_Face ofFace, bool oblique)
-      : face(ofFace), units(ofFace->units_per_EM), slant(oblique && (face->style_flags & FT_STYLE_FLAG_ITALIC) == 0 ? kSlant : 0) {
+      : face(ofFace),
+        units(ofFace->units_per_EM),
+        slant(oblique && (face->style_flags & FT_STYLE_FLAG_ITALIC) == 0 ? kSlant : 0) {
     top = face->ascender / units;
     bottom = face->descender / units;
     const auto *const os2 = static_cast<const TT_OS2 *>(FT_Get_Sfnt_Table(face, FT_SFNT_OS2));
@@ -155,7 +156,8 @@ class FontShelf {
 
   Font *Find(Family family, bool bold, bool oblique) {
     const std::scoped_lock lock(guard);
-    Entry &entry = entries[static_cast<std::size_t>(family) % std::size(kFamilies) * 4 + (bold ? 2 : 0) + (oblique ? 1 : 0)];
+    Entry &entry =
+        entries[static_cast<std::size_t>(family) % std::size(kFamilies) * 4 + (bold ? 2 : 0) + (oblique ? 1 : 0)];
     if (!entry.tried) {
       entry.tried = true;
       entry.font = Open(kFamilies[static_cast<std::size_t>(family) % std::size(kFamilies)], bold, oblique);

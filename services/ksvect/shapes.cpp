@@ -107,9 +107,9 @@ class ShapeMarks {
   void operator()(const Text &text) const { AddText(text, style.text, mapping.toCanvas, clip, tiles); }
 
   void operator()(const Markers &markers) const {
-    const double size = std::fmin(std::fmax(style.marker.size.value *
-                                                (style.marker.size.nominal ? kNominalMarker : mapping.scale), 1),
-                                  kLargestMarker);
+    const double size =
+        std::fmin(std::fmax(style.marker.size.value * (style.marker.size.nominal ? kNominalMarker : mapping.scale), 1),
+                  kLargestMarker);
     const Box seen = Grown(BoxOf(clip), size);
     Path path;
     for (const Point point : markers.points) {
