@@ -94,7 +94,7 @@ class OutlineReader {
 };
 
 /** A face of a font file. Its glyphs are read as they are asked for, and kept. */
-class FileFont : public Font {
+class FileFont final : public Font {
  public:
   FileFont(FT_Face ofFace, bool oblique)
       : face(ofFace),
@@ -104,7 +104,7 @@ class FileFont : public Font {
     bottom = face->descender / units;
     const auto *const os2 = static_cast<const TT_OS2 *>(FT_Get_Sfnt_Table(face, FT_SFNT_OS2));
     if (os2 != nullptr && os2->version >= 2) cap = os2->sCapHeight / units;
-    if (!(cap > 0)) cap = HeightOf(U'H');
+    if (!(cap > 0)) cap = FileFont::HeightOf(U'H');
     if (!(cap > 0)) cap = kUsualCap;
   }
   ~FileFont() override { FT_Done_Face(face); }
@@ -128,7 +128,7 @@ class FileFont : public Font {
 
   double HeightOf(char32_t character) {
     double height = 0;
-    for (const Point point : GlyphOf(character).outline.points) height = std::max(height, point.y);
+    for (const Point point : FileFont::GlyphOf(character).outline.points) height = std::max(height, point.y);
     return height;
   }
 

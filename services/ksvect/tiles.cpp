@@ -116,7 +116,7 @@ class Tiles::Tile {
       for (std::int32_t x = part.left / kCellSize; x * kCellSize < part.right; ++x) {
         const std::int32_t left = x * kCellSize;
         const std::int32_t top = y * kCellSize;
-        operation(static_cast<std::size_t>(y * kCellsAcross + x),
+        operation(static_cast<std::size_t>(y) * kCellsAcross + static_cast<std::size_t>(x),
                   Intersection({left, top, left + kCellSize, top + kCellSize}, size));
       }
     }
