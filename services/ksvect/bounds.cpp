@@ -12,7 +12,7 @@ class BoundsReader {
   BoundsReader(const Style &ofStyle, GrowingBox &target) : style(ofStyle), box(target) {}
 
   template <class Shape>
-    requires requires(const Shape &shape) { shape.points; }
+  requires requires(const Shape &shape) { shape.points; }
   void operator()(const Shape &shape) const {
     for (const Point point : shape.points) box.Add(point);
   }

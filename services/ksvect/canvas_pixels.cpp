@@ -3,6 +3,8 @@
 #include "kscore/bitmap.h"
 #include "kscore/pixel_forms.h"
 
+#include <array>
+
 namespace ksvect {
 namespace {
 
@@ -14,6 +16,39 @@ using kscore::Index8;
 constexpr std::size_t kFoundCells = 4096;
 constexpr Bgr kColorBits = 0xFFFFFF;
 
+using Four = std::array<std::uint32_t, 4>;
+using Packed = std::array<std::uint32_t, 3>;  // four pixels of 24 bits
+
+void LoadBgr24(const std::uint8_t *row, std::uint32_t count, std::uint32_t *pixels) {
+  for (; count >= 4; count -= 4, row += sizeof(Packed), pixels += 4) {
+    Packed packed;
+    std::memcpy(packed.data(), row, sizeof packed);
+    const Four four = {packed[0] & kColorBits, (packed[0] >> 24 | packed[1] << 8) & kColorBits,
+                       (packed[1] >> 16 | packed[2] << 16) & kColorBits, packed[2] >> 8};
+    std::memcpy(pixels, four.data(), sizeof four);
+  }
+  for (std::uint32_t x = 0; x < count; ++x) pixels[x] = Bgr24::Value(row, x);
+}
+
+void StoreBgr24(std::uint8_t *row, std::uint32_t count, const std::uint32_t *pixels) {
+  for (; count >= 4; count -= 4, row += sizeof(Packed), pixels += 4) {
+    const Packed packed = {(pixels[0] & kColorBits) | pixels[1] << 24, (pixels[1] >> 8 & 0xFFFF) | pixels[2] << 16,
+                           (pixels[2] >> 16 & 0xFF) | pixels[3] << 8};
+    std::memcpy(row, packed.data(), sizeof packed);
+  }
+  for (std::uint32_t x = 0; x < count; ++x) std::memcpy(row + x * 3, pixels + x, 3);
+}
+
+/** The unused byte stays as it is. */
+void StoreBgr32(std::uint8_t *row, std::uint32_t count, const std::uint32_t *pixels) {
+  for (std::uint32_t x = 0; x < count; ++x) {
+    std::uint32_t pixel = 0;
+    std::memcpy(&pixel, row + std::uint64_t{x} * 4, sizeof pixel);
+    pixel = (pixel & ~kColorBits) | (pixels[x] & kColorBits);
+    std::memcpy(row + std::uint64_t{x} * 4, &pixel, sizeof pixel);
+  }
+}
+
 }  // namespace
 
 CanvasPixels::CanvasPixels(KsBitmap &bitmap) : canvas(bitmap) {
@@ -24,7 +59,8 @@ CanvasPixels::CanvasPixels(KsBitmap &bitmap) : canvas(bitmap) {
 }
 
 bool CanvasPixels::IsKnown(const KsBitmap &bitmap) {
-  return bitmap.bitsPerPixel == Index8::bits || bitmap.bitsPerPixel == Bgr24::bits || bitmap.bitsPerPixel == Bgr32::bits;
+  return bitmap.bitsPerPixel == Index8::bits || bitmap.bitsPerPixel == Bgr24::bits ||
+         bitmap.bitsPerPixel == Bgr32::bits;
 }
 
 void CanvasPixels::Load(const KsRect &part, std::uint32_t *pixels, std::int32_t stride) const {
@@ -49,7 +85,7 @@ void CanvasPixels::LoadRow(const std::uint8_t *row, std::int32_t left, std::int3
       for (std::uint32_t x = first; x < end; ++x) *pixels++ = shown[row[x]];
       break;
     case Bgr24::bits:
-      for (std::uint32_t x = first; x < end; ++x) *pixels++ = Bgr24::Value(row, x);
+      LoadBgr24(row + std::uint64_t{first} * 3, end - first, pixels);
       break;
     default:
       for (std::uint32_t x = first; x < end; ++x) *pixels++ = Bgr32::Value(row, x);
@@ -68,14 +104,10 @@ void CanvasPixels::StoreRow(std::uint8_t *row, std::int32_t left, std::int32_t c
       }
       break;
     case Bgr24::bits:
-      for (std::uint32_t x = first; x < end; ++x, ++pixels) {
-        std::memcpy(row + std::uint64_t{x} * 3, pixels, 3);
-      }
+      StoreBgr24(row + std::uint64_t{first} * 3, end - first, pixels);
       break;
     default:
-      for (std::uint32_t x = first; x < end; ++x, ++pixels) {
-        std::memcpy(row + std::uint64_t{x} * 4, pixels, 3);
-      }
+      StoreBgr32(row + std::uint64_t{first} * 4, end - first, pixels);
       break;
   }
 }

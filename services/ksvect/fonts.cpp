@@ -1,13 +1,12 @@
 #include "ksvect/fonts.h"
 
 #include <array>
+#include <fontconfig/fontconfig.h>
+#include <ft2build.h>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <unordered_map>
-
-#include <fontconfig/fontconfig.h>
-#include <ft2build.h>
 #include FT_FREETYPE_H
 #include FT_OUTLINE_H
 #include FT_TRUETYPE_TABLES_H
@@ -95,15 +94,17 @@ class OutlineReader {
 };
 
 /** A face of a font file. Its glyphs are read as they are asked for, and kept. */
-class FileFont : public Font {
+class FileFont final : public Font {
  public:
   FileFont(FT_Face ofFace, bool oblique)
-      : face(ofFace), units(ofFace->units_per_EM), slant(oblique && (face->style_flags & FT_STYLE_FLAG_ITALIC) == 0 ? kSlant : 0) {
+      : face(ofFace),
+        units(ofFace->units_per_EM),
+        slant(oblique && (face->style_flags & FT_STYLE_FLAG_ITALIC) == 0 ? kSlant : 0) {
     top = face->ascender / units;
     bottom = face->descender / units;
     const auto *const os2 = static_cast<const TT_OS2 *>(FT_Get_Sfnt_Table(face, FT_SFNT_OS2));
     if (os2 != nullptr && os2->version >= 2) cap = os2->sCapHeight / units;
-    if (!(cap > 0)) cap = HeightOf(U'H');
+    if (!(cap > 0)) cap = FileFont::HeightOf(U'H');
     if (!(cap > 0)) cap = kUsualCap;
   }
   ~FileFont() override { FT_Done_Face(face); }
@@ -127,7 +128,7 @@ class FileFont : public Font {
 
   double HeightOf(char32_t character) {
     double height = 0;
-    for (const Point point : GlyphOf(character).outline.points) height = std::max(height, point.y);
+    for (const Point point : FileFont::GlyphOf(character).outline.points) height = std::max(height, point.y);
     return height;
   }
 
@@ -155,7 +156,8 @@ class FontShelf {
 
   Font *Find(Family family, bool bold, bool oblique) {
     const std::scoped_lock lock(guard);
-    Entry &entry = entries[static_cast<std::size_t>(family) % std::size(kFamilies) * 4 + (bold ? 2 : 0) + (oblique ? 1 : 0)];
+    Entry &entry =
+        entries[static_cast<std::size_t>(family) % std::size(kFamilies) * 4 + (bold ? 2 : 0) + (oblique ? 1 : 0)];
     if (!entry.tried) {
       entry.tried = true;
       entry.font = Open(kFamilies[static_cast<std::size_t>(family) % std::size(kFamilies)], bold, oblique);

@@ -27,7 +27,7 @@ class Font {
   double bottom = 0;
 };
 
-/** The font of a style, which lives as long as the process; null where the system has none. May be called by threads. */
+/** The font of a style, which lives as long as the process; null where the system has none. Safe on all threads. */
 Font *FindFont(Family family, bool bold, bool oblique);
 
 }  // namespace ksvect

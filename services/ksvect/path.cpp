@@ -134,8 +134,9 @@ void AddArc(Path &path, const Affine &circle, double start, double end) {
   const double turn = 2 * std::numbers::pi;
   const double span = std::isfinite(end - start) ? std::clamp(end - start, 0.0, turn) : turn;
   const double step = std::min(2 * std::acos(std::max(1 - kArcTolerance / radius, 0.0)), turn / kFewestLinesOfCircle);
-  const double lines = std::clamp(std::ceil(span / step), 1.0, kMostArcLines);
-  for (double i = 0; i <= lines; ++i) {
+  // What is no number makes the fewest lines.
+  const auto lines = static_cast<int>(std::fmin(std::fmax(std::ceil(span / step), 1), kMostArcLines));
+  for (int i = 0; i <= lines; ++i) {
     const double angle = start + span * i / lines;
     path.Add(circle({std::cos(angle), std::sin(angle)}));
   }

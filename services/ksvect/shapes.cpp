@@ -47,7 +47,7 @@ class ShapeMarks {
       path.Add(mapping.toCanvas(lines.points[i]));
       path.Add(mapping.toCanvas(lines.points[i + 1]));
     }
-    Line(std::move(path));
+    Line(path);
   }
 
   void operator()(const Polygon &polygon) const { Area(RingOf(polygon.points, mapping.toCanvas, true)); }
@@ -82,7 +82,7 @@ class ShapeMarks {
       if (closes) first = i + 1;
     }
     CloseRings(edges);
-    Area(std::move(rings), &edges);
+    Area(rings, &edges);
   }
 
   void operator()(const Ellipse &ellipse) const {
@@ -98,18 +98,18 @@ class ShapeMarks {
       AddArc(path, circle, ellipse.start, ellipse.end);
     }
     if (ellipse.closure == Closure::Open) {
-      Stroke(style.line, std::move(path), Join::Round, false);
+      Stroke(style.line, path, Join::Round, false);
     } else {
-      Area(std::move(path), nullptr, ellipse.closure != Closure::Full ? Join::Miter : Join::Round, false);
+      Area(path, nullptr, ellipse.closure != Closure::Full ? Join::Miter : Join::Round, false);
     }
   }
 
   void operator()(const Text &text) const { AddText(text, style.text, mapping.toCanvas, clip, tiles); }
 
   void operator()(const Markers &markers) const {
-    const double size = std::fmin(std::fmax(style.marker.size.value *
-                                                (style.marker.size.nominal ? kNominalMarker : mapping.scale), 1),
-                                  kLargestMarker);
+    const double size =
+        std::fmin(std::fmax(style.marker.size.value * (style.marker.size.nominal ? kNominalMarker : mapping.scale), 1),
+                  kLargestMarker);
     const Box seen = Grown(BoxOf(clip), size);
     Path path;
     for (const Point point : markers.points) {
@@ -156,10 +156,10 @@ class ShapeMarks {
     }
   }
 
-  void Line(Path path) const { Stroke(style.line, std::move(path), Join::Round, true); }
+  void Line(const Path &path) const { Stroke(style.line, path, Join::Round, true); }
 
-  void Stroke(const LineStyle &line, Path path, Join join, bool straight) const {
-    AddStroke({line, style, join, straight}, mapping, std::move(path), clip, tiles);
+  void Stroke(const LineStyle &line, const Path &path, Join join, bool straight) const {
+    AddStroke({line, style, join, straight}, mapping, path, clip, tiles);
   }
 
   Mark Filled(MarkKind kind, Path path) const {
@@ -172,7 +172,7 @@ class ShapeMarks {
   }
 
   /** An area, with `edges` that are not simply its outline. */
-  void Area(Path path, const Path *edges = nullptr, Join join = Join::Miter, bool straight = true) const {
+  void Area(const Path &path, const Path *edges = nullptr, Join join = Join::Miter, bool straight = true) const {
     switch (style.fill.interior) {
       case Interior::Solid:
         FillSolid(path, style.fill.color);
@@ -189,7 +189,7 @@ class ShapeMarks {
       default:
         break;
     }
-    if (style.edgeVisible) Stroke(style.edge, edges != nullptr ? *edges : std::move(path), join, straight);
+    if (style.edgeVisible) Stroke(style.edge, edges != nullptr ? *edges : path, join, straight);
   }
 
   void Outline(const Path &path, Join join, bool straight) const {

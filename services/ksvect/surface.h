@@ -40,7 +40,7 @@ class Surface {
  private:
   void SetColor(Color color);
 
-  void *canvas;   // the library's own objects, which nobody else is to know
+  void *canvas;  // the library's own objects, which nobody else is to know
   void *context;
 };
 

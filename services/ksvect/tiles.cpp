@@ -2,6 +2,8 @@
 
 #include "ksvect/tint.h"
 
+#include <bitset>
+
 namespace ksvect {
 namespace {
 
@@ -10,10 +12,9 @@ constexpr std::int32_t kTileSize = 512;
 constexpr std::int32_t kTileStride = kTileSize + 16;
 constexpr std::int32_t kRowBytes = kTileStride * 4;
 
-/** A tile is loaded and stored in cells, as many as a word has bits. */
-constexpr std::int32_t kCellSize = 64;
+/** A tile is loaded and stored in cells. */
+constexpr std::int32_t kCellSize = 32;
 constexpr std::int32_t kCellsAcross = kTileSize / kCellSize;
-static_assert(kCellsAcross * kCellsAcross == 64);
 
 /**
  * Points within this distance of a tile go to the drawing library as they are; those farther out are moved along their
@@ -90,8 +91,8 @@ class Tiles::Tile {
   }
 
   void Store() {
-    ForCells(size, [this](std::uint64_t bit, const KsRect &cell) {
-      if ((loaded & bit) == 0) return;
+    ForCells(size, [this](std::size_t number, const KsRect &cell) {
+      if (!loaded[number]) return;
       owner.pixels.Store(Moved(cell, place.left, place.top), PixelsAt(cell), kTileStride);
     });
   }
@@ -115,7 +116,7 @@ class Tiles::Tile {
       for (std::int32_t x = part.left / kCellSize; x * kCellSize < part.right; ++x) {
         const std::int32_t left = x * kCellSize;
         const std::int32_t top = y * kCellSize;
-        operation(std::uint64_t{1} << (y * kCellsAcross + x),
+        operation(static_cast<std::size_t>(y) * kCellsAcross + static_cast<std::size_t>(x),
                   Intersection({left, top, left + kCellSize, top + kCellSize}, size));
       }
     }
@@ -125,9 +126,9 @@ class Tiles::Tile {
   void Need(const Box &box) {
     const KsRect part = Intersection(PixelsOf(box), visible);
     if (IsEmpty(part)) return;
-    ForCells(part, [this](std::uint64_t bit, const KsRect &cell) {
-      if ((loaded & bit) != 0) return;
-      loaded |= bit;
+    ForCells(part, [this](std::size_t number, const KsRect &cell) {
+      if (loaded[number]) return;
+      loaded[number] = true;
       owner.pixels.Load(Moved(cell, place.left, place.top), PixelsAt(cell), kTileStride);
     });
   }
@@ -245,7 +246,7 @@ class Tiles::Tile {
   KsRect place;  // on the canvas
   KsRect size;
   Surface surface;
-  std::uint64_t loaded = 0;  // a bit a cell
+  std::bitset<kCellsAcross * kCellsAcross> loaded;  // by cells
   KsRect clip = {};
   // Of the mark being drawn:
   KsRect visible = {};

@@ -27,8 +27,8 @@ class Tiles {
  private:
   struct Placed {
     Mark mark;
-    KsRect box;                 // what it may touch of the canvas
-    std::vector<Box> stretches; // the boxes of its points, kStretch at a time, where there are many
+    KsRect box;                  // what it may touch of the canvas
+    std::vector<Box> stretches;  // the boxes of its points, kStretch at a time, where there are many
   };
   class Tile;
 

@@ -74,8 +74,7 @@ std::uint32_t SetBkColor(KsDeviceContext *context, std::uint32_t color) {
 
 int SetBkMode(KsDeviceContext *context, int mode) {
   if (context == nullptr || (mode != TRANSPARENT && mode != OPAQUE)) return 0;
-  return static_cast<int>(
-      std::exchange(context->state.backgroundMode, static_cast<kscore::BackgroundMode>(mode)));
+  return static_cast<int>(std::exchange(context->state.backgroundMode, static_cast<kscore::BackgroundMode>(mode)));
 }
 
 bool TextOutA(KsDeviceContext *context, std::int32_t x, std::int32_t y, const char *text, std::int32_t length) try {
