@@ -101,7 +101,7 @@ struct TextStyle {
   bool bold = false;
   bool oblique = false;
   Color color = 0;
-  double height = 1;    /**< of a capital, from the base line to the cap line */
+  double height = 1;    /**< the size of the font: that of its em square */
   Point up = {0, 1};    /**< which way is up for a character; its length has no meaning */
   Point along = {1, 0}; /**< which way the base line runs; its length, against that of `up`, widens characters */
   double expansion = 1; /**< the width of characters against the font's own */

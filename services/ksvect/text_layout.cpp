@@ -6,9 +6,10 @@ namespace ksvect {
 namespace {
 
 /** Measures of a font that isn't there, in heights of a capital. */
-constexpr double kGuessedAdvance = 0.85;
-constexpr double kGuessedTop = 1.3;
-constexpr double kGuessedBottom = -0.3;
+constexpr double kGuessedAdvance = 0.6;
+constexpr double kGuessedTop = 0.9;
+constexpr double kGuessedBottom = -0.2;
+constexpr double kGuessedCap = 0.7;
 
 constexpr std::size_t kGlyphsOfMark = 256;
 
@@ -43,10 +44,10 @@ class Typesetter {
  public:
   Typesetter(const TextStyle &textStyle, Layout &target) : style(textStyle), layout(target) {
     if (layout.font == nullptr) return;
-    const double em = 1 / layout.font->cap;
-    layout.size = {em * (style.expansion > 0 ? style.expansion : 1), em};
-    top = layout.font->top * em;
-    bottom = layout.font->bottom * em;
+    layout.size = {style.expansion > 0 ? style.expansion : 1, 1};
+    top = layout.font->top;
+    bottom = layout.font->bottom;
+    cap = layout.font->cap;
   }
 
   void Set(const std::u32string &characters) {
@@ -110,14 +111,13 @@ class Typesetter {
 
   /** The height that comes to lie at the text's position, where the lowest base line has 0. */
   double HeightAtPosition() const {
-    constexpr double kCap = 1;
     switch (style.upwards) {
       case AlignUp::Top:
         return layout.box.high.y;
       case AlignUp::Cap:
-        return highest + kCap;
+        return highest + cap;
       case AlignUp::Half:
-        return (highest + kCap) / 2;
+        return (highest + cap) / 2;
       case AlignUp::Base:
         return 0;
       case AlignUp::Bottom:
@@ -139,6 +139,7 @@ class Typesetter {
   Layout &layout;
   double top = kGuessedTop;
   double bottom = kGuessedBottom;
+  double cap = kGuessedCap;
   double highest = 0;  // base line
 };
 

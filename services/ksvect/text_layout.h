@@ -13,7 +13,7 @@ namespace ksvect {
 /** The characters of UTF-8; a byte that is none of it stands for itself. */
 std::u32string CharactersOf(std::string_view text);
 
-/** Characters in a frame of their own: x along the base line, y upwards, a unit the height of a capital. */
+/** Characters in a frame of their own: x along the base line, y upwards, a unit the height of the text. */
 struct Layout {
   struct Placed {
     char32_t character;
