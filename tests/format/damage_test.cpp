@@ -1,5 +1,6 @@
 // Files that are cut off or changed anywhere must end in a status or a picture, soon, without a fault.
 #include "bit_writer.h"
+#include "cgm_builder.h"
 #include "handlimg.h"
 #include "harness.h"
 #include "jpeg_builder.h"
@@ -88,6 +89,15 @@ Bytes JpegStream(bool lossless, std::uint32_t bits, std::uint32_t components) {
   return EncodeJpeg(spec);
 }
 
+Bytes Metafile() {
+  CgmBuilder metafile({}, {0, 60}, {60, 0});
+  metafile.Add(5, 22, metafile.New().Enumeration(3));
+  metafile.Add(4, 7, metafile.New().Points({{1, 2}, {50, 3}, {30, 50}}));
+  metafile.Add(4, 4, metafile.New().Points({{10, 20}}).Enumeration(1).String("some words"));
+  metafile.Add(4, 17, metafile.New().Points({{30, 30}, {50, 30}, {30, 40}}));
+  return metafile.Finish();
+}
+
 /** An image of one stream. Its headers are like those of others, so that the stream alone is damaged. */
 Shape Coded(const char *name, const char *compression, std::uint32_t bits, const Bytes &stream) {
   ImageSpec image{.rows = 9, .columns = 11, .compression = compression, .bits = bits, .data = stream};
@@ -134,6 +144,7 @@ std::vector<Shape> Shapes() {
            .Text({.text = "text", .fields = {{"TXSHD", "abc"}}})
            .DataExtension({"TRE_OVERFLOW", "user", Bytes(4, 1)}),
        {}},
+      {"drawing", NitfBuilder().Graphic({.data = Metafile(), .fields = {{"SBND2", "0006000060"}}}), {}},
       Coded("bilevel_stream", "C1", 1, T4Stream()),
       Coded("jpeg", "C3", 8, JpegStream(false, 8, 1)),
       Coded("jpeg_of_12_bits", "C3", 12, JpegStream(false, 12, 1)),
