@@ -13,10 +13,6 @@ namespace {
 /** The downgrade field's value that a downgrade event goes with (MIL-STD-2500A, table A-1, FSDWNG). */
 constexpr std::string_view kDowngradeByEvent = "999998";
 
-std::string_view BufferText(const char *buffer, std::size_t capacity) {
-  return {buffer, strnlen(buffer, capacity)};
-}
-
 bool DowngradeByEvent(const void *security, bool) {
   const char *text = static_cast<const SecurityFields *>(security)->DWNG;
   return BufferText(text, sizeof(SecurityFields::DWNG)) == kDowngradeByEvent;

@@ -282,6 +282,13 @@ void NitfHeaderFree(NitfHeader *header) {
   KsFreeAndClear(header->extendedHeaderData);
 }
 
+void ChangeFileLength(NitfHeader *header, std::int64_t bytes) {
+  // Files may be longer than the numbers beside the text can tell.
+  const std::int64_t length = std::max<std::int64_t>(ParseLongNumber(BufferText(header->FL, 12)) + bytes, 0);
+  FormatBounded(header->FL, sizeof header->FL, "%012lld", static_cast<long long>(length));
+  header->fileLength = header->fileLengthOut = static_cast<std::uint32_t>(ParseNumber(header->FL));
+}
+
 std::int32_t NitfHeaderRead(NitfHeader *header, NitfFile &file, StreamFileHeader &stream, bool replay) {
   HeaderReader reader(file, header);
   if (replay) reader.ReplayFrom(stream);

@@ -81,6 +81,9 @@ void NitfHeaderInit(NitfHeader *header);
 /** Releases tables and data, and sets each pointer to null; may be called twice. */
 void NitfHeaderFree(NitfHeader *header);
 
+/** Carries another length of the file into all that tells it: FL as text, as read and for the output. */
+void ChangeFileLength(NitfHeader *header, std::int64_t bytes);
+
 /**
  * Reads the header from the file's position. A length that is given as unknown makes it read once more, from the stream
  * file header near the end of the file. SUCCESS, ERROR_FILE_READ, ERROR_FILE_FORMAT, NITF_UNSUPPORTED_VERSION,
