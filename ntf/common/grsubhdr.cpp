@@ -92,11 +92,11 @@ constexpr HeaderRow kRows[] = {
     BytesRow("SXSHD", offsetof(Record, extendedData), offsetof(Record, SXSHDL), 3),
 };
 
-std::int32_t SetBound(std::int32_t (&bound)[2], char *text, std::uint32_t first, std::uint32_t second) {
-  bound[0] = static_cast<std::int32_t>(first);
-  bound[1] = static_cast<std::int32_t>(second);
-  SetNumberField(text, 5, first);
-  return SetNumberField(text + 5, 5, second);
+std::int32_t SetBound(std::int32_t (&bound)[2], char *text, std::int32_t first, std::int32_t second) {
+  bound[0] = first;
+  bound[1] = second;
+  SetNumberField(text, 5, static_cast<std::uint32_t>(first));
+  return SetNumberField(text + 5, 5, static_cast<std::uint32_t>(second));
 }
 
 }  // namespace
@@ -136,10 +136,10 @@ std::int32_t GraphicSetLocation(GraphicSubheader *record, std::int32_t row, std:
   return SetLocationField(record->SLOC, row, column);
 }
 
-std::int32_t GraphicSetBound1(GraphicSubheader *record, std::uint32_t first, std::uint32_t second) {
+std::int32_t GraphicSetBound1(GraphicSubheader *record, std::int32_t first, std::int32_t second) {
   return SetBound(record->firstBound, record->SBND1, first, second);
 }
 
-std::int32_t GraphicSetBound2(GraphicSubheader *record, std::uint32_t first, std::uint32_t second) {
+std::int32_t GraphicSetBound2(GraphicSubheader *record, std::int32_t first, std::int32_t second) {
   return SetBound(record->secondBound, record->SBND2, first, second);
 }

@@ -68,6 +68,6 @@ std::int32_t GraphicSubheaderRead(GraphicSubheader *record, NitfFile &file, Stre
 /** SLOC: the sign first, of five characters each; a number with more has its digits at 0. */
 std::int32_t GraphicSetLocation(GraphicSubheader *record, std::int32_t row, std::int32_t column);
 
-/** SBND1 and SBND2, of five digits each; a number with more leaves its half at 0. */
-std::int32_t GraphicSetBound1(GraphicSubheader *record, std::uint32_t first, std::uint32_t second);
-std::int32_t GraphicSetBound2(GraphicSubheader *record, std::uint32_t first, std::uint32_t second);
+/** SBND1 and SBND2, of five characters each; a number with more leaves its half at 0. */
+std::int32_t GraphicSetBound1(GraphicSubheader *record, std::int32_t first, std::int32_t second);
+std::int32_t GraphicSetBound2(GraphicSubheader *record, std::int32_t first, std::int32_t second);

@@ -247,7 +247,7 @@ bool IsListed(const HeaderRow &row, const char *base, bool nitf20) {
 
 std::string_view FieldBytes(const HeaderRow &row, const char *base, bool nitf20) {
   if (row.kind == HeaderRow::Kind::Text) return {base + row.place, WidthOf(row, nitf20)};
-  return {DataAt(base, row.place), static_cast<std::size_t>(LengthAt(base, row.countedBy) - row.overhead)};
+  return {DataAt(base, row.place), static_cast<std::size_t>(std::max(LengthAt(base, row.countedBy) - row.overhead, 0))};
 }
 
 void ListRows(std::span<const HeaderRow> rows, const char *base, bool nitf20, std::string_view prefix,
