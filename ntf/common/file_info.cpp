@@ -99,7 +99,7 @@ constexpr InfoRow Tables(std::size_t info) {
   return InfoSpecial(info, GetTables<lengths, text>, SetTables<lengths, text>, FreeTables);
 }
 
-// ----
+// ---- colour and version
 
 std::int32_t SetBackground(void *record, const char *info) {
   const auto color = LoadInfo<std::uint32_t>(info);

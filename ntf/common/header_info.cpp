@@ -17,7 +17,6 @@ std::uint32_t NumberIn(const char *text, std::size_t width) {
 }
 
 // ---- get
-// --------------------------------------------------------------------------------------------------------------
 
 void GetText(const InfoRow &row, const char *record, char *info) {
   char *text = nullptr;
@@ -76,7 +75,6 @@ std::int32_t GetRow(const InfoRow &row, const char *record, char *info) {
 }
 
 // ---- set
-// --------------------------------------------------------------------------------------------------------------
 
 std::int32_t SetText(const InfoRow &row, char *record, const char *info) {
   const char *const text = LoadInfo<const char *>(info);
