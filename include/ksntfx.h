@@ -27,7 +27,9 @@ extern "C" {
 
 /** Results that are the format's own; the others are those of KsStatus. */
 enum NitfStatus {
-  NITF_NULL_HANDLE = -261,           /**< a null NitfHandle */
+  NITF_NO_HANDLE = 0,                /**< a null NitfHandle, from the functions on headers */
+  NITF_OUT_OF_RANGE = 87,            /**< no segment of that index, or a null record; neither SUCCESS nor negative */
+  NITF_NULL_HANDLE = -261,           /**< a null NitfHandle, from all others */
   NITF_UNSUPPORTED_VERSION = -78,    /**< FVER is not 02.10 */
   NITF_UNSUPPORTED_PVTYPE = -700000, /**< PVTYPE is neither INT nor B */
   NITF_UNSUPPORTED_CLEVEL = -700001, /**< CLEVEL is not 03 */
@@ -177,6 +179,265 @@ KSNTFX_API int32_t K_NITFGetStatus(NitfHandle handle);
  */
 KSNTFX_API int32_t K_NITFSaveFile(NitfHandle handle, const char16_t *name);
 KSNTFX_API int32_t K_NITFSaveFileA(NitfHandle handle, const char *name);
+
+/* ---- header records -----------------------------------------------------------------------------------------------
+ *
+ * What the Get functions fill and the Set functions store: fields under the names that the standard gives them
+ * (MIL-STD-2500C, tables A-1, A-3, A-5, A-6). Byte-packed: no gap between members.
+ *
+ * A text member is zero-terminated. One that Get filled belongs to the record until the matching Free; one that a
+ * caller fills for a Set stays the caller's, and such a record is not to be given to Free. Where a Set finds a null
+ * text it leaves the field as it is. The number behind a text is the most characters that it may have; a file may keep
+ * fewer of them. Numbers say how many digits their field has; one with more is stored as zeros. Dates are groups of two
+ * characters, century first, and have no terminator.
+ *
+ * A data member (UDID, IXSHD and their kin) holds 3 bytes less than the length member in front of it says. In a Set
+ * with another length and a null pointer the data that are held are cut, or go on in zeros.
+ */
+
+#pragma pack(push, 1)
+
+/** The file header. Get doesn't fill what is marked "set only"; Set stores it all the same. */
+typedef struct NitfHeaderInfo {
+  char *FHDR;       /**< 4 */
+  uint32_t CLEVEL;  /**< 1 to 7, or 99; others are not stored */
+  char *STYPE;      /**< 4 */
+  char *OSTAID;     /**< 10 */
+  char *FTITLE;     /**< 80 */
+  char *FSCLAS;     /**< 1: T, S, C, R or U */
+  char *FSCLSY;     /**< 2 */
+  char *FSCODE;     /**< 40 */
+  char *FSCTLH;     /**< 40 */
+  char *FSREL;      /**< 40 */
+  char *FSDCTP;     /**< 2 */
+  char *FSDCXM;     /**< 4 */
+  char *FSDG;       /**< 1 */
+  char *FSCLTX;     /**< 43 */
+  char *FSCATP;     /**< 1 */
+  char *FSCAUT;     /**< 40 */
+  char *FSCRSN;     /**< 1 */
+  char *FSCTLN;     /**< 20 */
+  char *ONAME;      /**< 27 */
+  char *OPHONE;     /**< 18 */
+  uint32_t HL;      /**< 6 digits, bytes of the header */
+  uint32_t FL;      /**< 12 digits, bytes of the file */
+  uint32_t FSCOP;   /**< 5 digits */
+  uint32_t FSCPYS;  /**< 5 digits */
+  uint32_t ENCRYP;  /**< 1 digit */
+  uint32_t NUMI;    /**< images; a Set passes over a count above that of the segments, and its two tables */
+  uint32_t *LISH;   /**< NUMI lengths of subheaders, in bytes */
+  uint32_t *LI;     /**< NUMI lengths of data */
+  uint32_t NUMS;    /**< graphics, likewise */
+  uint32_t *LSSH;   /**< NUMS */
+  uint32_t *LS;     /**< NUMS */
+  uint32_t NUMX;    /**< 3 digits; set only */
+  uint32_t NUMT;    /**< texts, likewise */
+  uint32_t *LTSH;   /**< NUMT */
+  uint32_t *LT;     /**< NUMT */
+  uint32_t NUMDES;  /**< data extensions, likewise; set only */
+  uint32_t *LDSH;   /**< NUMDES; set only */
+  uint32_t *LD;     /**< NUMDES; set only */
+  uint32_t NUMRES;  /**< reserved extensions, likewise; set only */
+  uint32_t *LRESH;  /**< NUMRES; set only */
+  uint32_t *LRE;    /**< NUMRES; set only */
+  uint32_t UDHDL;   /**< 5 digits; 0 is without user data, else 3 and the bytes of UDHD; set only */
+  uint32_t UDHOFL;  /**< 3 digits; set only */
+  void *UDHD;       /**< set only */
+  uint32_t XHDL;    /**< 5 digits, as UDHDL for XHD; set only */
+  uint32_t XHDLOFL; /**< 3 digits; set only */
+  void *XHD;        /**< set only */
+  uint32_t FBKGC;   /**< background colour, red in the low byte; set only */
+  char FSSRDT[4][2];
+  char FSDGDT[4][2];
+  char FSDCDT[4][2];
+  char FDT[7][2];
+  float FVER; /**< two decimals: 2.1 is 02.10; what takes more than five characters is not stored */
+} NitfHeaderInfo;
+
+/** An image subheader. */
+typedef struct NitfImageHeaderInfo {
+  char *IM;   /**< 2 */
+  char *IID1; /**< 10 */
+  char IDATIM[7][2];
+  char *TGTID;  /**< 17 */
+  char *IID2;   /**< 80 */
+  char *ISCLAS; /**< 1 */
+  char *ISCLSY; /**< 2 */
+  char *ISCODE; /**< 40 */
+  char *ISCTLH; /**< 40 */
+  char *ISREL;  /**< 40 */
+  char *ISDCTP; /**< 2 */
+  char ISDCDT[4][2];
+  char *ISDCXM; /**< 4 */
+  char *ISDG;   /**< 1 */
+  char ISDGDT[4][2];
+  char *ISCLTX; /**< 43 */
+  char *ISCATP; /**< 1 */
+  char *ISCAUT; /**< 40 */
+  char *ISCRSN; /**< 1 */
+  char ISSRDT[4][2];
+  char *ISCTLN;    /**< 20 */
+  uint32_t ENCRYP; /**< 1 digit */
+  char *ISORCE;    /**< 42 */
+  uint32_t NROWS;  /**< 8 digits, pixels */
+  uint32_t NCOLS;  /**< 8 digits, pixels */
+  char *PVTYPE;    /**< 3: begins with I or B */
+  char *IREP;      /**< 8: begins with MONO, RGB, RGB/LUT, MULTI, NODISPLY, NVECTOR, POLAR, VPH or YCbCr601 */
+  char *ICAT;      /**< 8 */
+  uint32_t ABPP;   /**< 2 digits, bits */
+  char *PJUST;     /**< 1: L or R */
+  char *ICORDS;    /**< 1: blank where there is no IGEOLO */
+  char *IGEOLO;    /**< 60 */
+  uint32_t NICOM;  /**< 1 digit, not above the comments that the image has */
+  char **ICOM;     /**< NICOM texts of 80 */
+  char *IC;        /**< 2: one of the compressions */
+  char *COMRAT;    /**< 4 */
+  uint32_t NBANDS; /**< 1 digit, 0 where XBANDS counts; a Set makes the band group anew */
+  uint32_t XBANDS; /**< 5 digits; counts from the next Set on */
+  char **IREPBAND; /**< neither filled nor stored, as the three behind it; Free releases NBANDS texts of each */
+  char **ISUBCAT;
+  char **IFC;
+  char **IMFLT;
+  uint32_t ISYNC;     /**< 1 digit */
+  char *IMODE;        /**< 1: B, P, R or S */
+  uint32_t NBPR;      /**< 4 digits, blocks */
+  uint32_t NBPC;      /**< 4 digits, blocks */
+  uint32_t NPPBH;     /**< up to 8192 pixels; 0 is NCOLS */
+  uint32_t NPPBV;     /**< up to 8192 pixels; 0 is NROWS */
+  uint32_t NBPP;      /**< 2 digits, bits */
+  uint32_t IDLVL;     /**< 1 to 999 */
+  uint32_t IALVL;     /**< 3 digits */
+  int32_t locationA;  /**< ILOC: from Get the column, to Set the row, in pixels */
+  int32_t locationB;  /**< ILOC: from Get the row, to Set the column */
+  char *IMAG;         /**< 4: a decimal fraction, or a slash and the divisor */
+  uint32_t UDIDL;     /**< 5 digits; 0 is without user data, else 3 and the bytes of UDID */
+  uint32_t UDOFL;     /**< 3 digits */
+  char *UDID;         /**< UDIDL - 3 bytes and a zero */
+  uint32_t IXSHDL;    /**< 5 digits, as UDIDL for IXSHD */
+  uint32_t IXSOFL;    /**< 3 digits */
+  uint8_t *IXSHD;     /**< Get gives IXSHDL bytes, zero behind the data */
+  uint32_t IMDATOFF;  /**< bytes */
+  uint16_t BMRLNTH;   /**< bytes */
+  uint16_t TMRLNTH;   /**< bytes */
+  uint16_t TPXCDLNTH; /**< bits */
+  uint8_t *TPXCD;     /**< (TPXCDLNTH + 7) / 8 bytes; Get gives TPXCDLNTH bytes, zero behind them */
+} NitfImageHeaderInfo;
+
+/** A graphic subheader. */
+typedef struct NitfGraphicHeaderInfo {
+  char *SY;     /**< 2 */
+  char *SID;    /**< 10 */
+  char *SNAME;  /**< 20 */
+  char *SSCLAS; /**< 1 */
+  char *SSCLSY; /**< 2 */
+  char *SSCODE; /**< 40 */
+  char *SSCTLH; /**< 40 */
+  char *SSREL;  /**< 40 */
+  char *SSDCTP; /**< 2 */
+  char SSDCDT[4][2];
+  char *SSDCXM; /**< 4 */
+  char *SSDG;   /**< 1 */
+  char SSDGDT[4][2];
+  char *SSCLTX; /**< 43 */
+  char *SSCATP; /**< 1 */
+  char *SSCAUT; /**< 40 */
+  char *SSCRSN; /**< 1 */
+  char SSSRDT[4][2];
+  char *SSCTLN;         /**< 20 */
+  uint32_t ENCRYP;      /**< 1 digit */
+  char *SFMT;           /**< 1 */
+  uint32_t SSTRUCT;     /**< 13 digits, of which those of 32 bits go through here */
+  uint32_t SDLVL;       /**< 3 digits */
+  uint32_t SALVL;       /**< 3 digits */
+  int32_t locationA;    /**< SLOC: from Get the column, to Set the row, in pixels */
+  int32_t locationB;    /**< SLOC: from Get the row, to Set the column */
+  uint32_t bound1First; /**< SBND1, five digits each */
+  uint32_t bound1Second;
+  char *SCOLOR;         /**< 1 */
+  uint32_t bound2First; /**< SBND2, five digits each */
+  uint32_t bound2Second;
+  uint32_t SRES2;  /**< 2 digits */
+  uint32_t SXSHDL; /**< 5 digits; 0 is without data, else 3 and the bytes of SXSHD */
+  uint32_t SXSOFL; /**< 3 digits */
+  uint8_t *SXSHD;  /**< Get gives SXSHDL bytes, zero behind the data */
+} NitfGraphicHeaderInfo;
+
+/** A text subheader. */
+typedef struct NitfTextHeaderInfo {
+  char *TE;         /**< 2 */
+  char *TEXTID;     /**< 10 */
+  uint32_t TXTALVL; /**< 3 digits */
+  char TXTDT[7][2];
+  char *TXTITL; /**< 80 */
+  char *TSCLAS; /**< 1 */
+  char *TSCLSY; /**< 2 */
+  char *TSCODE; /**< 40 */
+  char *TSCTLH; /**< 40 */
+  char *TSREL;  /**< 40 */
+  char *TSDCTP; /**< 2 */
+  char TSDCDT[4][2];
+  char *TSDCXM; /**< 4 */
+  char *TSDG;   /**< 1 */
+  char TSDGDT[4][2];
+  char *TSCLTX; /**< 43 */
+  char *TSCATP; /**< 1 */
+  char *TSCAUT; /**< 40 */
+  char *TSCRSN; /**< 1 */
+  char TSSRDT[4][2];
+  char *TSCTLN;    /**< 20 */
+  uint32_t ENCRYP; /**< 1 digit */
+  char *TXTFMT;    /**< 3 */
+  uint32_t TXSHDL; /**< 5 digits; 0 is without data, else 3 and the bytes of TXSHD */
+  uint32_t TXSOFL; /**< 3 digits */
+  uint8_t *TXSHD;  /**< Get gives TXSHDL - 3 bytes */
+} NitfTextHeaderInfo;
+
+#pragma pack(pop)
+
+/**
+ * The file header. Get fills the members that aren't marked "set only" and is for a record that was cleared. Set stores
+ * every member and passes over what a field doesn't take; nothing is checked against the segments. SUCCESS;
+ * NITF_NO_HANDLE for a null handle, NITF_OUT_OF_RANGE for a null record.
+ */
+KSNTFX_API int32_t K_NITFGetNITFHeader(NitfHandle handle, NitfHeaderInfo *record);
+KSNTFX_API int32_t K_NITFSetNITFHeader(NitfHandle handle, const NitfHeaderInfo *record);
+/** Releases what Get allocated and sets the pointers to null; may be called twice, and for a null record. SUCCESS. */
+KSNTFX_API int32_t K_NITFFreeNITFHeader(NitfHeaderInfo *record);
+
+/** The images; 0 for a null handle. */
+KSNTFX_API int32_t K_NITFGetImageHeaderCount(NitfHandle handle);
+/**
+ * The subheader of an image, for a record that was cleared. SUCCESS; NITF_NO_HANDLE; NITF_OUT_OF_RANGE for an index
+ * that is not below the number of images; ERROR_INVALID_VALUE for a null record.
+ */
+KSNTFX_API int32_t K_NITFGetImageHeader(NitfHandle handle, uint32_t index, NitfImageHeaderInfo *record);
+/**
+ * Stores all members in turn, and stops at the first that a field doesn't take (ERROR_INVALID_VALUE) or that there is
+ * no memory for (ERROR_NO_MEMORY): what was stored before stands. A change of ICORDS or IC that makes the subheader
+ * longer or shorter is carried into the file header; other lengths are the caller's to keep. SUCCESS, NITF_NO_HANDLE,
+ * NITF_OUT_OF_RANGE also for a null record.
+ */
+KSNTFX_API int32_t K_NITFSetImageHeader(NitfHandle handle, uint32_t index, const NitfImageHeaderInfo *record);
+KSNTFX_API int32_t K_NITFFreeImageHeader(NitfImageHeaderInfo *record);
+
+/** As those for images, with NITF_OUT_OF_RANGE for a null record; no lengths follow. */
+KSNTFX_API int32_t K_NITFGetGraphicHeaderCount(NitfHandle handle);
+KSNTFX_API int32_t K_NITFGetGraphicHeader(NitfHandle handle, uint32_t index, NitfGraphicHeaderInfo *record);
+KSNTFX_API int32_t K_NITFSetGraphicHeader(NitfHandle handle, uint32_t index, const NitfGraphicHeaderInfo *record);
+KSNTFX_API int32_t K_NITFFreeGraphicHeader(NitfGraphicHeaderInfo *record);
+
+/** The same for texts. Get gives ERROR_NO_MEMORY where there is none for TXSHD. */
+KSNTFX_API int32_t K_NITFGetTextHeaderCount(NitfHandle handle);
+KSNTFX_API int32_t K_NITFGetTextHeader(NitfHandle handle, uint32_t index, NitfTextHeaderInfo *record);
+KSNTFX_API int32_t K_NITFSetTextHeader(NitfHandle handle, uint32_t index, const NitfTextHeaderInfo *record);
+KSNTFX_API int32_t K_NITFFreeTextHeader(NitfTextHeaderInfo *record);
+
+/**
+ * A text, as its bytes, with a zero behind it. `size`, if not null, takes its length without the zero; `buffer`, if not
+ * null, must hold one byte more. SUCCESS, NITF_NO_HANDLE, NITF_OUT_OF_RANGE, ERROR_FILE_READ for a text that the file
+ * doesn't hold to its end.
+ */
+KSNTFX_API int32_t K_NITFGetTextSegment(NitfHandle handle, uint32_t index, char *buffer, uint32_t *size);
 
 #ifdef __cplusplus
 }

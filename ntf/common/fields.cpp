@@ -29,6 +29,17 @@ DateParts SplitDateTime(std::string_view date) {
   return parts;
 }
 
+void SetLocationHalf(char *half, std::int32_t value) {
+  constexpr std::size_t kHalf = 5;
+  char rendered[kHalf + 1];
+  FormatBounded(rendered, sizeof rendered, "%d", value);
+  std::string_view digits = rendered;
+  if (digits.starts_with('-')) digits.remove_prefix(1);
+  std::memset(half, '0', kHalf);
+  std::memcpy(half + kHalf - digits.size(), digits.data(), digits.size());
+  if (value < 0) half[0] = '-';
+}
+
 bool WriteFill(KsHandle out, char fill, std::uint32_t count) {
   for (std::uint32_t written = 0; written < count; ++written) {
     if (KsWrite(out, &fill, 1) != 1) return false;
@@ -94,6 +105,13 @@ std::int32_t SetNumberField(char *target, std::uint32_t width, std::uint32_t val
   std::memset(target, '0', width);
   target[width] = '\0';
   if (length > 0) std::memcpy(target + width - length, digits.data(), static_cast<std::size_t>(length));
+  return SUCCESS;
+}
+
+std::int32_t SetLocationField(char *target, std::int32_t row, std::int32_t column) {
+  SetLocationHalf(target, row);
+  SetLocationHalf(target + 5, column);
+  target[10] = '\0';
   return SUCCESS;
 }
 

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 /** One two-character part of a date, with room for the NUL of SetNumberField. */
@@ -46,6 +47,12 @@ std::int32_t SetField(char *target, std::uint32_t width, const char *text);
 std::int32_t SetNumberField(char *target, std::uint32_t width, std::uint32_t value);
 
 /**
+ * Stores a location in a field of 10 characters, five each for row and column, a minus sign in the first place of its
+ * half. A number of more characters has its digits at 0. Always SUCCESS.
+ */
+std::int32_t SetLocationField(char *target, std::int32_t row, std::int32_t column);
+
+/**
  * Writes a field at its exact width. With the fill " " the text stands at the front and spaces follow; with any other
  * fill its first character goes in front and the text stands at the back. A longer text is cut to the width. The first
  * argument has no effect. SUCCESS or ERROR_FILE_WRITE.
@@ -54,6 +61,11 @@ std::int32_t WriteField(const void *, KsHandle out, const char *text, std::uint3
 
 /** Stores a new copy of `text` from KsCalloc in `*target`, or null without memory. The caller frees it with KsFree. */
 void CopyOutString(char **target, std::string_view text);
+
+/** The text in a buffer, up to its NUL or to the end of the buffer. */
+inline std::string_view BufferText(const char *buffer, std::size_t capacity) {
+  return {buffer, strnlen(buffer, capacity)};
+}
 
 /** Joins the seven parts of a date into `target`, 15 bytes. */
 void FormatDateTime(char *target, const DateParts &parts);

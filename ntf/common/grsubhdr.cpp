@@ -1,5 +1,6 @@
 #include "grsubhdr.h"
 
+#include "fields.h"
 #include "headerwriter.h"
 #include "internal/ksclasses_.h"
 #include "nitffile.h"
@@ -91,6 +92,13 @@ constexpr HeaderRow kRows[] = {
     BytesRow("SXSHD", offsetof(Record, extendedData), offsetof(Record, SXSHDL), 3),
 };
 
+std::int32_t SetBound(std::int32_t (&bound)[2], char *text, std::int32_t first, std::int32_t second) {
+  bound[0] = first;
+  bound[1] = second;
+  SetNumberField(text, 5, static_cast<std::uint32_t>(first));
+  return SetNumberField(text + 5, 5, static_cast<std::uint32_t>(second));
+}
+
 }  // namespace
 
 const HeaderTable kGraphicTable = {kRows};
@@ -120,4 +128,18 @@ void GraphicSubheaderFree(GraphicSubheader *record) {
 std::int32_t GraphicSubheaderRead(GraphicSubheader *record, NitfFile &file, StreamFileHeader &stream, bool replay) {
   HeaderReader reader(file, record);
   return ReadSubheader(reader, kGraphicTable, file, stream, replay);
+}
+
+std::int32_t GraphicSetLocation(GraphicSubheader *record, std::int32_t row, std::int32_t column) {
+  record->locationRow = row;
+  record->locationColumn = column;
+  return SetLocationField(record->SLOC, row, column);
+}
+
+std::int32_t GraphicSetBound1(GraphicSubheader *record, std::int32_t first, std::int32_t second) {
+  return SetBound(record->firstBound, record->SBND1, first, second);
+}
+
+std::int32_t GraphicSetBound2(GraphicSubheader *record, std::int32_t first, std::int32_t second) {
+  return SetBound(record->secondBound, record->SBND2, first, second);
 }

@@ -62,3 +62,12 @@ void GraphicSubheaderFree(GraphicSubheader *record);
  * (marker, SSCLAS, SFMT other than B, C, O), ERROR_NO_MEMORY.
  */
 std::int32_t GraphicSubheaderRead(GraphicSubheader *record, NitfFile &file, StreamFileHeader &stream, bool replay);
+
+// ---- setters: the text of a field and its numbers in step; always SUCCESS
+
+/** SLOC: the sign first, of five characters each; a number with more has its digits at 0. */
+std::int32_t GraphicSetLocation(GraphicSubheader *record, std::int32_t row, std::int32_t column);
+
+/** SBND1 and SBND2, of five characters each; a number with more leaves its half at 0. */
+std::int32_t GraphicSetBound1(GraphicSubheader *record, std::int32_t first, std::int32_t second);
+std::int32_t GraphicSetBound2(GraphicSubheader *record, std::int32_t first, std::int32_t second);

@@ -103,7 +103,7 @@ void InvertPadCode(ImageSubheader &image) {
   const bool wasZero = image.padCode[0] == 0;
   KsFreeAndClear(image.padCode);
   KsArray<std::uint8_t> inverse;
-  if (!inverse.Allocate(2)) return;
+  if (!inverse.Allocate(PadCodeBytes(image) + 2)) return;
   inverse[0] = wasZero ? 1 : 0;
   image.padCode = inverse.Release();
 }

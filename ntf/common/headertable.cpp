@@ -13,10 +13,6 @@ namespace {
 /** The downgrade field's value that a downgrade event goes with (MIL-STD-2500A, table A-1, FSDWNG). */
 constexpr std::string_view kDowngradeByEvent = "999998";
 
-std::string_view BufferText(const char *buffer, std::size_t capacity) {
-  return {buffer, strnlen(buffer, capacity)};
-}
-
 bool DowngradeByEvent(const void *security, bool) {
   const char *text = static_cast<const SecurityFields *>(security)->DWNG;
   return BufferText(text, sizeof(SecurityFields::DWNG)) == kDowngradeByEvent;
@@ -251,7 +247,7 @@ bool IsListed(const HeaderRow &row, const char *base, bool nitf20) {
 
 std::string_view FieldBytes(const HeaderRow &row, const char *base, bool nitf20) {
   if (row.kind == HeaderRow::Kind::Text) return {base + row.place, WidthOf(row, nitf20)};
-  return {DataAt(base, row.place), static_cast<std::size_t>(LengthAt(base, row.countedBy) - row.overhead)};
+  return {DataAt(base, row.place), static_cast<std::size_t>(std::max(LengthAt(base, row.countedBy) - row.overhead, 0))};
 }
 
 void ListRows(std::span<const HeaderRow> rows, const char *base, bool nitf20, std::string_view prefix,

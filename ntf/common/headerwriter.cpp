@@ -4,6 +4,7 @@
 #include "nitffile.h"
 #include "savenitf.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -72,9 +73,19 @@ std::int32_t HeaderWriter::Number(std::int64_t value, std::uint32_t width) {
 }
 
 std::int32_t HeaderWriter::Bytes(const void *bytes, std::uint64_t count) {
+  if (bytes == nullptr && count != 0) return Zeros(count);
   written += count;
   const bool done = visit || count == 0 || KsWrite(out, bytes, count) == count;
   return done ? SUCCESS : ERROR_FILE_WRITE;
+}
+
+std::int32_t HeaderWriter::Zeros(std::uint64_t count) {
+  static constexpr std::uint8_t kZeros[256] = {};
+  for (; count != 0; count -= std::min<std::uint64_t>(count, sizeof kZeros)) {
+    const std::int32_t status = Bytes(kZeros, std::min<std::uint64_t>(count, sizeof kZeros));
+    if (status != SUCCESS) return status;
+  }
+  return SUCCESS;
 }
 
 std::int32_t HeaderWriter::BigEndian(std::uint32_t value, std::uint32_t bytes) {

@@ -27,7 +27,7 @@ class HeaderWriter {
   std::int32_t Text(const char *text, std::uint32_t width, char fill);
   /** Writes a number with zeros in front. One with more digits than the field keeps its first digits. */
   std::int32_t Number(std::int64_t value, std::uint32_t width);
-  /** Writes bytes as they are. */
+  /** Writes bytes as they are; null stands for zeros. */
   std::int32_t Bytes(const void *bytes, std::uint64_t count);
   /** Writes the low `bytes` bytes of a number, the highest first. */
   std::int32_t BigEndian(std::uint32_t value, std::uint32_t bytes);
@@ -47,6 +47,7 @@ class HeaderWriter {
  private:
   std::int32_t WriteRows(std::span<const HeaderRow> rows, const char *base, char fill, const HeaderRow *group);
   std::int32_t WriteRow(const HeaderRow &row, const char *base, char fill, const HeaderRow *group);
+  std::int32_t Zeros(std::uint64_t count);
   std::int32_t WriteData(const HeaderRow &row, const char *base);
 
   KNitfSaveFile &save;

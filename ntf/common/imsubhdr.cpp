@@ -2,6 +2,7 @@
 
 #include "fields.h"
 #include "headerwriter.h"
+#include "image_codes.h"
 #include "internal/ksclasses_.h"
 #include "ksntfx.h"
 #include "nitffile.h"
@@ -14,46 +15,6 @@
 #include <iterator>
 
 namespace {
-
-/** A text of the format and the number that stands for it. A field matches by its first characters. */
-struct Code {
-  std::string_view text;
-  std::uint32_t value;
-};
-
-constexpr Code kCompressions[] = {{"NC", kNC}, {"NM", kNM}, {"C0", kC0}, {"C1", kC1}, {"C2", kC2},
-                                  {"C3", kC3}, {"C4", kC4}, {"C5", kC5}, {"C6", kC6}, {"C8", kC8},
-                                  {"I1", kI1}, {"M0", kM0}, {"M1", kM1}, {"M2", kM2}, {"M3", kM3},
-                                  {"M4", kM4}, {"M5", kM5}, {"M6", kM6}, {"M8", kM8}};
-
-// In the order of comparison: "RGB/LUT" begins with "RGB".
-constexpr Code kRepresentations[] = {
-    {"MONO", kMono},      {"RGB/LUT", kRgbLut}, {"RGB", kRgb}, {"MULTI", kMulti},      {"NODISPLY", kNoDisplay},
-    {"NVECTOR", kVector}, {"POLAR", kPolar},    {"VPH", kVph}, {"YCbCr601", kYCbCr601}};
-
-constexpr Code kBandRepresentations[] = {{"LU", kBandLut}, {"R", kBandRed}, {"G", kBandGreen}, {"B", kBandBlue},
-                                         {"M", kBandMono}, {"Y", kBandY},   {"Cb", kBandCb},   {"Cr", kBandCr}};
-
-constexpr Code kModes[] = {
-    {"B", kBlockInterleaved}, {"P", kPixelInterleaved}, {"R", kRowInterleaved}, {"S", kBandSequential}};
-
-constexpr Code kRates[] = {{"1D", kRate1D}, {"2DS", kRate2DS}, {"2DH", kRate2DH}};
-
-/** Sets `value` to the first code that the text begins with; false where there is none. */
-template <std::size_t count>
-bool Decode(const Code (&codes)[count], std::string_view text, std::uint32_t *value) {
-  const Code *code =
-      std::find_if(codes, codes + count, [&](const Code &entry) { return text.starts_with(entry.text); });
-  if (code == codes + count) return false;
-  *value = code->value;
-  return true;
-}
-
-template <std::size_t count>
-std::string_view CodeText(const Code (&codes)[count], std::uint32_t value) {
-  const Code *code = std::find_if(codes, codes + count, [&](const Code &entry) { return entry.value == value; });
-  return code == codes + count ? std::string_view() : code->text;
-}
 
 ImageSubheader &Image(HeaderReader &reader) {
   return reader.As<ImageSubheader>();
@@ -85,7 +46,7 @@ std::int32_t DecodePixelValueType(HeaderReader &reader, std::string_view text) {
 }
 
 std::int32_t DecodeRepresentation(HeaderReader &reader, std::string_view text) {
-  Decode(kRepresentations, text, &Image(reader).representation);
+  DecodeImageCode(kRepresentations, text, &Image(reader).representation);
   return SUCCESS;
 }
 
@@ -95,12 +56,12 @@ std::int32_t DecodeJustification(HeaderReader &reader, std::string_view text) {
 }
 
 std::int32_t DecodeCompression(HeaderReader &reader, std::string_view text) {
-  Decode(kCompressions, text, &Image(reader).compression);
+  DecodeImageCode(kCompressions, text, &Image(reader).compression);
   return SUCCESS;
 }
 
 std::int32_t DecodeRate(HeaderReader &reader, std::string_view text) {
-  Decode(kRates, text, &Image(reader).rateKind);
+  DecodeImageCode(kRates, text, &Image(reader).rateKind);
   return SUCCESS;
 }
 
@@ -112,7 +73,7 @@ std::int32_t DecodeBandField(HeaderReader &reader, std::string_view) {
 }
 
 std::int32_t DecodeMode(HeaderReader &reader, std::string_view text) {
-  return Decode(kModes, text, &Image(reader).mode) ? SUCCESS : ERROR_FILE_FORMAT;
+  return DecodeImageCode(kModes, text, &Image(reader).mode) ? SUCCESS : ERROR_FILE_FORMAT;
 }
 
 std::int32_t DecodeBlockWidth(HeaderReader &reader, std::string_view) {
@@ -134,8 +95,7 @@ std::int32_t CheckBitsPerPixel(HeaderReader &reader, std::string_view) {
 }
 
 std::int32_t DecodeMagnification(HeaderReader &reader, std::string_view text) {
-  double &magnification = Image(reader).magnification;
-  magnification = text.starts_with('/') ? 1.0 / ParseNumber(text.substr(1)) : ParseFraction(text);
+  Image(reader).magnification = ParseMagnification(text);
   return SUCCESS;
 }
 
@@ -211,7 +171,7 @@ std::int32_t ReadBand(HeaderReader &reader, std::uint32_t band) {
   char representation[2];
   std::int32_t status = reader.Take(representation, 2);
   if (status != SUCCESS) return status;
-  Decode(kBandRepresentations, {representation, 2}, &image.bandRepresentation[band]);
+  DecodeImageCode(kBandRepresentations, {representation, 2}, &image.bandRepresentation[band]);
   status = reader.Take(image.bandSubcategories[band], 6);
   if (status == SUCCESS) status = reader.Take(image.bandFilterConditions[band], 1);
   if (status == SUCCESS) status = reader.Take(image.bandFilterCodes[band], 3);
@@ -326,7 +286,7 @@ std::int32_t WritePixelValueType(HeaderWriter &writer) {
 }
 
 std::int32_t WriteRepresentation(HeaderWriter &writer) {
-  return WriteCode(writer, CodeText(kRepresentations, Image(writer).representation), 8);
+  return WriteCode(writer, ImageCodeText(kRepresentations, Image(writer).representation), 8);
 }
 
 std::int32_t WriteJustification(HeaderWriter &writer) {
@@ -349,11 +309,11 @@ std::int32_t WriteComments(HeaderWriter &writer) {
 }
 
 std::int32_t WriteCompression(HeaderWriter &writer) {
-  return WriteCode(writer, CodeText(kCompressions, Image(writer).compression), 2);
+  return WriteCode(writer, ImageCodeText(kCompressions, Image(writer).compression), 2);
 }
 
 std::int32_t WriteRate(HeaderWriter &writer) {
-  const std::string_view text = CodeText(kRates, Image(writer).rateKind);
+  const std::string_view text = ImageCodeText(kRates, Image(writer).rateKind);
   return WriteCode(writer, text.empty() ? "00.0" : text, 4);
 }
 
@@ -385,7 +345,7 @@ std::int32_t WriteBandLut(HeaderWriter &writer, std::uint32_t band) {
 std::int32_t WriteBand(HeaderWriter &writer, std::uint32_t band) {
   const ImageSubheader &image = Image(writer);
   const bool held = band < image.bandsHeld;
-  std::int32_t status = WriteCode(writer, CodeText(kBandRepresentations, BandTag(image, band)), 2);
+  std::int32_t status = WriteCode(writer, ImageCodeText(kBandRepresentations, BandTag(image, band)), 2);
   if (status == SUCCESS) status = writer.Text(held ? image.bandSubcategories[band] : "", 6, ' ');
   if (status == SUCCESS) status = writer.Text(held ? image.bandFilterConditions[band] : "", 1, held ? '0' : ' ');
   if (status == SUCCESS) status = writer.Text(held ? image.bandFilterCodes[band] : "", 3, ' ');
@@ -404,7 +364,7 @@ std::int32_t WriteBands(HeaderWriter &writer) {
 }
 
 std::int32_t WriteMode(HeaderWriter &writer) {
-  return WriteCode(writer, CodeText(kModes, Image(writer).mode), 1);
+  return WriteCode(writer, ImageCodeText(kModes, Image(writer).mode), 1);
 }
 
 /** A block as wide or high as the image is written as 0 where its size has more digits than the field. */
@@ -551,19 +511,23 @@ std::int32_t ImageSubheaderRead(ImageSubheader *record, NitfFile &file, StreamFi
   return SUCCESS;
 }
 
+double ParseMagnification(std::string_view text) {
+  return text.starts_with('/') ? 1.0 / ParseNumber(text.substr(1)) : ParseFraction(text);
+}
+
 bool HasMaskTable(std::uint32_t compression) {
   return compression == kNM || compression == kM0 || compression == kM1 || compression == kM3 || compression == kM4 ||
          compression == kM5;
 }
 
 std::string_view CompressionText(std::uint32_t compression) {
-  return CodeText(kCompressions, compression);
+  return ImageCodeText(kCompressions, compression);
 }
 std::string_view RepresentationText(std::uint32_t representation) {
-  return CodeText(kRepresentations, representation);
+  return ImageCodeText(kRepresentations, representation);
 }
 std::string_view BandRepresentationText(std::uint32_t representation) {
-  return CodeText(kBandRepresentations, representation);
+  return ImageCodeText(kBandRepresentations, representation);
 }
 
 std::uint64_t MaskTableBytes(const ImageSubheader &image) {

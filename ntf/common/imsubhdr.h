@@ -80,7 +80,7 @@ struct ImageSubheader {
   std::uint32_t attachmentLevel;
   std::int32_t locationRow;
   std::int32_t locationColumn;
-  double magnification;
+  double magnification;         /**< IMAG as a factor */
   std::uint32_t maskDataOffset; /**< IMDATOFF */
   std::uint16_t blockMaskLength;
   std::uint16_t padMaskLength;
@@ -117,7 +117,7 @@ struct ImageSubheader {
   char (*bandFilterConditions)[2]; /**< IFCn */
   char (*bandFilterCodes)[4];      /**< IMFLTn */
   std::uint32_t *bandLutCounts;    /**< NLUTSn */
-  std::uint32_t *bandLutEntries;   /**< NELUTn; null while no band has a table */
+  std::uint32_t *bandLutEntries;   /**< NELUTn, `bandsHeld` entries; null while no band has a table */
   char ISYNC[2];
   char IMODE[2];
   char NBPR[5];
@@ -162,6 +162,9 @@ void ImageSubheaderFree(ImageSubheader *record);
  */
 std::int32_t ImageSubheaderRead(ImageSubheader *record, NitfFile &file, StreamFileHeader &stream, bool replay);
 
+/** IMAG as a factor: a slash and a number is one part in so many, anything else a decimal fraction. */
+double ParseMagnification(std::string_view text);
+
 /** Whether a mask table stands in front of the image data of an IC. */
 bool HasMaskTable(std::uint32_t compression);
 
@@ -182,3 +185,47 @@ std::uint64_t MaskTableBytes(const ImageSubheader &image);
 inline std::uint32_t PadCodeBytes(const ImageSubheader &image) {
   return (image.padCodeBits + 7U) / 8U;
 }
+
+// ---- setters
+// Each keeps the text of a field and the number decoded from it in step. SUCCESS, or ERROR_INVALID_VALUE for what the
+// field doesn't take, with nothing changed.
+
+/** IREP, which must begin with one of its values. */
+std::int32_t ImageSetRepresentation(ImageSubheader *record, const char *text);
+
+/** PVTYPE, INT or B, by its first letter. */
+std::int32_t ImageSetPixelValueType(ImageSubheader *record, const char *text);
+
+/** PJUST, L or R. */
+std::int32_t ImageSetJustification(ImageSubheader *record, const char *text);
+
+/** IMODE: B, P, R or S. */
+std::int32_t ImageSetMode(ImageSubheader *record, const char *text);
+
+/** ICORDS. Its going to or from a blank takes IGEOLO into the subheader or out of it, and the lengths follow. */
+std::int32_t ImageSetCoordinates(ImageSubheader *record, const char *text);
+
+/** IC, exactly one of its values. COMRAT coming or going with it changes the lengths. */
+std::int32_t ImageSetCompression(ImageSubheader *record, const char *text);
+
+/** COMRAT, of up to four characters. */
+std::int32_t ImageSetRate(ImageSubheader *record, const char *text);
+
+/** IMAG. */
+std::int32_t ImageSetMagnification(ImageSubheader *record, const char *text);
+
+/** ILOC: the sign first, of five characters each; a number with more has its digits at 0. Always SUCCESS. */
+std::int32_t ImageSetLocation(ImageSubheader *record, std::int32_t row, std::int32_t column);
+
+/**
+ * NBANDS, 0 where XBANDS is to count: makes the band group anew, for as many bands as the greater of the two numbers
+ * says, without representation, subcategory, filter and lookup tables. ERROR_INVALID_VALUE above 99999, and
+ * ERROR_NO_MEMORY, leave all as it was.
+ */
+std::int32_t ImageSetBandCount(ImageSubheader *record, std::uint32_t count);
+
+/** IREPBAND of a band; a blank one can't be set. ERROR_INVALID_VALUE also for a band behind the last. */
+std::int32_t ImageSetBandRepresentation(ImageSubheader *record, std::uint32_t band, const char *text);
+
+/** TPXCD, as many bytes as `padCodeBits` calls for. ERROR_NO_MEMORY leaves none. */
+std::int32_t ImageSetPadCode(ImageSubheader *record, const void *code);

@@ -6,12 +6,7 @@
 #include "nitffile.h"
 #include "strmfhdr.h"
 
-#include <algorithm>
-#include <cstring>
-
 namespace {
-
-constexpr std::size_t kHalf = 5;
 
 std::int32_t CheckMarker(HeaderReader &reader, std::string_view text) {
   if (text != "LA") return ERROR_FILE_FORMAT;
@@ -24,15 +19,6 @@ std::int32_t PackColor(HeaderReader &reader, std::string_view text) {
   const auto byte = [&](std::size_t index) { return std::uint32_t{static_cast<std::uint8_t>(text[index])}; };
   reader.As<LabelSubheader>().*color = byte(0) | byte(1) << 8 | byte(2) << 16;
   return SUCCESS;
-}
-
-void SetHalf(char *half, std::int32_t value) {
-  char rendered[kHalf + 1];
-  FormatBounded(rendered, sizeof rendered, "%d", value);
-  std::string_view digits = rendered;
-  if (digits.starts_with('-')) digits.remove_prefix(1);
-  std::memcpy(half + kHalf - digits.size(), digits.data(), digits.size());
-  if (value < 0) half[0] = '-';
 }
 
 template <std::uint32_t LabelSubheader::*color>
@@ -87,10 +73,7 @@ void LabelSubheaderInit(LabelSubheader *record, NitfFile *file) {
 std::int32_t LabelSetLocation(LabelSubheader *record, std::int32_t row, std::int32_t column) {
   record->locationRow = row;
   record->locationColumn = column;
-  std::fill(record->LLOC, record->LLOC + 2 * kHalf, '0');
-  SetHalf(record->LLOC, row);
-  SetHalf(record->LLOC + kHalf, column);
-  return SUCCESS;
+  return SetLocationField(record->LLOC, row, column);
 }
 
 void LabelSubheaderFree(LabelSubheader *record) {

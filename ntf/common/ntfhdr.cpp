@@ -4,6 +4,7 @@
 #include "headerwriter.h"
 #include "internal/ksclasses_.h"
 #include "ksntfx.h"
+#include "length_tables.h"
 #include "nitffile.h"
 #include "platform.h"
 #include "savenitf.h"
@@ -60,43 +61,6 @@ std::int32_t CheckNoReservedSegments(HeaderReader &, std::string_view text) {
 /** Three digits count the segments of a kind. More is a number with a minus sign, for which no file is long enough. */
 constexpr std::uint32_t kMostSegments = 999;
 
-/** One length of each segment of a kind: its digits, and the tables that it goes into. */
-struct LengthColumn {
-  std::uint32_t width;
-  bool nineIsUnknown;
-  std::uint32_t *NitfHeader::*table;
-  std::uint32_t *NitfHeader::*outTable; /**< null where the kind has none */
-  bool writtenAsRead = false;           /**< and `outTable` follows */
-};
-
-/** The segment lengths of one kind, which follow the kind's count in the header. */
-struct LengthTable {
-  std::uint32_t NitfHeader::*count;
-  LengthColumn subheader;
-  LengthColumn data;
-};
-
-constexpr LengthTable kImageLengths = {
-    &NitfHeader::imageTableCount,
-    {6, true, &NitfHeader::imageSubheaderLengths, &NitfHeader::imageSubheaderLengthsOut},
-    {10, true, &NitfHeader::imageDataLengths, &NitfHeader::imageDataLengthsOut, true}};
-constexpr LengthTable kGraphicLengths = {
-    &NitfHeader::graphicTableCount,
-    {4, true, &NitfHeader::graphicSubheaderLengths, &NitfHeader::graphicSubheaderLengthsOut},
-    {6, false, &NitfHeader::graphicDataLengths, &NitfHeader::graphicDataLengthsOut}};
-constexpr LengthTable kLabelLengths = {&NitfHeader::labelTableCount,
-                                       {4, true, &NitfHeader::labelSubheaderLengths, nullptr},
-                                       {3, false, &NitfHeader::labelDataLengths, &NitfHeader::labelDataLengthsOut}};
-constexpr LengthTable kTextLengths = {&NitfHeader::textTableCount,
-                                      {4, true, &NitfHeader::textSubheaderLengths, nullptr},
-                                      {5, false, &NitfHeader::textDataLengths, &NitfHeader::textDataLengthsOut}};
-constexpr LengthTable kDataExtensionLengths = {&NitfHeader::dataExtensionTableCount,
-                                               {4, true, &NitfHeader::dataExtensionSubheaderLengths, nullptr},
-                                               {9, true, &NitfHeader::dataExtensionDataLengths, nullptr}};
-constexpr LengthTable kReservedLengths = {&NitfHeader::reservedExtensionTableCount,
-                                          {4, false, &NitfHeader::reservedSubheaderLengths, nullptr},
-                                          {7, false, &NitfHeader::reservedDataLengths, nullptr}};
-
 bool RenewTable(NitfHeader &header, std::uint32_t *NitfHeader::*table, std::uint32_t count) {
   if (table == nullptr) return true;
   KsFreeAndClear(header.*table);
@@ -106,8 +70,12 @@ bool RenewTable(NitfHeader &header, std::uint32_t *NitfHeader::*table, std::uint
 }
 
 bool RenewTables(NitfHeader &header, const LengthTable &lengths, std::uint32_t count) {
-  return RenewTable(header, lengths.subheader.table, count) && RenewTable(header, lengths.subheader.outTable, count) &&
-         RenewTable(header, lengths.data.table, count) && RenewTable(header, lengths.data.outTable, count);
+  header.*lengths.held = 0;
+  const bool made = RenewTable(header, lengths.subheader.table, count) &&
+                    RenewTable(header, lengths.subheader.outTable, count) &&
+                    RenewTable(header, lengths.data.table, count) && RenewTable(header, lengths.data.outTable, count);
+  if (made) header.*lengths.held = count;
+  return made;
 }
 
 std::int32_t ReadLength(HeaderReader &reader, const LengthColumn &column, std::uint32_t index) {
@@ -280,6 +248,13 @@ void NitfHeaderFree(NitfHeader *header) {
   }
   KsFreeAndClear(header->userHeaderData);
   KsFreeAndClear(header->extendedHeaderData);
+}
+
+void ChangeFileLength(NitfHeader *header, std::int64_t bytes) {
+  // Files may be longer than the numbers beside the text can tell.
+  const std::int64_t length = std::max<std::int64_t>(ParseLongNumber(BufferText(header->FL, 12)) + bytes, 0);
+  FormatBounded(header->FL, sizeof header->FL, "%012lld", static_cast<long long>(length));
+  header->fileLength = header->fileLengthOut = static_cast<std::uint32_t>(ParseNumber(header->FL));
 }
 
 std::int32_t NitfHeaderRead(NitfHeader *header, NitfFile &file, StreamFileHeader &stream, bool replay) {

@@ -5,7 +5,8 @@
 
 /**
  * The file header. A length table as read describes the source file and keeps its values; its `Out` twin starts as a
- * copy and describes the file that a save writes.
+ * copy and describes the file that a save writes. A table has memory for `...TableHeld` entries, of which
+ * `...TableCount` are in force: a caller may lower the count, and raise it again.
  */
 struct NitfHeader {
   std::uint32_t valid; /**< 1 once a magic was accepted */
@@ -16,28 +17,34 @@ struct NitfHeader {
   std::uint32_t headerLength; /**< HL: where the first segment of the source file stands */
   std::uint32_t headerLengthOut;
   std::uint32_t imageTableCount;
+  std::uint32_t imageTableHeld;
   std::uint32_t *imageSubheaderLengths;
   std::uint32_t *imageSubheaderLengthsOut;
   std::uint32_t *imageDataLengths;
   std::uint32_t fileLengthOut;
   std::uint32_t *imageDataLengthsOut;
   std::uint32_t graphicTableCount;
+  std::uint32_t graphicTableHeld;
   std::uint32_t *graphicSubheaderLengths;
   std::uint32_t *graphicSubheaderLengthsOut;
   std::uint32_t *graphicDataLengths;
   std::uint32_t *graphicDataLengthsOut;
   std::uint32_t labelTableCount;
+  std::uint32_t labelTableHeld;
   std::uint32_t *labelSubheaderLengths;
   std::uint32_t *labelDataLengths;
   std::uint32_t *labelDataLengthsOut;
   std::uint32_t textTableCount;
+  std::uint32_t textTableHeld;
   std::uint32_t *textSubheaderLengths;
   std::uint32_t *textDataLengths;
   std::uint32_t *textDataLengthsOut;
   std::uint32_t dataExtensionTableCount;
+  std::uint32_t dataExtensionTableHeld;
   std::uint32_t *dataExtensionSubheaderLengths;
   std::uint32_t *dataExtensionDataLengths;
   std::uint32_t reservedExtensionTableCount;
+  std::uint32_t reservedExtensionTableHeld;
   std::uint32_t *reservedSubheaderLengths;
   std::uint32_t *reservedDataLengths;
 
@@ -80,6 +87,9 @@ void NitfHeaderInit(NitfHeader *header);
 
 /** Releases tables and data, and sets each pointer to null; may be called twice. */
 void NitfHeaderFree(NitfHeader *header);
+
+/** Carries another length of the file into all that tells it: FL as text, as read and for the output. */
+void ChangeFileLength(NitfHeader *header, std::int64_t bytes);
 
 /**
  * Reads the header from the file's position. A length that is given as unknown makes it read once more, from the stream

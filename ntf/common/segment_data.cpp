@@ -1,5 +1,8 @@
 #include "segment_data.h"
 
+#include <algorithm>
+#include <cstring>
+
 std::int32_t ReadSegmentData(const NitfFile *file, SegmentKind kind, std::uint32_t index, SegmentData *data) {
   data->length = DataLength(file, kind, index);
   if (data->length == 0) return SUCCESS;
@@ -8,4 +11,19 @@ std::int32_t ReadSegmentData(const NitfFile *file, SegmentKind kind, std::uint32
   if (start < 0 || start > size || data->length > size - start) return ERROR_FILE_READ;
   if (!data->bytes.Allocate(std::uint64_t{data->length} + 1)) return ERROR_NO_MEMORY;
   return KsRead(file->fileHandle, data->bytes.Get(), data->length) == data->length ? SUCCESS : ERROR_FILE_READ;
+}
+
+std::int32_t ReadText(const NitfFile *file, std::uint32_t index, char *buffer) {
+  const TextSubheader &text = *FindText(file, index);
+  std::size_t length = TextDataLength(file, index);
+  if (text.hasMemoryData != 0) {
+    // A caller may have given the header another length than the text has: the buffer is as long as the header says.
+    length = text.memoryData == nullptr ? 0 : strnlen(text.memoryData, length);
+    std::copy_n(text.memoryData, length, buffer);
+  } else if (length != 0) {
+    SeekSegmentData(file, SegmentKind::Text, index);
+    if (KsRead(file->fileHandle, buffer, length) != length) return ERROR_FILE_READ;
+  }
+  buffer[length] = '\0';
+  return SUCCESS;
 }

@@ -11,3 +11,9 @@ struct SegmentData {
 
 /** Reads a body; what the file doesn't hold is not allocated. SUCCESS, ERROR_FILE_READ or ERROR_NO_MEMORY. */
 std::int32_t ReadSegmentData(const NitfFile *file, SegmentKind kind, std::uint32_t index, SegmentData *data);
+
+/**
+ * Copies a text into `buffer`, which holds one byte more than TextDataLength tells, from memory (up to its first zero
+ * byte) or from the file, with a zero behind it. ERROR_FILE_READ with what came where the file ends before the text.
+ */
+std::int32_t ReadText(const NitfFile *file, std::uint32_t index, char *buffer);

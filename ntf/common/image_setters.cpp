@@ -1,0 +1,166 @@
+// Setters of the image subheader: texts that stand for numbers, the band group, and the lengths that depend on them.
+#include "fields.h"
+#include "image_codes.h"
+#include "internal/ksclasses_.h"
+#include "nitffile.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+/** Bytes of the fields that are there or not, by another field's value. */
+constexpr std::int32_t kGeolocationBytes = 60;
+constexpr std::int32_t kRateBytes = 4;
+
+/** The most bands that XBANDS can count. */
+constexpr std::uint32_t kMostBands = 99999;
+
+/** Stores a text and the number that it begins with; neither where there is no such number or no room. */
+template <std::size_t count>
+std::int32_t SetCode(const ImageCode (&codes)[count], const char *text, char *field, std::uint32_t width,
+                     std::uint32_t *value) {
+  std::uint32_t decoded = 0;
+  if (!DecodeImageCode(codes, text, &decoded)) return ERROR_INVALID_VALUE;
+  const std::int32_t status = SetField(field, width, text);
+  if (status == SUCCESS) *value = decoded;
+  return status;
+}
+
+/** Carries another length of an image's subheader into the file header; an image without an entry there has no say. */
+void ChangeSubheaderLength(const ImageSubheader &image, std::int32_t bytes) {
+  NitfHeader &header = image.file->header;
+  if (bytes == 0 || header.imageSubheaderLengthsOut == nullptr || image.index >= header.imageTableCount) return;
+  header.imageSubheaderLengthsOut[image.index] += static_cast<std::uint32_t>(bytes);
+  ChangeFileLength(&header, bytes);
+}
+
+/** What a file's length changes by where a field of `bytes` bytes was there and is there. */
+std::int32_t Difference(bool was, bool is, std::int32_t bytes) {
+  return (is ? bytes : 0) - (was ? bytes : 0);
+}
+
+/** The arrays of the band group while they are made. */
+struct NewBands {
+  KsArray<std::uint32_t> representation;
+  KsArray<char[7]> subcategories;
+  KsArray<char[2]> filterConditions;
+  KsArray<char[4]> filterCodes;
+  KsArray<std::uint32_t> lutCounts;
+  KsArray<std::uint32_t> lutEntries;
+
+  bool Allocate(std::uint32_t bands) {
+    return representation.Allocate(bands) && subcategories.Allocate(bands) && filterConditions.Allocate(bands) &&
+           filterCodes.Allocate(bands) && lutCounts.Allocate(bands) && lutEntries.Allocate(bands);
+  }
+};
+
+template <class Item>
+void Replace(Item *&array, KsArray<Item> &with) {
+  KsFreeAndClear(array);
+  array = with.Release();
+}
+
+/** The lookup table stays the segment's, so the lengths of the bands' tables stay too. */
+void KeepLutEntries(const ImageSubheader &image, NewBands &fresh, std::uint32_t bands) {
+  if (image.bandLutEntries == nullptr || bands == 0) {
+    fresh.lutEntries = {};
+  } else {
+    std::copy_n(image.bandLutEntries, std::min(bands, image.bandsHeld), fresh.lutEntries.Get());
+  }
+}
+
+}  // namespace
+
+std::int32_t ImageSetRepresentation(ImageSubheader *record, const char *text) {
+  return SetCode(kRepresentations, text, record->IREP, 8, &record->representation);
+}
+
+std::int32_t ImageSetPixelValueType(ImageSubheader *record, const char *text) {
+  static constexpr ImageCode kTypes[] = {{"I", 0}, {"B", 1}};
+  return SetCode(kTypes, text, record->PVTYPE, 3, &record->pixelValueType);
+}
+
+std::int32_t ImageSetJustification(ImageSubheader *record, const char *text) {
+  static constexpr ImageCode kSides[] = {{"L", 0}, {"R", 1}};
+  return SetCode(kSides, text, record->PJUST, 1, &record->rightJustified);
+}
+
+std::int32_t ImageSetMode(ImageSubheader *record, const char *text) {
+  return SetCode(kModes, text, record->IMODE, 1, &record->mode);
+}
+
+std::int32_t ImageSetCoordinates(ImageSubheader *record, const char *text) {
+  const bool had = record->ICORDS[0] != ' ';
+  const std::int32_t status = SetField(record->ICORDS, 1, text);
+  if (status == SUCCESS) {
+    ChangeSubheaderLength(*record, Difference(had, record->ICORDS[0] != ' ', kGeolocationBytes));
+  }
+  return status;
+}
+
+std::int32_t ImageSetCompression(ImageSubheader *record, const char *text) {
+  if (std::strlen(text) != 2) return ERROR_INVALID_VALUE;
+  const bool had = record->compression > kNM;
+  const std::int32_t status = SetCode(kCompressions, text, record->IC, 2, &record->compression);
+  if (status == SUCCESS) ChangeSubheaderLength(*record, Difference(had, record->compression > kNM, kRateBytes));
+  return status;
+}
+
+std::int32_t ImageSetRate(ImageSubheader *record, const char *text) {
+  const std::size_t length = std::strlen(text);
+  if (length >= sizeof record->COMRAT) return ERROR_INVALID_VALUE;
+  if (!DecodeImageCode(kRates, text, &record->rateKind)) record->rateKind = kRateOther;
+  std::memcpy(record->COMRAT, text, length + 1);
+  return SUCCESS;
+}
+
+std::int32_t ImageSetMagnification(ImageSubheader *record, const char *text) {
+  const std::int32_t status = SetField(record->IMAG, 4, text);
+  if (status == SUCCESS) record->magnification = ParseMagnification(text);
+  return status;
+}
+
+std::int32_t ImageSetLocation(ImageSubheader *record, std::int32_t row, std::int32_t column) {
+  record->locationRow = row;
+  record->locationColumn = column;
+  return SetLocationField(record->ILOC, row, column);
+}
+
+std::int32_t ImageSetBandCount(ImageSubheader *record, std::uint32_t count) {
+  const std::int32_t extended = ParseNumber(BufferText(record->XBANDS, 5));
+  const std::uint32_t bands = std::max(count, static_cast<std::uint32_t>(std::max(extended, 0)));
+  if (bands > kMostBands) return ERROR_INVALID_VALUE;
+  NewBands fresh;
+  if (!fresh.Allocate(bands)) return ERROR_NO_MEMORY;
+  for (std::uint32_t band = 0; band < bands; ++band) {
+    fresh.filterConditions[band][0] = 'N';
+    std::memset(fresh.filterCodes[band], ' ', 3);
+  }
+  KeepLutEntries(*record, fresh, bands);
+  record->bandField = count;
+  record->bandCount = record->bandsHeld = bands;
+  Replace(record->bandRepresentation, fresh.representation);
+  Replace(record->bandSubcategories, fresh.subcategories);
+  Replace(record->bandFilterConditions, fresh.filterConditions);
+  Replace(record->bandFilterCodes, fresh.filterCodes);
+  Replace(record->bandLutCounts, fresh.lutCounts);
+  Replace(record->bandLutEntries, fresh.lutEntries);
+  return SetNumberField(record->NBANDS, 1, count);
+}
+
+std::int32_t ImageSetBandRepresentation(ImageSubheader *record, std::uint32_t band, const char *text) {
+  if (band >= record->bandsHeld) return ERROR_INVALID_VALUE;
+  return DecodeImageCode(kBandRepresentations, text, &record->bandRepresentation[band])
+             ? static_cast<std::int32_t>(SUCCESS)
+             : ERROR_INVALID_VALUE;
+}
+
+std::int32_t ImageSetPadCode(ImageSubheader *record, const void *code) {
+  const std::uint32_t bytes = PadCodeBytes(*record);
+  KsArray<std::uint8_t> fresh;
+  const bool made = fresh.Allocate(bytes + 1);
+  if (made) std::memcpy(fresh.Get(), code, bytes);
+  Replace(record->padCode, fresh);
+  return made ? SUCCESS : ERROR_NO_MEMORY;
+}
