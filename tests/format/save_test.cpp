@@ -1,6 +1,7 @@
 // Files that are opened and saved: what comes back byte for byte, what the writer renders anew, and what it refuses.
 #include "harness.h"
 #include "headerwriter.h"
+#include "opened_file.h"
 #include "savenitf.h"
 #include "strmfhdr.h"
 #include "vq_builder.h"
@@ -9,45 +10,12 @@
 #include <csignal>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <ostream>
 #include <sys/resource.h>
 
 #include <gtest/gtest.h>
 
 namespace {
-
-Bytes ReadBytes(const std::string &path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-/** A handle on a file of a folder of its own. */
-class Opened {
- public:
-  explicit Opened(const Bytes &file) {
-    WriteFile(folder.Path("in.ntf"), file);
-    status = K_NITFCreateA(&handle, folder.Path("in.ntf").c_str());
-  }
-  Opened(const Opened &) = delete;
-  Opened &operator=(const Opened &) = delete;
-  ~Opened() { K_NITFDestroy(&handle); }
-
-  std::int32_t Save(const std::string &name = "out.ntf") const {
-    return K_NITFSaveFileA(handle, folder.Path(name).c_str());
-  }
-  /** What a save gives, and an empty file where it fails. */
-  Bytes Saved() const { return Save() == SUCCESS ? ReadBytes(folder.Path("out.ntf")) : Bytes(); }
-  std::string Path(const std::string &name) const { return folder.Path(name); }
-  NitfFile *operator->() const { return handle; }
-
-  std::int32_t status;
-
- private:
-  TemporaryFolder folder;
-  NitfHandle handle = nullptr;
-};
 
 ImageSpec SmallImage(const FieldTexts &fields = {}) {
   ImageSpec image;
