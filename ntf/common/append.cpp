@@ -37,14 +37,26 @@ bool GrowTable(NitfHeader &header, std::uint32_t *NitfHeader::*table, std::uint3
   return grown != nullptr;
 }
 
+bool GrowColumn(NitfHeader &header, const LengthColumn &column, std::uint32_t entries) {
+  return GrowTable(header, column.table, entries) && GrowTable(header, column.outTable, entries);
+}
+
+void DropColumn(NitfHeader &header, const LengthColumn &column) {
+  KsFreeAndClear(header.*column.table);
+  if (column.outTable != nullptr) KsFreeAndClear(header.*column.outTable);
+}
+
 /** Makes room for one entry more; the entries in force stay as they are. */
 std::int32_t GrowTables(NitfHeader &header, const LengthTable &lengths) {
   const std::uint32_t needed = header.*lengths.count + 1;
   if (needed <= header.*lengths.held) return SUCCESS;
-  for (const LengthColumn &column : {lengths.subheader, lengths.data}) {
-    if (!GrowTable(header, column.table, needed) || !GrowTable(header, column.outTable, needed)) {
-      return ERROR_NO_MEMORY;
+  if (!GrowColumn(header, lengths.subheader, needed) || !GrowColumn(header, lengths.data, needed)) {
+    // Tables that grew are as good as before; where there were none, none are left.
+    if (header.*lengths.held == 0) {
+      DropColumn(header, lengths.subheader);
+      DropColumn(header, lengths.data);
     }
+    return ERROR_NO_MEMORY;
   }
   header.*lengths.held = needed;
   return SUCCESS;
