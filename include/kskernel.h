@@ -56,8 +56,10 @@ enum KsStatus {
   ERROR_FILE_READ = -7,      /**< a short read */
   ERROR_FILE_FORMAT = -9,    /**< data that is not what it should be */
   ERROR_NO_FILE = -10,       /**< no file of that name */
+  ERROR_BITMAP_SIZE = -11,   /**< a bitmap wider or higher than the format can tell */
   ERROR_INVALID_VALUE = -13, /**< a null or unusable argument */
   ERROR_NOT_SUPPORTED = -16, /**< no codec for it, or no conversion between two bit depths */
+  ERROR_QUALITY = -21,       /**< a quality outside 2 to 255 */
   ERROR_BITS_PER_PIXEL = -27 /**< a number of bits per pixel that the operation doesn't take */
 };
 
@@ -468,6 +470,18 @@ KS_API int32_t KsFileInfoMemory(const void *buffer, KsFileInfo *info, uint32_t i
  */
 KS_API int32_t KsLoadMemory(const void *buffer, KsBitmap *bitmap, uint32_t bitmapSize, int32_t bits, int32_t order,
                             uint64_t size, const KsLoadOptions *options, void *reserved);
+
+/**
+ * Encodes a picture into a global block, `*handle` with `*size` bytes, which the caller reports with KsTrackAlloc and
+ * gives back with KsFreeGlobal. `format` is KS_FORMAT_JPEG (colours become Y, Cb, Cr) or KS_FORMAT_JPEG_RGB (they stay
+ * R, G, B), `bits` of a pixel 24, or 8 for a gray in either; a bitmap of another depth is converted as by KsCombine,
+ * and isn't changed. `quality` runs from 2, the best, to 255, the smallest. `options` may be null. The stream is
+ * baseline, with all components of one size, and begins with the application segment of NITF files. ERROR_NO_STORAGE,
+ * ERROR_NOT_SUPPORTED (another format, a build without the codec, a depth that doesn't convert), ERROR_BITS_PER_PIXEL,
+ * ERROR_QUALITY, ERROR_BITMAP_SIZE (above 65500 pixels or rows), ERROR_NO_MEMORY, ERROR_INVALID_VALUE for null.
+ */
+KS_API int32_t KsSaveMemory(void **handle, const KsBitmap *bitmap, uint32_t format, uint32_t bits, uint32_t quality,
+                            uint64_t *size, const KsSaveOptions *options);
 
 /**
  * Sets who answers for the streams of all further loads, which are then taken as raw, until the call is made with null.

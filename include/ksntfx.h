@@ -28,8 +28,12 @@ extern "C" {
 /** Results that are the format's own; the others are those of KsStatus. */
 enum NitfStatus {
   NITF_NO_HANDLE = 0,                /**< a null NitfHandle, from the functions on headers */
+  NITF_TOO_MANY_SEGMENTS = 0,        /**< there are 999 segments of the kind already */
   NITF_OUT_OF_RANGE = 87,            /**< no segment of that index, or a null record; neither SUCCESS nor negative */
-  NITF_NULL_HANDLE = -261,           /**< a null NitfHandle, from all others */
+  NITF_NO_TEXT_FILE = -14,           /**< a text file that can't be opened */
+  NITF_NULL_HANDLE = -261,           /**< a null NitfHandle, from all others; a null rectangle */
+  NITF_EMPTY_DRAWING = -501,         /**< a drawing that holds nothing */
+  NITF_NULL_DATA = -814,             /**< a null drawing or null data */
   NITF_UNSUPPORTED_VERSION = -78,    /**< FVER is not 02.10 */
   NITF_UNSUPPORTED_PVTYPE = -700000, /**< PVTYPE is neither INT nor B */
   NITF_UNSUPPORTED_CLEVEL = -700001, /**< CLEVEL is not 03 */
@@ -438,6 +442,63 @@ KSNTFX_API int32_t K_NITFFreeTextHeader(NitfTextHeaderInfo *record);
  * doesn't hold to its end.
  */
 KSNTFX_API int32_t K_NITFGetTextSegment(NitfHandle handle, uint32_t index, char *buffer, uint32_t *size);
+
+/* ---- appending ----------------------------------------------------------------------------------------------------
+ *
+ * Segments are added behind those of their kind, to a file that was opened as to one that was made. What is added is
+ * encoded at once and stays in memory; K_NITFSaveFile writes it. The subheader gets fields that suit it, which the Set
+ * functions change, and the lengths in the file header follow. An image or a graphic gets the display level above the
+ * highest in the file; a graphic or a text is attached to the lowest. The date of an image or a text lies before FDT.
+ *
+ * On a failure the file is as it was. NITF_TOO_MANY_SEGMENTS (0) is one.
+ */
+
+/**
+ * Adds an image: the bitmap, of whatever depth, as a JPEG stream in one block (IC C3). `format` is KS_FORMAT_JPEG
+ * (IREP YCbCr601) or KS_FORMAT_JPEG_RGB (IREP RGB); `bits` is 24, or 8 for a gray (IREP MONO) in either; `quality` runs
+ * from 2, the best, to 255. The bitmap is neither changed nor kept. In this order: NITF_NULL_HANDLE, ERROR_NO_STORAGE
+ * also for a null bitmap, NITF_TOO_MANY_SEGMENTS, ERROR_BITS_PER_PIXEL, ERROR_QUALITY, ERROR_FILE_FORMAT for another
+ * format, ERROR_BITMAP_SIZE; then what KsSaveMemory fails with, ERROR_NO_MEMORY, and ERROR_INVALID_VALUE for a stream
+ * of 2 GiB.
+ */
+KSNTFX_API int32_t K_NITFAppendImageSegment(NitfHandle handle, const KsBitmap *bitmap, uint32_t format, uint32_t bits,
+                                            uint32_t quality);
+
+/**
+ * Adds a drawing as a metafile, laid onto a rectangle of the canvas, in pixels, which becomes its bounds. The drawing
+ * stays the caller's. It is changed: it gets the rectangle as its viewport and its objects' bounds as its window, and
+ * one that reaches above the x axis is moved to end a unit below it. In this order: NITF_NULL_HANDLE also for a null
+ * rectangle, NITF_TOO_MANY_SEGMENTS, NITF_NULL_DATA, NITF_EMPTY_DRAWING, ERROR_INVALID_VALUE for a drawing that reaches
+ * beyond 99999 to the right, to the top or to the bottom, y downwards; then what KsVectorSaveMemory fails with,
+ * ERROR_INVALID_VALUE for a metafile above 999999 bytes, ERROR_NO_MEMORY.
+ */
+KSNTFX_API int32_t K_NITFAppendGraphicSegment(NitfHandle handle, KsVector *vector, const KsRect *rectangle);
+
+/**
+ * Adds a text: the bytes of a file, as they are. `path` is UTF-16 (UTF-8 in the narrow form). NITF_NULL_HANDLE,
+ * NITF_TOO_MANY_SEGMENTS, NITF_NO_TEXT_FILE also for a null path, ERROR_INVALID_VALUE above 99999 bytes,
+ * ERROR_NO_MEMORY, which is also that of a narrow path that is no UTF-8.
+ */
+KSNTFX_API int32_t K_NITFAppendTextSegment(NitfHandle handle, const char16_t *path);
+KSNTFX_API int32_t K_NITFAppendTextSegmentA(NitfHandle handle, const char *path);
+
+/* ---- drawings ---------------------------------------------------------------------------------------------------- */
+
+/**
+ * The drawing of a graphic, read anew from the opened file at each call: what was set or added is not read back. It
+ * belongs to the handle, and is good until the next Get or Set of the same graphic. Null for a null handle, an index
+ * that is not below the number of graphics, and a drawing that can't be read.
+ */
+KSNTFX_API KsVector *K_NITFGetVectorHandle(NitfHandle handle, uint32_t index);
+
+/**
+ * Puts a drawing in the place of a graphic's data; a save writes it as a metafile. The handle keeps a copy. The
+ * drawing is written as it stands, neither moved nor laid onto the bounds, and the subheader's fields stay. In this
+ * order: NITF_NULL_HANDLE, ERROR_INVALID_VALUE for an index that is not below the number of graphics, NITF_NULL_DATA,
+ * NITF_EMPTY_DRAWING; then what KsVectorSaveMemory fails with, ERROR_INVALID_VALUE for a metafile above 999999 bytes,
+ * ERROR_NO_MEMORY. On a failure the graphic is as it was.
+ */
+KSNTFX_API int32_t K_NITFSetVectorHandle(NitfHandle handle, uint32_t index, const KsVector *vector);
 
 #ifdef __cplusplus
 }

@@ -17,6 +17,14 @@ inline std::int32_t Add(std::int32_t a, std::int32_t b) {
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
 }
 
+/** The display levels that are taken. */
+struct DisplayLevels {
+  bool any; /**< there is an image, graphic or label */
+  std::uint32_t lowest;
+  std::uint32_t highest;
+};
+DisplayLevels LevelsOf(const NitfFile *file);
+
 /** The size of the canvas of a loaded file. SUCCESS, ERROR_NO_MEMORY, or what a graphic that is measured fails with. */
 std::int32_t MeasureCanvas(NitfFile *file, std::uint32_t *width, std::uint32_t *height);
 

@@ -4,6 +4,7 @@
 #include "headerwriter.h"
 #include "internal/ksclasses_.h"
 #include "nitffile.h"
+#include "segment_data.h"
 #include "strmfhdr.h"
 
 #include <algorithm>
@@ -128,6 +129,12 @@ void GraphicSubheaderFree(GraphicSubheader *record) {
 std::int32_t GraphicSubheaderRead(GraphicSubheader *record, NitfFile &file, StreamFileHeader &stream, bool replay) {
   HeaderReader reader(file, record);
   return ReadSubheader(reader, kGraphicTable, file, stream, replay);
+}
+
+std::int32_t GraphicSetData(GraphicSubheader *record, const void *data, std::uint32_t length) {
+  const std::int32_t status = CopyIntoMemory(&record->memoryData, data, length);
+  if (status == SUCCESS) record->hasMemoryData = 1;
+  return status;
 }
 
 std::int32_t GraphicSetLocation(GraphicSubheader *record, std::int32_t row, std::int32_t column) {

@@ -63,6 +63,12 @@ void GraphicSubheaderFree(GraphicSubheader *record);
  */
 std::int32_t GraphicSubheaderRead(GraphicSubheader *record, NitfFile &file, StreamFileHeader &stream, bool replay);
 
+/**
+ * Gives the record a copy of an encoded drawing, which is what a save writes. SUCCESS; ERROR_NO_MEMORY leaves what it
+ * held.
+ */
+std::int32_t GraphicSetData(GraphicSubheader *record, const void *data, std::uint32_t length);
+
 // ---- setters: the text of a field and its numbers in step; always SUCCESS
 
 /** SLOC: the sign first, of five characters each; a number with more has its digits at 0. */

@@ -1,5 +1,7 @@
 // The doors of the authoring interface: handles on files that are opened or made, changed and saved.
+#include "append.h"
 #include "fields.h"
+#include "handlgfx.h"
 #include "internal/ksclasses_.h"
 #include "ksntfx.h"
 #include "nitffile.h"
@@ -99,4 +101,33 @@ int32_t K_NITFSaveFile(NitfHandle handle, const char16_t *name) {
 int32_t K_NITFSaveFileA(NitfHandle handle, const char *name) {
   const WideName wide(name);
   return wide.Failed() ? static_cast<std::int32_t>(ERROR_NO_MEMORY) : K_NITFSaveFile(handle, wide.Get());
+}
+
+int32_t K_NITFAppendImageSegment(NitfHandle handle, const KsBitmap *bitmap, uint32_t format, uint32_t bits,
+                                 uint32_t quality) {
+  return handle == nullptr ? NITF_NULL_HANDLE : AppendImage(handle, bitmap, format, bits, quality);
+}
+
+int32_t K_NITFAppendGraphicSegment(NitfHandle handle, KsVector *vector, const KsRect *rectangle) {
+  return handle == nullptr || rectangle == nullptr ? NITF_NULL_HANDLE : AppendGraphic(handle, vector, *rectangle);
+}
+
+int32_t K_NITFAppendTextSegment(NitfHandle handle, const char16_t *path) {
+  return handle == nullptr ? NITF_NULL_HANDLE : AppendText(handle, path);
+}
+
+int32_t K_NITFAppendTextSegmentA(NitfHandle handle, const char *path) {
+  const WideName wide(path);
+  return wide.Failed() ? static_cast<std::int32_t>(ERROR_NO_MEMORY) : K_NITFAppendTextSegment(handle, wide.Get());
+}
+
+KsVector *K_NITFGetVectorHandle(NitfHandle handle, uint32_t index) {
+  if (handle == nullptr || index >= handle->graphicCount) return nullptr;
+  GraphicSubheader *const graphic = FindGraphic(handle, index);
+  if (graphic == nullptr) return nullptr;
+  return DrawGraphic(nullptr, handle, index, {0, 0}) == SUCCESS ? &graphic->vector : nullptr;
+}
+
+int32_t K_NITFSetVectorHandle(NitfHandle handle, uint32_t index, const KsVector *vector) {
+  return handle == nullptr ? NITF_NULL_HANDLE : ReplaceDrawing(handle, index, vector);
 }

@@ -149,15 +149,28 @@ std::int32_t ReadAllHeaders(NitfFile *file, StreamFileHeader &stream) {
   return status;
 }
 
+SegmentNode *MakeNode(NitfFile *file, const KindTraits &kind, std::uint32_t index) {
+  auto *node = Allocate<SegmentNode>();
+  if (node == nullptr) return nullptr;
+  node->subheader = kind.make(file, index);
+  if (node->subheader == nullptr) KsFreeAndClear(node);
+  return node;
+}
+
+void FreeNode(const KindTraits &kind, SegmentNode *node) {
+  if (node->subheader != nullptr) {
+    kind.release(node->subheader);
+    KsFree(node->subheader, __LINE__, __FILE__);
+  }
+  KsFree(node, __LINE__, __FILE__);
+}
+
 std::int32_t AllocateList(NitfFile *file, const KindTraits &kind) {
   SegmentNode **link = &(file->*kind.list);
   for (std::uint32_t index = 0; index < file->*kind.count; ++index) {
-    auto *node = Allocate<SegmentNode>();
-    if (node == nullptr) return ERROR_NO_MEMORY;
-    *link = node;
-    link = &node->next;
-    node->subheader = kind.make(file, index);
-    if (node->subheader == nullptr) return ERROR_NO_MEMORY;
+    *link = MakeNode(file, kind, index);
+    if (*link == nullptr) return ERROR_NO_MEMORY;
+    link = &(*link)->next;
   }
   return SUCCESS;
 }
@@ -165,13 +178,7 @@ std::int32_t AllocateList(NitfFile *file, const KindTraits &kind) {
 void FreeList(NitfFile *file, const KindTraits &kind) {
   SegmentNode *node = std::exchange(file->*kind.list, nullptr);
   while (node != nullptr) {
-    if (node->subheader != nullptr) {
-      kind.release(node->subheader);
-      KsFree(node->subheader, __LINE__, __FILE__);
-    }
-    SegmentNode *next = node->next;
-    KsFree(node, __LINE__, __FILE__);
-    node = next;
+    FreeNode(kind, std::exchange(node, node->next));
   }
 }
 
@@ -214,6 +221,20 @@ std::int32_t FreeObjects(NitfFile *file) {
   for (const KindTraits &kind : kKinds) FreeList(file, kind);
   NitfHeaderFree(&file->header);
   return SUCCESS;
+}
+
+SegmentNode *NewSegmentNode(NitfFile *file, SegmentKind kind, std::uint32_t index) {
+  return MakeNode(file, Traits(kind), index);
+}
+
+void LinkSegmentNode(NitfFile *file, SegmentKind kind, SegmentNode *node) {
+  SegmentNode **link = &(file->*Traits(kind).list);
+  while (*link != nullptr) link = &(*link)->next;
+  *link = node;
+}
+
+void ReleaseSegmentNode(SegmentKind kind, SegmentNode *node) {
+  if (node != nullptr) FreeNode(Traits(kind), node);
 }
 
 std::int64_t SeekEndOfImages(const NitfFile *file) {
@@ -269,6 +290,10 @@ std::uint32_t CountLabels(const NitfFile *file) {
 }
 std::uint32_t CountTexts(const NitfFile *file) {
   return CountSegments(file, SegmentKind::Text);
+}
+
+std::uint32_t CountInFile(const NitfFile *file, SegmentKind kind) {
+  return file->*Traits(kind).countInFile;
 }
 
 std::uint32_t DataLength(const NitfFile *file, SegmentKind kind, std::uint32_t index) {

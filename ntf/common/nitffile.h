@@ -68,6 +68,15 @@ std::int32_t AllocateObjects(NitfFile *file);
 /** Closes the source file and releases all lists and the header's tables; harmless on an empty object. SUCCESS. */
 std::int32_t FreeObjects(NitfFile *file);
 
+/** A node with a new record for the segment at `index`, in no list yet. Null without memory. */
+SegmentNode *NewSegmentNode(NitfFile *file, SegmentKind kind, std::uint32_t index);
+
+/** Puts a node behind the last one of its kind's list. */
+void LinkSegmentNode(NitfFile *file, SegmentKind kind, SegmentNode *node);
+
+/** Releases a node that is in no list, with its record and what that holds. Null is none. */
+void ReleaseSegmentNode(SegmentKind kind, SegmentNode *node);
+
 /** Puts the file behind the last segment of a kind, or of those before it: the new position. */
 std::int64_t SeekEndOfImages(const NitfFile *file);
 std::int64_t SeekEndOfGraphics(const NitfFile *file);
@@ -90,6 +99,9 @@ std::uint32_t CountGraphics(const NitfFile *file);
 std::uint32_t CountLabels(const NitfFile *file);
 std::uint32_t CountTexts(const NitfFile *file);
 std::uint32_t CountSegments(const NitfFile *file, SegmentKind kind);
+
+/** The segments of a kind that the source file holds; those behind them are in memory alone. */
+std::uint32_t CountInFile(const NitfFile *file, SegmentKind kind);
 
 /** The body length of a segment of the source file, 0 where the table has no such entry. */
 std::uint32_t DataLength(const NitfFile *file, SegmentKind kind, std::uint32_t index);

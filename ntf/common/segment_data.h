@@ -17,3 +17,9 @@ std::int32_t ReadSegmentData(const NitfFile *file, SegmentKind kind, std::uint32
  * byte) or from the file, with a zero behind it. ERROR_FILE_READ with what came where the file ends before the text.
  */
 std::int32_t ReadText(const NitfFile *file, std::uint32_t index, char *buffer);
+
+/**
+ * Puts a copy of `length` bytes, with a zero behind it, in the place of a block that a record holds. SUCCESS;
+ * ERROR_NO_MEMORY leaves the old one.
+ */
+std::int32_t CopyIntoMemory(char **held, const void *data, std::uint32_t length);

@@ -2,6 +2,7 @@
 
 #include "internal/ksclasses_.h"
 #include "nitffile.h"
+#include "segment_data.h"
 #include "strmfhdr.h"
 
 namespace {
@@ -49,4 +50,11 @@ void TextSubheaderFree(TextSubheader *record) {
 std::int32_t TextSubheaderRead(TextSubheader *record, NitfFile &file, StreamFileHeader &stream, bool replay) {
   HeaderReader reader(file, record);
   return ReadSubheader(reader, kTextTable, file, stream, replay);
+}
+
+std::int32_t TextSubheaderSetData(TextSubheader *record, const void *data, std::uint32_t length) {
+  if (data == nullptr) return NITF_NULL_DATA;
+  const std::int32_t status = CopyIntoMemory(&record->memoryData, data, length);
+  if (status == SUCCESS) record->hasMemoryData = 1;
+  return status;
 }

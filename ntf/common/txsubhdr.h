@@ -37,3 +37,9 @@ void TextSubheaderFree(TextSubheader *record);
  * (marker), ERROR_NO_MEMORY. The classification is not tested.
  */
 std::int32_t TextSubheaderRead(TextSubheader *record, NitfFile &file, StreamFileHeader &stream, bool replay);
+
+/**
+ * Gives the record a copy of a text, with a terminator behind it, which is what a save writes. SUCCESS; NITF_NULL_DATA
+ * for null and ERROR_NO_MEMORY leave what it held.
+ */
+std::int32_t TextSubheaderSetData(TextSubheader *record, const void *data, std::uint32_t length);

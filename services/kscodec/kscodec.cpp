@@ -1,5 +1,6 @@
 #include "kscodec/codec.h"
 #include "kscodec/jpeg2000.h"
+#include "kscodec/jpeg_save.h"
 #include "kscodec/redirect.h"
 #include "kscodec/t4.h"
 #include "kscore/bitmap.h"
@@ -72,6 +73,14 @@ uint64_t PaddedBytes(uint64_t bitsPerPixel, uint32_t width, uint32_t height) {
   return row > kMost / height ? kMost : row * height;
 }
 
+/** Bits of a pixel that pictures are saved with. */
+constexpr uint32_t kGrayBits = 8;
+constexpr uint32_t kColorBits = 24;
+
+bool IsSaved(uint32_t format) {
+  return format == KS_FORMAT_JPEG || format == KS_FORMAT_JPEG_RGB;
+}
+
 }  // namespace
 
 namespace kscodec {
@@ -131,4 +140,19 @@ int32_t KsLoadMemory(const void *buffer, KsBitmap *bitmap, uint32_t bitmapSize, 
   if (bits != 0 || order != KS_ORDER_CODEC) return ERROR_NOT_SUPPORTED;
   const KsLoadOptions none = {};
   return LoadWithHeader(stream, options != nullptr ? *options : none, bitmap);
+}
+
+int32_t KsSaveMemory(void **handle, const KsBitmap *bitmap, uint32_t format, uint32_t bits, uint32_t quality,
+                     uint64_t *size, const KsSaveOptions *) {
+  if (handle == nullptr || size == nullptr) return ERROR_INVALID_VALUE;
+  const int32_t status = kscore::CheckPixels(bitmap);
+  if (status != SUCCESS) return status;
+  if (!IsSaved(format)) return ERROR_NOT_SUPPORTED;
+  if (bits != kGrayBits && bits != kColorBits) return ERROR_BITS_PER_PIXEL;
+  if (quality < kscodec::jpeg::kBestQuality || quality > kscodec::jpeg::kSmallestQuality) return ERROR_QUALITY;
+#ifdef KSNTFX_CODEC_JPEG
+  return kscodec::jpeg::Save(*bitmap, {bits == kGrayBits, format == KS_FORMAT_JPEG_RGB, quality}, handle, size);
+#else
+  return ERROR_NOT_SUPPORTED;
+#endif
 }

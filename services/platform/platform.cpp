@@ -35,6 +35,12 @@ void OutputDebugStringA(const char *text) {
   if (handlers.debugOutput != nullptr) handlers.debugOutput(text, handlers.userData);
 }
 
+void *GlobalLock(void *handle) {
+  return handle;
+}
+
+void GlobalUnlock(void *) {}
+
 void SetRect(KsRect *rectangle, std::int32_t left, std::int32_t top, std::int32_t right, std::int32_t bottom) {
   if (handlers.setRect != nullptr) {
     handlers.setRect(rectangle, left, top, right, bottom, handlers.userData);

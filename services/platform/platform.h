@@ -20,6 +20,12 @@ KS_API int MessageBoxA(Window owner, const char *text, const char *caption, std:
 /** Writes a line to the debug output. */
 KS_API void OutputDebugStringA(const char *text);
 
+/** The bytes of a global block, which stay where they are: its handle is their address. Null for a null handle. */
+KS_API void *GlobalLock(void *handle);
+
+/** Ends what GlobalLock began. Null is none. */
+KS_API void GlobalUnlock(void *handle);
+
 /** Sets the four edges of a rectangle. */
 KS_API void SetRect(KsRect *rectangle, std::int32_t left, std::int32_t top, std::int32_t right, std::int32_t bottom);
 
