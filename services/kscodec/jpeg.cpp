@@ -208,6 +208,7 @@ int32_t Load(Stream padded, const KsLoadOptions &options, KsBitmap *target) {
   PictureInfo info;
   int32_t status = ReadHeader(stream, &header);
   if (status == SUCCESS) status = Describe(header.frame, &info);
+  if (status == SUCCESS && !IsPlausible(header, info)) status = ERROR_FILE_FORMAT;
   if (status != SUCCESS) return status;
   const bool isOfLibrary = IsOfLibrary(info);
   if (!isOfLibrary && info.format == KS_FORMAT_JPEG_PROGRESSIVE) return ERROR_NOT_SUPPORTED;
