@@ -526,6 +526,26 @@ TEST_F(JpegTest, ALoadReplacesWhatTheBitmapHeld) {
   EXPECT_EQ(bitmap->pixels, nullptr);
 }
 
+TEST_F(JpegTest, DecodesInPlaceWhereSizeAndDepthFit) {
+  const Bytes stream = Encode({});
+  KsLocalBitmap whole;
+  ASSERT_EQ(Create(whole, kWidth + 3, kHeight + 2, 24), SUCCESS);
+  const auto load = [&](uint32_t width, uint32_t height) {
+    KsLocalBitmap view;
+    EXPECT_EQ(KsBitmapView(view.Get(), sizeof(KsBitmap), whole.Get(), 2, 1, width, height), SUCCESS);
+    return KsLoadMemoryInPlace(stream.data(), view.Get(), sizeof(KsBitmap), stream.size(), nullptr);
+  };
+  EXPECT_EQ(load(kWidth + 1, kHeight), ERROR_NOT_SUPPORTED);
+  EXPECT_EQ(load(kWidth, kHeight + 1), ERROR_NOT_SUPPORTED);
+  EXPECT_EQ(load(kWidth, kHeight), SUCCESS);
+  KsLocalBitmap alone;
+  KsLocalBitmap expected;
+  ASSERT_EQ(Load(stream, alone), SUCCESS);
+  ASSERT_EQ(Create(expected, kWidth + 3, kHeight + 2, 24), SUCCESS);
+  KsCombine(expected.Get(), 2, 1, kWidth, kHeight, alone.Get(), 0, 0, 288, 0);
+  EXPECT_EQ(StorageOf(*whole.Get()), StorageOf(*expected.Get()));
+}
+
 TEST_F(JpegTest, ARedirectLeavesTheBitmapToTheRawStream) {
   const KsRedirectCallback redirect = [](KsRawFormatInfo *, void *) -> int32_t { return ERROR_INVALID_VALUE; };
   KsLocalBitmap bitmap;
