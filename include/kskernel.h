@@ -484,6 +484,14 @@ KS_API int32_t KsSaveMemory(void **handle, const KsBitmap *bitmap, uint32_t form
                             uint64_t *size, const KsSaveOptions *options);
 
 /**
+ * Decodes as KsLoadMemory does, but into the pixels of `place`, which may be a view, where the picture has its size and
+ * depth. ERROR_NOT_SUPPORTED where it hasn't, where the codec can't, and while a redirect is set: KsLoadMemory may know
+ * the stream all the same. Pixels are undefined after a failure.
+ */
+KS_API int32_t KsLoadMemoryInPlace(const void *buffer, const KsBitmap *place, uint32_t bitmapSize, uint64_t size,
+                                   const KsLoadOptions *options);
+
+/**
  * Sets who answers for the streams of all further loads, which are then taken as raw, until the call is made with null.
  * Gives the callback before, or null. One per thread.
  */

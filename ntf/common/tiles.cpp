@@ -30,6 +30,9 @@ struct LoadFunctions {
       : load(context == nullptr ? KsLoadMemory : context->loadFromMemory),
         setRedirect(context == nullptr ? KsSetRedirect : context->setRedirect) {}
 
+  /** The framework can do more than a caller's function: decode into pixels that are there. */
+  bool IsFramework() const { return load == KsLoadMemory; }
+
   NitfLoadFromMemory load;
   NitfSetRedirect setRedirect;
 };
@@ -110,13 +113,21 @@ class TileDecoder {
     return status;
   }
 
+  /** Where a block begins in the target. */
+  std::uint32_t LeftOf(std::uint64_t block) const {
+    return static_cast<std::uint32_t>(block % grid.across * grid.width);
+  }
+  std::uint32_t TopOf(std::uint64_t block) const {
+    return static_cast<std::uint32_t>(block / grid.across * grid.height - targetTop);
+  }
+
   /** Puts a block into its place and releases its pixels. */
   std::int32_t Place(KsLocalBitmap &bitmap, std::uint64_t block) {
     bitmap->order = target->order;
-    const auto left = static_cast<std::int32_t>(block % grid.across * grid.width);
-    const auto top = static_cast<std::int32_t>(block / grid.across * grid.height - targetTop);
-    const std::int32_t status = KsCombine(target, left, top, static_cast<std::int32_t>(bitmap->width),
-                                          static_cast<std::int32_t>(bitmap->height), bitmap.Get(), 0, 0, 288, 0);
+    const std::int32_t status =
+        KsCombine(target, static_cast<std::int32_t>(LeftOf(block)), static_cast<std::int32_t>(TopOf(block)),
+                  static_cast<std::int32_t>(bitmap->width), static_cast<std::int32_t>(bitmap->height), bitmap.Get(), 0,
+                  0, 288, 0);
     KsBitmapFree(bitmap.Get());
     return status;
   }
@@ -209,12 +220,32 @@ class TileWalk : public TileDecoder {
   std::int32_t Draw(Tile &tile, std::uint64_t block) {
     const KsLoadOptions options = OptionsFor(image);
     if (image.representation == kMulti && drawn != 0 && !AddPrefix(tile)) return ERROR_NO_MEMORY;
+    std::int32_t status = LoadInPlace(tile, options, block);
+    if (status == ERROR_NOT_SUPPORTED) status = LoadAndPlace(tile, options, block);
+    if (status == SUCCESS) ++drawn;
+    return status;
+  }
+
+  /** By way of a bitmap of the tile's own, which may have another size and depth. */
+  std::int32_t LoadAndPlace(const Tile &tile, const KsLoadOptions &options, std::uint64_t block) {
     KsLocalBitmap bitmap;
     std::int32_t status = Load(tile, options, bitmap.Get());
     if (status == SUCCESS && drawn == 0) status = TakeDepthOf(*bitmap.Get());
     if (status == SUCCESS && !Covers(*bitmap.Get())) status = Blank(block);
-    if (status == SUCCESS) status = Place(bitmap, block);
-    if (status == SUCCESS) ++drawn;
+    return status == SUCCESS ? Place(bitmap, block) : status;
+  }
+
+  /** Right into its place; ERROR_NOT_SUPPORTED where the tile has another size or depth. */
+  std::int32_t LoadInPlace(const Tile &tile, const KsLoadOptions &options, std::uint64_t block) const {
+    if (!functions.IsFramework()) return ERROR_NOT_SUPPORTED;
+    std::int32_t status = KsBitmapAccess(target, 0);
+    if (status != SUCCESS) return status;
+    KsLocalBitmap place;
+    status = KsBitmapView(place.Get(), sizeof(KsBitmap), target, LeftOf(block), TopOf(block), grid.width, grid.height);
+    status = status == SUCCESS
+                 ? KsLoadMemoryInPlace(tile.bytes.Get(), place.Get(), sizeof(KsBitmap), tile.size, &options)
+                 : static_cast<std::int32_t>(ERROR_NOT_SUPPORTED);
+    KsBitmapRelease(target, 1, 1);
     return status;
   }
 

@@ -43,6 +43,11 @@ struct Codec {
    * table stay its indices. Colour has KS_ORDER_BGR. `options` is never null. On failure `target` is left empty.
    */
   std::int32_t (*load)(Stream stream, const KsLoadOptions &options, KsBitmap *target);
+  /**
+   * Decodes such a stream into pixels of its size and of DepthOfBitmap, all of which are written; they are undefined
+   * after a failure. Null for a codec that has its pixels elsewhere first.
+   */
+  std::int32_t (*loadInPlace)(Stream stream, const KsLoadOptions &options, const KsBitmap &place);
 };
 
 #ifdef KSNTFX_CODEC_JPEG

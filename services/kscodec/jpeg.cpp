@@ -202,24 +202,51 @@ int32_t CreateBitmap(const PictureInfo &info, KsBitmap *target) {
   return status;
 }
 
-int32_t Load(Stream padded, const KsLoadOptions &options, KsBitmap *target) {
-  const Stream stream = kscodec::jpeg::WithoutFill(padded);
+/** A stream with what its header says. */
+struct Source {
+  Stream stream;
   kscodec::jpeg::Header header;
   PictureInfo info;
-  int32_t status = ReadHeader(stream, &header);
-  if (status == SUCCESS) status = Describe(header.frame, &info);
+};
+
+/** Reads the header and holds it against what there is to decode it with, and how long the stream is. */
+int32_t Open(Stream padded, Source *source) {
+  source->stream = kscodec::jpeg::WithoutFill(padded);
+  int32_t status = ReadHeader(source->stream, &source->header);
+  if (status == SUCCESS) status = Describe(source->header.frame, &source->info);
   if (status != SUCCESS) return status;
-  const bool isOfLibrary = IsOfLibrary(info);
-  if (!isOfLibrary && info.format == KS_FORMAT_JPEG_PROGRESSIVE) return ERROR_NOT_SUPPORTED;
-  status = CreateBitmap(info, target);
-  if (status != SUCCESS) return status;
-  const Plan plan = PlanOf(header, options);
-  status = isOfLibrary ? DecodeByLibrary(WithWholeSegments(stream, header), plan, *target)
-                       : DecodeOwn(stream, header, plan, *target);
+  if (!IsPlausible(source->header, source->info)) return ERROR_FILE_FORMAT;
+  const bool isProgressive = source->info.format == KS_FORMAT_JPEG_PROGRESSIVE;
+  return isProgressive && !IsOfLibrary(source->info) ? ERROR_NOT_SUPPORTED : SUCCESS;
+}
+
+/** Decodes into a bitmap, which is all of 0 where the library doesn't know the process. */
+int32_t DecodeInto(const Source &source, const KsLoadOptions &options, const KsBitmap &target) {
+  const Plan plan = PlanOf(source.header, options);
+  return IsOfLibrary(source.info) ? DecodeByLibrary(WithWholeSegments(source.stream, source.header), plan, target)
+                                  : DecodeOwn(source.stream, source.header, plan, target);
+}
+
+int32_t Load(Stream stream, const KsLoadOptions &options, KsBitmap *target) {
+  Source source;
+  int32_t status = Open(stream, &source);
+  if (status == SUCCESS) status = CreateBitmap(source.info, target);
+  if (status == SUCCESS) status = DecodeInto(source, options, *target);
   if (status != SUCCESS) KsBitmapFree(target);
   return status;
 }
 
+int32_t LoadInPlace(Stream stream, const KsLoadOptions &options, const KsBitmap &place) {
+  Source source;
+  const int32_t status = Open(stream, &source);
+  if (status != SUCCESS) return status;
+  const uint64_t rowBytes = (uint64_t{place.width} * place.bitsPerPixel + 7) / 8;
+  for (uint32_t row = 0; row < place.height && !IsOfLibrary(source.info); ++row) {
+    std::memset(kscore::RowOf(place, row), 0, rowBytes);
+  }
+  return DecodeInto(source, options, place);
+}
+
 }  // namespace
 
-const kscodec::Codec kscodec::kJpegCodec = {Recognises, Inform, Load};
+const kscodec::Codec kscodec::kJpegCodec = {Recognises, Inform, Load, LoadInPlace};

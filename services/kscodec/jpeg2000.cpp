@@ -387,7 +387,7 @@ std::int32_t Load(Stream stream, const KsLoadOptions &options, KsBitmap *target)
 
 namespace kscodec {
 
-const Codec kJpeg2000Codec = {Recognises, Inform, Load};
+const Codec kJpeg2000Codec = {Recognises, Inform, Load, nullptr};
 
 }  // namespace kscodec
 

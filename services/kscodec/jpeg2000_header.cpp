@@ -241,6 +241,7 @@ Jpeg2000Coding ReadJpeg2000Coding(const Jpeg2000Header &header) {
 bool IsPlausible(const Jpeg2000Header &header, const Jpeg2000Coding &coding) {
   constexpr double kSamplesOfAByte = 4096;
   constexpr double kSamplesOfNone = 64 << 20;
+  constexpr double kHeldOfNone = 96 << 20;
   constexpr double kTilePartHeader = 14;
   constexpr double kPacketsOfAByte = 64;
   constexpr double kPacketsOfNone = 65536;
@@ -249,7 +250,9 @@ bool IsPlausible(const Jpeg2000Header &header, const Jpeg2000Coding &coding) {
   const Jpeg2000Size &size = header.size;
   const auto bytes = static_cast<double>(header.codeStream.size());
   const double samples = static_cast<double>(size.width) * size.height * size.components;
+  const double ofATile = static_cast<double>(size.tileWidth) * size.tileHeight * size.components;
   if (samples > kSamplesOfAByte * bytes + kSamplesOfNone) return false;
+  if (size.tiles > 1 && samples + ofATile > kSamplesOfAByte * bytes + kHeldOfNone) return false;
   if (static_cast<double>(size.tiles) * (kTilePartHeader + size.components) > bytes) return false;
   if (coding.codeBlocks > kCodeBlocksOfAByte * bytes + kCodeBlocksOfNone) return false;
   return coding.packets <= kPacketsOfAByte * bytes + kPacketsOfNone;

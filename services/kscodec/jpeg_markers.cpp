@@ -102,6 +102,28 @@ uint32_t FormatOfSequential(const Frame &frame) {
   return ChromaIsHalvedAcross(frame) ? KS_FORMAT_JPEG_422 : KS_FORMAT_JPEG_420;
 }
 
+bool IsInOneScan(const Header &header) {
+  return !header.scan.empty() && header.scan[0] == header.frame.components && header.frame.marker != kSof2;
+}
+
+/** Blocks of 8 by 8 samples in all components, or samples where the picture is lossless. */
+uint64_t CodedUnits(const Frame &frame) {
+  const uint32_t side = frame.marker == kSof3 ? 1 : 8;
+  uint32_t mostAcross = 1;
+  uint32_t mostDown = 1;
+  for (size_t i = 0; i < frame.components; ++i) {
+    mostAcross = std::max<uint32_t>(mostAcross, frame.ComponentAt(i).across);
+    mostDown = std::max<uint32_t>(mostDown, frame.ComponentAt(i).down);
+  }
+  uint64_t units = 0;
+  for (size_t i = 0; i < frame.components; ++i) {
+    const Component component = frame.ComponentAt(i);
+    units += uint64_t{frame.width * component.across / (mostAcross * side)} *
+             (frame.height * component.down / (mostDown * side));
+  }
+  return units;
+}
+
 /** A process with the bits that it may have. */
 struct Process {
   uint8_t marker;
@@ -171,8 +193,7 @@ int32_t ReadHeader(Stream stream, Header *header) {
 }
 
 Stream WithWholeSegments(Stream stream, const Header &header) {
-  const bool oneScan = !header.scan.empty() && header.scan[0] == header.frame.components;
-  if (oneScan && header.frame.marker != kSof2) return stream;
+  if (IsInOneScan(header)) return stream;
   MarkerWalk walk(header.entropy);
   Segment segment;
   while (walk.Next(&segment) == SUCCESS) {
@@ -191,6 +212,13 @@ int32_t Describe(const Frame &frame, PictureInfo *info) {
   const uint32_t format = process->format != 0 ? process->format : FormatOfSequential(frame);
   *info = {format, frame.width, frame.height, frame.components, frame.bits};
   return SUCCESS;
+}
+
+bool IsPlausible(const Header &header, const PictureInfo &info) {
+  constexpr uint64_t kBytesOfNone = uint64_t{64} << 20;
+  const uint64_t bitmapBytes = uint64_t{info.width} * info.height * DepthOfBitmap(info) / 8;
+  if (bitmapBytes <= (IsInOneScan(header) ? kBytesOfNone : kBytesOfNone / 2)) return true;
+  return CodedUnits(header.frame) <= header.entropy.size() * 8;
 }
 
 bool IsRgb(const Header &header) {

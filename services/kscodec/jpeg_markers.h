@@ -107,6 +107,13 @@ Stream WithWholeSegments(Stream stream, const Header &header);
 /** What the frame makes the picture: ERROR_NOT_SUPPORTED for a process without a format number. */
 std::int32_t Describe(const Frame &frame, PictureInfo *info);
 
+/**
+ * Whether a stream is long enough for the picture that it claims, so that a few bytes can't ask for much memory: a
+ * bitmap of more than 64 MiB (32 MiB in several scans, whose coefficients are held as well) needs a bit for each block
+ * of 8 by 8 samples, or for each sample of a lossless picture. No Huffman code is shorter.
+ */
+bool IsPlausible(const Header &header, const PictureInfo &info);
+
 /** Whether three components are red, green and blue rather than luminance and chrominance. */
 bool IsRgb(const Header &header);
 

@@ -156,3 +156,21 @@ int32_t KsSaveMemory(void **handle, const KsBitmap *bitmap, uint32_t format, uin
   return ERROR_NOT_SUPPORTED;
 #endif
 }
+
+int32_t KsLoadMemoryInPlace(const void *buffer, const KsBitmap *place, uint32_t bitmapSize, uint64_t size,
+                            const KsLoadOptions *options) {
+  const bool hasStream = buffer != nullptr && size != 0;
+  if (!hasStream || place == nullptr || bitmapSize != sizeof(KsBitmap)) return ERROR_INVALID_VALUE;
+  int32_t status = kscore::CheckPixels(place);
+  if (status != SUCCESS) return status;
+  const Stream stream(static_cast<const uint8_t *>(buffer), size);
+  const Codec *codec = redirect.callback == nullptr ? CodecOf(stream) : nullptr;
+  if (codec == nullptr || codec->loadInPlace == nullptr) return ERROR_NOT_SUPPORTED;
+  PictureInfo info;
+  status = codec->inform(stream, &info);
+  if (status != SUCCESS) return status;
+  const bool fits =
+      info.width == place->width && info.height == place->height && kscodec::DepthOfBitmap(info) == place->bitsPerPixel;
+  const KsLoadOptions none = {};
+  return fits ? codec->loadInPlace(stream, options != nullptr ? *options : none, *place) : ERROR_NOT_SUPPORTED;
+}

@@ -162,6 +162,18 @@ std::uint16_t FillOrderOf(Stream stream) {
   return !topFirst && lowFirst ? FILLORDER_LSB2MSB : FILLORDER_MSB2LSB;
 }
 
+/**
+ * Whether a stream is long enough for the picture that it claims: a picture of more than 64 MiB has no more than 16384
+ * pixels for each byte. The longest code, of 12 bits, stands for 2560 pixels; one row in four at least is made of such
+ * codes, and those between them may be told in some bits each.
+ */
+bool IsPlausible(Stream stream, const KsBitmap &target) {
+  constexpr std::uint64_t kPixelsOfNone = std::uint64_t{64} << 23;
+  constexpr std::uint64_t kPixelsOfAByte = 16384;
+  const std::uint64_t pixels = std::uint64_t{target.width} * target.height;
+  return pixels <= kPixelsOfNone || pixels / kPixelsOfAByte <= stream.size();
+}
+
 /** The decoder has black as 1; the pad bits of the last byte stay 0. */
 void PutInverse(const std::uint8_t *decoded, std::uint32_t width, std::uint8_t *row) {
   const std::uint32_t bytes = (width + 7) / 8;
@@ -201,6 +213,7 @@ std::int32_t LoadT4(Stream stream, const KsRawFormatInfo &info, KsBitmap *target
   KsBitmapRelease(target, 1, 1);
   if (info.width != target->width || info.height != target->height) return ERROR_INVALID_VALUE;
   if (stream.size() > UINT32_MAX - Directory::kBytes) return ERROR_NOT_SUPPORTED;
+  if (!IsPlausible(stream, *target)) return ERROR_FILE_FORMAT;
   const Directory directory(info, stream, FillOrderOf(stream));
   MemoryFile file{directory, stream};
   const OpenTiff tiff = Open(&file);

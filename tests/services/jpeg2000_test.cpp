@@ -211,9 +211,9 @@ using Jpeg2000Test = ServiceTest;
 
 struct PictureCase {
   Recipe recipe;
-  std::vector<uint32_t> bands;
-  uint32_t bits;
-  std::vector<uint32_t> shown; /**< the components for red, green and blue, or the one for gray */
+  std::vector<uint32_t> bands = {};
+  uint32_t bits = 24;
+  std::vector<uint32_t> shown = {0, 1, 2}; /**< the components for red, green and blue, or the one for gray */
   friend std::ostream &operator<<(std::ostream &out, const PictureCase &picture) { return out << picture.recipe.name; }
 };
 
@@ -279,59 +279,34 @@ Components Equal(size_t count, const Component &component = {}) {
   return Components(count, component);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Grays, PictureTest,
-    testing::Values(PictureCase{{.name = "JP2", .components = Equal(1), .isJp2 = true}, {}, 8, {0}},
-                    PictureCase{{.name = "bands of one component", .components = Equal(1)}, {2, 1, 0}, 8, {0}},
-                    PictureCase{{.name = "1 bit", .components = Equal(1, {1})}, {}, 8, {0}},
-                    PictureCase{{.name = "11 bits", .components = Equal(1, {11}), .tile = 16}, {}, 16, {0}},
-                    PictureCase{{.name = "16 bits", .components = Equal(1, {16}), .isJp2 = true}, {}, 16, {0}},
-                    PictureCase{{.name = "12 bits signed", .components = Equal(1, {12, true})}, {}, 16, {0}},
-                    PictureCase{{.name = "one pixel", .components = Equal(1), .width = 1, .height = 1}, {}, 8, {0}},
-                    PictureCase{
-                        {.name = "offset", .components = Equal(1), .left = 13, .top = 6, .tile = 16}, {}, 8, {0}}));
+const PictureCase kPictures[] = {
+    {{.name = "gray JP2", .components = Equal(1), .isJp2 = true}, {}, 8, {0}},
+    {{.name = "bands of one component", .components = Equal(1)}, {2, 1, 0}, 8, {0}},
+    {{.name = "1 bit", .components = Equal(1, {1})}, {}, 8, {0}},
+    {{.name = "11 bits", .components = Equal(1, {11}), .tile = 16}, {}, 16, {0}},
+    {{.name = "16 bits", .components = Equal(1, {16}), .isJp2 = true}, {}, 16, {0}},
+    {{.name = "12 bits signed", .components = Equal(1, {12, true})}, {}, 16, {0}},
+    {{.name = "one pixel", .components = Equal(1), .width = 1, .height = 1}, {}, 8, {0}},
+    {{.name = "offset", .components = Equal(1), .left = 13, .top = 6, .tile = 16}, {}, 8, {0}},
+    {{.name = "mixed", .components = Equal(3), .tile = 16, .mixes = true}},
+    {{.name = "RGB JP2", .components = Equal(3), .isJp2 = true, .mixes = true, .space = OPJ_CLRSPC_SRGB}},
+    {{.name = "11 bits mixed", .components = Equal(3, {11}), .mixes = true}},
+    {{.name = "16 bits of color", .components = Equal(3, {16})}},
+    {{.name = "own depths", .components = {{8}, {3, true}, {13}}}},
+    {{"subsampled with an offset", {{8, false, 1, 2}, {8, true, 2, 2}, {8, false, 4, 3}}, 36, 30, 5, 7, 16}},
+    {{.name = "with alpha", .components = Equal(4), .isJp2 = true, .hasAlpha = true}},
+    {{.name = "two", .components = Equal(2)}, {}, 24, {0, 0, 0}},
+    {{.name = "bands of two", .components = Equal(2), .isJp2 = true}, {1, 0, 5}, 24, {1, 0, 1}},
+    {{.name = "first of five, mixed", .components = Equal(5), .mixes = true}},
+    {{.name = "backwards", .components = Equal(5), .tile = 16}, {4, 2, 0}, 24, {4, 2, 0}},
+    {{.name = "cut", .components = Equal(5), .isJp2 = true}, {9, 1, UINT32_MAX}, 24, {4, 1, 4}},
+    {{.name = "some mixed", .components = Equal(5), .mixes = true}, {4, 1, 3}, 24, {4, 1, 3}},
+    {{.name = "of alpha", .components = Equal(4), .isJp2 = true, .hasAlpha = true}, {3, 1, 0}, 24, {3, 1, 0}},
+    {{"bands of own depths", {{16}, {8}, {12, true}, {5}, {8, false, 2, 2}}}, {4, 2, 3}, 24, {4, 2, 3}},
+    {{.name = "of 300", .components = Equal(300), .width = 9, .height = 8}, {299, 256, 7}, 24, {299, 256, 7}},
+};
 
-INSTANTIATE_TEST_SUITE_P(
-    Colors, PictureTest,
-    testing::Values(
-        PictureCase{{.name = "mixed", .components = Equal(3), .tile = 16, .mixes = true}, {}, 24, {0, 1, 2}},
-        PictureCase{{.name = "JP2", .components = Equal(3), .isJp2 = true, .mixes = true, .space = OPJ_CLRSPC_SRGB},
-                    {},
-                    24,
-                    {0, 1, 2}},
-        PictureCase{{.name = "11 bits", .components = Equal(3, {11}), .mixes = true}, {}, 24, {0, 1, 2}},
-        PictureCase{{.name = "16 bits", .components = Equal(3, {16})}, {}, 24, {0, 1, 2}},
-        PictureCase{{.name = "own depths", .components = {{8}, {3, true}, {13}}}, {}, 24, {0, 1, 2}},
-        PictureCase{{.name = "subsampled with an offset",
-                     .components = {{8, false, 1, 2}, {8, true, 2, 2}, {8, false, 4, 3}},
-                     .width = 36,
-                     .height = 30,
-                     .left = 5,
-                     .top = 7,
-                     .tile = 16},
-                    {},
-                    24,
-                    {0, 1, 2}},
-        PictureCase{
-            {.name = "with alpha", .components = Equal(4), .isJp2 = true, .hasAlpha = true}, {}, 24, {0, 1, 2}}));
-
-INSTANTIATE_TEST_SUITE_P(
-    Bands, PictureTest,
-    testing::Values(
-        PictureCase{{.name = "two", .components = Equal(2)}, {}, 24, {0, 0, 0}},
-        PictureCase{{.name = "of two", .components = Equal(2), .isJp2 = true}, {1, 0, 5}, 24, {1, 0, 1}},
-        PictureCase{{.name = "first of five, mixed", .components = Equal(5), .mixes = true}, {}, 24, {0, 1, 2}},
-        PictureCase{{.name = "backwards", .components = Equal(5), .tile = 16}, {4, 2, 0}, 24, {4, 2, 0}},
-        PictureCase{{.name = "cut", .components = Equal(5), .isJp2 = true}, {9, 1, UINT32_MAX}, 24, {4, 1, 4}},
-        PictureCase{{.name = "some mixed", .components = Equal(5), .mixes = true}, {4, 1, 3}, 24, {4, 1, 3}},
-        PictureCase{
-            {.name = "of alpha", .components = Equal(4), .isJp2 = true, .hasAlpha = true}, {3, 1, 0}, 24, {3, 1, 0}},
-        PictureCase{{.name = "own depths", .components = {{16}, {8}, {12, true}, {5}, {8, false, 2, 2}}},
-                    {4, 2, 3},
-                    24,
-                    {4, 2, 3}},
-        PictureCase{
-            {.name = "of 300", .components = Equal(300), .width = 9, .height = 8}, {299, 256, 7}, 24, {299, 256, 7}}));
+INSTANTIATE_TEST_SUITE_P(Pictures, PictureTest, testing::ValuesIn(kPictures));
 
 TEST_F(Jpeg2000Test, LuminanceAndColorDifferencesBecomeRgbUnlessBandsAreWanted) {
   const Recipe recipe = {
@@ -516,6 +491,7 @@ void SetSize(Bytes &stream, uint32_t width, uint32_t height, uint32_t tile) {
 INSTANTIATE_TEST_SUITE_P(
     Claims, ClaimTest,
     testing::Values(ClaimCase{"60000 by 60000", [](Bytes &stream, size_t) { SetSize(stream, 60000, 60000, 60000); }},
+                    ClaimCase{"two large tiles", [](Bytes &stream, size_t) { SetSize(stream, 8192, 8000, 8191); }},
                     ClaimCase{"one row", [](Bytes &stream, size_t) { SetSize(stream, 4000000000, 1, 4000000000); }},
                     ClaimCase{"65025 tiles", [](Bytes &stream, size_t) { SetSize(stream, 255, 255, 1); }},
                     ClaimCase{"65535 layers", [](Bytes &stream, size_t style) { PutBig(stream, style + 6, 65535, 2); }},

@@ -156,6 +156,21 @@ TEST_P(OwnJpeg, GivesTheBandsThatAreAskedFor) {
   }
 }
 
+/** Decodes over other pixels, which must leave no trace. */
+void ExpectSameInPlace(const Bytes &stream, const KsBitmap &expected) {
+  KsLocalBitmap place;
+  ASSERT_EQ(Create(place, expected.width, expected.height, expected.bitsPerPixel), SUCCESS);
+  SetStorage(*place.Get(), Bytes(uint64_t{expected.bytesPerLine} * expected.height, 0x5A));
+  ASSERT_EQ(KsLoadMemoryInPlace(stream.data(), place.Get(), sizeof(KsBitmap), stream.size(), nullptr), SUCCESS);
+  const Bytes storage = StorageOf(*place.Get());
+  const Bytes wanted = StorageOf(expected);
+  for (uint32_t y = 0; y < expected.height; ++y) {
+    for (uint32_t x = 0; x < expected.width; ++x) {
+      ASSERT_EQ(PixelOf(expected, storage, x, y), PixelOf(expected, wanted, x, y)) << x << ", " << y;
+    }
+  }
+}
+
 /** Whatever is cut off or changed, there is a status, or a picture; rows in front of a break are whole. */
 TEST_P(OwnJpeg, BreaksOffWithTheRowsThatItHas) {
   const Bytes stream = EncodeJpeg(GetParam().spec);
@@ -168,6 +183,7 @@ TEST_P(OwnJpeg, BreaksOffWithTheRowsThatItHas) {
     const int32_t status = Load(cut, bitmap);
     ASSERT_TRUE(status == ERROR_FILE_FORMAT || status == SUCCESS) << size << ": " << status;
     if (status != SUCCESS) continue;
+    ASSERT_NO_FATAL_FAILURE(ExpectSameInPlace(cut, *bitmap.Get()));
     uint32_t rows = 0;
     const auto isSame = [&](uint32_t row) {
       const uint64_t at = uint64_t{row} * whole->bytesPerLine;

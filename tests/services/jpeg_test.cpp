@@ -1,5 +1,6 @@
 // JPEG through the codec front: what is told of a stream, and the pixels it gives. Streams are encoded here from known
 // components, so that the picture expected can be told without a decoder.
+#include "jpeg_builder.h"
 #include "kscodec/jpeg_markers.h"
 #include "service_test.h"
 
@@ -32,6 +33,7 @@ struct Encoding {
   bool jfif = false;
   std::optional<uint8_t> adobe = {};  // its transform
   std::string_view ids = "\1\2\3\4";
+  bool isBlank = false;  // of one level, with codes made for that
 };
 
 /** The value of a component at a pixel: smooth, and different for each component. */
@@ -71,6 +73,7 @@ Bytes Encode(const Encoding &encoding, uint32_t width = kWidth, uint32_t height 
   }
   jpeg.write_JFIF_header = encoding.jfif ? TRUE : FALSE;
   jpeg.restart_interval = encoding.restart;
+  jpeg.optimize_coding = encoding.isBlank ? TRUE : FALSE;
   std::vector<jpeg_scan_info> scans;
   for (int i = 0; i < encoding.components && encoding.eachAlone; ++i) scans.push_back({1, {i}, 0, 63, 0, 0});
   if (!scans.empty()) {
@@ -83,7 +86,7 @@ Bytes Encode(const Encoding &encoding, uint32_t width = kWidth, uint32_t height 
   Bytes row(uint64_t{width} * static_cast<uint32_t>(encoding.components));
   for (uint32_t y = 0; y < height; ++y) {
     auto sample = row.begin();
-    for (uint32_t x = 0; x < width; ++x) {
+    for (uint32_t x = 0; x < width && !encoding.isBlank; ++x) {
       for (int c = 0; c < encoding.components; ++c) *sample++ = static_cast<uint8_t>(Sample(c, x, y));
     }
     JSAMPROW rows[] = {row.data()};
@@ -187,6 +190,8 @@ struct KindCase {
   Route route = Route::kYCbCr;
   double tolerance = 4;
   std::array<int, 3> bands = kFirstThree;
+  uint32_t flags = 0;
+  std::array<uint32_t, 3> asked = {};
 };
 
 class JpegKind : public ServiceTestWith<KindCase> {};
@@ -204,8 +209,9 @@ TEST_P(JpegKind, IsToldAndDecoded) {
   EXPECT_EQ(uint64_t{info.imageBytes}, uint64_t{kHeight} * ((kWidth * bits / 8 + 3) & ~3u));
   EXPECT_EQ(info.pageCount, 1u);
   EXPECT_EQ(info.pageNumber, 1u);
+  const KsLoadOptions options = Options(kind.flags, kind.asked);
   KsLocalBitmap bitmap;
-  ASSERT_EQ(Load(stream, bitmap), SUCCESS);
+  ASSERT_EQ(Load(stream, bitmap, &options), SUCCESS);
   ExpectPicture(*bitmap.Get(), kind.route, kind.bands, kind.tolerance);
 }
 
@@ -232,42 +238,30 @@ INSTANTIATE_TEST_SUITE_P(
 
 // ---- colours and bands ----------------------------------------------------------------------------------------------
 
-struct ColorCase {
-  const char *name;
-  Encoding encoding;
-  uint32_t flags;
-  Route route;
-  std::array<uint32_t, 3> asked = {};
-  std::array<int, 3> bands = kFirstThree;
-};
-
-class JpegColor : public ServiceTestWith<ColorCase> {};
-
-TEST_P(JpegColor, FollowsMarkersAndOptions) {
-  const ColorCase &color = GetParam();
-  const KsLoadOptions options = Options(color.flags, color.asked);
-  KsLocalBitmap bitmap;
-  ASSERT_EQ(Load(Encode(color.encoding), bitmap, &options), SUCCESS);
-  ExpectPicture(*bitmap.Get(), color.route, color.bands, 4);
+/** A gray, or one of several components without subsampling. */
+KindCase Colors(const char *name, const Encoding &encoding, uint32_t flags, Route route,
+                std::array<uint32_t, 3> asked = {}, std::array<int, 3> bands = kFirstThree) {
+  const bool isUsual = encoding.components == 1 || encoding.components == 3;
+  return {name, encoding, isUsual ? KS_FORMAT_JPEG : KS_FORMAT_JPEG_MANY, route, 4, bands, flags, asked};
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Colors, JpegColor,
-    testing::Values(
-        ColorCase{"plain", {}, KS_LOAD_COLOR, Route::kYCbCr}, ColorCase{"jfif", {.jfif = true}, 0, Route::kYCbCr},
-        ColorCase{"jfifWithLetters", {.jfif = true, .ids = "RGB"}, KS_LOAD_COLOR, Route::kYCbCr},
-        ColorCase{"adobeYCbCrWithLetters", {.adobe = uint8_t{1}, .ids = "RGB"}, 0, Route::kYCbCr},
-        ColorCase{"adobeRgb", {.adobe = uint8_t{0}}, 0, Route::kBands},
-        ColorCase{"adobeRgbBesideJfif", {.jfif = true, .adobe = uint8_t{0}}, 0, Route::kBands},
-        ColorCase{"adobeUnknownWithLetters", {.adobe = uint8_t{7}, .ids = "RGB"}, 0, Route::kBands},
-        ColorCase{"letters", {.ids = "RGB"}, 0, Route::kBands},
-        ColorCase{"someLetters", {.ids = "RGC"}, 0, Route::kYCbCr},
-        ColorCase{"bandsOfThree", {.jfif = true}, KS_LOAD_BANDS, Route::kBands, {2, 0, 1}, {2, 0, 1}},
-        ColorCase{"bandsOfFour", {.components = 4}, KS_LOAD_BANDS, Route::kBands, {3, 1, 3}, {3, 1, 3}},
-        ColorCase{"bandsBehindTheLast", {.components = 4}, KS_LOAD_BANDS, Route::kBands, {9, UINT32_MAX, 0}, {3, 3, 0}},
-        ColorCase{"bandsOfTwo", {.components = 2}, KS_LOAD_BANDS, Route::kBands, {1, 0, 1}, {1, 0, 1}},
-        ColorCase{"bandsOfOne", {.components = 1}, KS_LOAD_BANDS, Route::kGray, {2, 1, 0}, {0, 0, 0}}),
-    [](const auto &color) { return color.param.name; });
+    Colors, JpegKind,
+    testing::Values(Colors("plain", {}, KS_LOAD_COLOR, Route::kYCbCr), Colors("jfif", {.jfif = true}, 0, Route::kYCbCr),
+                    Colors("jfifWithLetters", {.jfif = true, .ids = "RGB"}, KS_LOAD_COLOR, Route::kYCbCr),
+                    Colors("adobeYCbCrWithLetters", {.adobe = uint8_t{1}, .ids = "RGB"}, 0, Route::kYCbCr),
+                    Colors("adobeRgb", {.adobe = uint8_t{0}}, 0, Route::kBands),
+                    Colors("adobeRgbBesideJfif", {.jfif = true, .adobe = uint8_t{0}}, 0, Route::kBands),
+                    Colors("adobeUnknownWithLetters", {.adobe = uint8_t{7}, .ids = "RGB"}, 0, Route::kBands),
+                    Colors("letters", {.ids = "RGB"}, 0, Route::kBands),
+                    Colors("someLetters", {.ids = "RGC"}, 0, Route::kYCbCr),
+                    Colors("bandsOfThree", {.jfif = true}, KS_LOAD_BANDS, Route::kBands, {2, 0, 1}, {2, 0, 1}),
+                    Colors("bandsOfFour", {.components = 4}, KS_LOAD_BANDS, Route::kBands, {3, 1, 3}, {3, 1, 3}),
+                    Colors("bandsBehindTheLast", {.components = 4}, KS_LOAD_BANDS, Route::kBands, {9, UINT32_MAX, 0},
+                           {3, 3, 0}),
+                    Colors("bandsOfTwo", {.components = 2}, KS_LOAD_BANDS, Route::kBands, {1, 0, 1}, {1, 0, 1}),
+                    Colors("bandsOfOne", {.components = 1}, KS_LOAD_BANDS, Route::kGray, {2, 1, 0}, {0, 0, 0})),
+    [](const auto &kind) { return kind.param.name; });
 
 // ---- other forms of the same stream ---------------------------------------------------------------------------------
 
@@ -411,6 +405,28 @@ TEST_F(JpegTest, EndlessScansAreRefused) {
   EXPECT_EQ(repeated(600), ERROR_FILE_FORMAT);
 }
 
+TEST_F(JpegTest, AShortStreamHoldsNoHugePicture) {
+  const auto load = [](Bytes stream, uint8_t frame, uint16_t side) {
+    const size_t height = Find(stream, frame).position + 5;
+    for (const size_t at : {height, height + 2}) {
+      stream[at] = static_cast<uint8_t>(side >> 8);
+      stream[at + 1] = static_cast<uint8_t>(side);
+    }
+    KsLocalBitmap bitmap;
+    return Load(stream, bitmap);
+  };
+  const Bytes sequential = Encode({.components = 1});
+  EXPECT_EQ(load(sequential, 0xC0, 8192), SUCCESS);
+  EXPECT_EQ(load(sequential, 0xC0, 65000), ERROR_FILE_FORMAT);
+  EXPECT_EQ(load(Encode({.components = 1, .progressive = true}), 0xC2, 8192), ERROR_FILE_FORMAT);
+  JpegSpec lossless{.width = 9, .height = 9, .bits = 8, .components = 1, .predictor = 1};
+  lossless.sample = [](uint32_t, uint32_t, uint32_t) { return 0U; };
+  EXPECT_EQ(load(EncodeJpeg(lossless), 0xC3, 65000), ERROR_FILE_FORMAT);
+  // The shortest codes that there are: one bit for the level of a block, one for its end.
+  KsLocalBitmap black;
+  EXPECT_EQ(Load(Encode({.components = 1, .isBlank = true}, 9000, 9000), black), SUCCESS);
+}
+
 // ---- headers --------------------------------------------------------------------------------------------------------
 
 Bytes FrameOf(uint8_t marker, uint8_t bits, uint16_t width, uint16_t height, uint8_t components) {
@@ -508,6 +524,26 @@ TEST_F(JpegTest, ALoadReplacesWhatTheBitmapHeld) {
   KsFailAllocationsAfter(0);
   EXPECT_EQ(Load(stream, bitmap), ERROR_NO_MEMORY);
   EXPECT_EQ(bitmap->pixels, nullptr);
+}
+
+TEST_F(JpegTest, DecodesInPlaceWhereSizeAndDepthFit) {
+  const Bytes stream = Encode({});
+  KsLocalBitmap whole;
+  ASSERT_EQ(Create(whole, kWidth + 3, kHeight + 2, 24), SUCCESS);
+  const auto load = [&](uint32_t width, uint32_t height) {
+    KsLocalBitmap view;
+    EXPECT_EQ(KsBitmapView(view.Get(), sizeof(KsBitmap), whole.Get(), 2, 1, width, height), SUCCESS);
+    return KsLoadMemoryInPlace(stream.data(), view.Get(), sizeof(KsBitmap), stream.size(), nullptr);
+  };
+  EXPECT_EQ(load(kWidth + 1, kHeight), ERROR_NOT_SUPPORTED);
+  EXPECT_EQ(load(kWidth, kHeight + 1), ERROR_NOT_SUPPORTED);
+  EXPECT_EQ(load(kWidth, kHeight), SUCCESS);
+  KsLocalBitmap alone;
+  KsLocalBitmap expected;
+  ASSERT_EQ(Load(stream, alone), SUCCESS);
+  ASSERT_EQ(Create(expected, kWidth + 3, kHeight + 2, 24), SUCCESS);
+  KsCombine(expected.Get(), 2, 1, kWidth, kHeight, alone.Get(), 0, 0, 288, 0);
+  EXPECT_EQ(StorageOf(*whole.Get()), StorageOf(*expected.Get()));
 }
 
 TEST_F(JpegTest, ARedirectLeavesTheBitmapToTheRawStream) {

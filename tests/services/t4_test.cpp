@@ -173,4 +173,20 @@ TEST_F(T4Limits, AnotherTargetOrFormatIsRefused) {
   EXPECT_EQ(Loaded({0x00}, picture, KS_FORMAT_T4_1D).status, ERROR_FILE_FORMAT);
 }
 
+TEST_F(T4Limits, AShortStreamHoldsNoHugePicture) {
+  // Rows of white: an end of line, 31 times 2560 pixels, and no pixel more.
+  std::string row = "000000000001";
+  for (int i = 0; i < 31; ++i) row += "000000011111";
+  row += "00110101";
+  Bytes rowBytes(row.size() / 8);
+  for (size_t i = 0; i < row.size(); ++i) rowBytes[i / 8] = static_cast<uint8_t>(rowBytes[i / 8] << 1 | (row[i] - '0'));
+  Bytes stream;
+  for (int i = 0; i < 9000; ++i) stream.insert(stream.end(), rowBytes.begin(), rowBytes.end());
+  constexpr uint32_t kWidth = 31 * 2560;
+  EXPECT_EQ(Loaded(stream, {kWidth, 9000, {}}, KS_FORMAT_T4_1D).status, SUCCESS);
+  stream.resize(2000);
+  EXPECT_EQ(Loaded(stream, {kWidth, 9000, {}}, KS_FORMAT_T4_1D).status, ERROR_FILE_FORMAT);
+  EXPECT_EQ(Loaded(stream, {kWidth, 5000, {}}, KS_FORMAT_T4_1D).status, SUCCESS);
+}
+
 }  // namespace
