@@ -8,57 +8,6 @@
 
 namespace {
 
-/** A file with a header field changed, and what becomes of it. */
-struct HeaderCase {
-  const char *field;
-  const char *text;
-  std::int32_t status;
-  const char *message = nullptr;
-};
-
-class FileHeaderField : public testing::TestWithParam<HeaderCase> {};
-
-TEST_P(FileHeaderField, DecidesWhetherTheFileIsTaken) {
-  const HeaderCase &given = GetParam();
-  const auto before = LiveBlocks();
-  {
-    const PlatformWatch watch;
-    LoadedFile file(NitfBuilder().Field(given.field, given.text));
-    EXPECT_EQ(file.status, given.status) << given.field << " = " << given.text;
-    EXPECT_EQ(watch.messages, given.message ? std::vector<std::string>{given.message} : std::vector<std::string>{});
-  }
-  EXPECT_EQ(LiveBlocks(), before);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    FileHeader, FileHeaderField,
-    testing::Values(HeaderCase{"FHDR", "NITF", SUCCESS}, HeaderCase{"FHDR", "NSIF", SUCCESS},
-                    HeaderCase{"FHDR", "NIFT", ERROR_FILE_FORMAT},
-                    HeaderCase{"FVER", "02.00", NITF_UNSUPPORTED_VERSION},
-                    HeaderCase{"FVER", "01.00", NITF_UNSUPPORTED_VERSION},
-                    HeaderCase{"CLEVEL", "05", NITF_UNSUPPORTED_CLEVEL, "Error: Unsupported CLEVEL"},
-                    HeaderCase{"CLEVEL", "3 ", NITF_UNSUPPORTED_CLEVEL, "Error: Unsupported CLEVEL"},
-                    HeaderCase{"FSCLAS", "X", ERROR_FILE_FORMAT}, HeaderCase{"FSCLAS", "T", SUCCESS},
-                    HeaderCase{"NUMX", "001", ERROR_FILE_FORMAT}, HeaderCase{"NUMI", "-01", ERROR_FILE_READ},
-                    HeaderCase{"NUMI", "999", ERROR_FILE_READ}, HeaderCase{"NUMRES", "   ", SUCCESS},
-                    HeaderCase{"UDHDL", "00001", ERROR_FILE_FORMAT}, HeaderCase{"XHDL", "00002", ERROR_FILE_READ},
-                    HeaderCase{"XHDL", "-0002", ERROR_FILE_READ}, HeaderCase{"UDHDL", "99999", ERROR_FILE_READ},
-                    HeaderCase{"FL", "999999999999", ERROR_INVALID_VALUE},
-                    HeaderCase{"HL", "999999", ERROR_INVALID_VALUE}, HeaderCase{"FL", "000000000001", SUCCESS}));
-
-TEST(FileHeader, ABlankFileHas388BytesAndNoTables) {
-  const Bytes bytes = NitfBuilder().Build();
-  EXPECT_EQ(bytes.size(), 388U);
-  LoadedFile file(bytes);
-  ASSERT_EQ(file.status, SUCCESS);
-  EXPECT_EQ(file->headerValid, 1U);
-  EXPECT_EQ(file->header.headerLength, 388U);
-  EXPECT_EQ(file->header.fileLength, 388U);
-  EXPECT_EQ(file->header.imageSubheaderLengths, nullptr);
-  EXPECT_EQ(file->imageList, nullptr);
-  EXPECT_EQ(file->dataExtensionList, nullptr);
-}
-
 TEST(FileHeader, EveryTruncationIsAShortRead) {
   const Bytes whole = NitfBuilder().Field("UDHD", "TRE data").Build();
   for (std::size_t length = 0; length < whole.size(); ++length) {
@@ -72,31 +21,12 @@ TEST(FileHeader, AFileThatIsNotThereIsAShortRead) {
   EXPECT_EQ(Load(file.Get(), u"/no/such/file"), ERROR_FILE_READ);
 }
 
-TEST(FileHeader, TheBackgroundIsThreeBinaryBytes) {
-  LoadedFile file(NitfBuilder().Field("FBKGC", std::string("\x10\x00\xFE", 3)));
-  EXPECT_EQ(file->backgroundColor, 0xFE0010U);
-}
-
 TEST(FileHeader, UserAndExtendedDataAreKept) {
   LoadedFile file(NitfBuilder().Field("UDHD", std::string("tag\0data", 8)).Field("XHD", ""));
   ASSERT_EQ(file.status, SUCCESS);
   EXPECT_EQ(std::string(file->header.userHeaderData, 9), std::string("tag\0data\0", 9));
   EXPECT_STREQ(file->header.UDHDL, "00011");
   EXPECT_STREQ(file->header.extendedHeaderData, "");
-}
-
-TEST(FileHeader, LengthTablesAreReadTwice) {
-  LoadedFile file(NitfBuilder().Image({.rows = 1, .columns = 3, .data = {1, 2, 3}}).Text({.text = "hello"}));
-  ASSERT_EQ(file.status, SUCCESS);
-  const NitfHeader &header = file->header;
-  EXPECT_EQ(header.imageTableCount, 1U);
-  EXPECT_EQ(header.imageSubheaderLengths[0], 439U);
-  EXPECT_EQ(header.imageSubheaderLengthsOut[0], 439U);
-  EXPECT_EQ(header.imageDataLengths[0], 3U);
-  EXPECT_EQ(header.imageDataLengthsOut[0], 3U);
-  EXPECT_EQ(header.textSubheaderLengths[0], 282U);
-  EXPECT_EQ(header.textDataLengths[0], 5U);
-  EXPECT_EQ(header.graphicSubheaderLengths, nullptr);
 }
 
 TEST(FileHeader, LengthsBeyond32BitsStayAtTheLimit) {

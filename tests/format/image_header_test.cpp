@@ -15,38 +15,6 @@ LoadedFile LoadImage(ImageSpec image) {
   return LoadedFile(NitfBuilder().Image(std::move(image)));
 }
 
-struct RefusalCase {
-  const char *field;
-  const char *text;
-  std::int32_t status;
-  const char *message = nullptr;
-};
-
-class ImageField : public testing::TestWithParam<RefusalCase> {};
-
-TEST_P(ImageField, DecidesWhetherTheImageIsTaken) {
-  const RefusalCase &given = GetParam();
-  const auto before = LiveBlocks();
-  {
-    const PlatformWatch watch;
-    LoadedFile file(NitfBuilder().Image(Tiny({{given.field, given.text}})));
-    EXPECT_EQ(file.status, given.status) << given.field << " = " << given.text;
-    EXPECT_EQ(watch.messages, given.message ? std::vector<std::string>{given.message} : std::vector<std::string>{});
-  }
-  EXPECT_EQ(LiveBlocks(), before);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    ImageHeader, ImageField,
-    testing::Values(RefusalCase{"IM", "SY", ERROR_FILE_FORMAT}, RefusalCase{"ISCLAS", " ", ERROR_FILE_FORMAT},
-                    RefusalCase{"ISCLAS", "S", SUCCESS}, RefusalCase{"IMODE", "Q", ERROR_FILE_FORMAT},
-                    RefusalCase{"PVTYPE", "R", NITF_UNSUPPORTED_PVTYPE, "Error: Unsupported PVTYPE"},
-                    RefusalCase{"PVTYPE", "C", NITF_UNSUPPORTED_PVTYPE, "Error: Unsupported PVTYPE"},
-                    RefusalCase{"PVTYPE", "SI", NITF_UNSUPPORTED_PVTYPE, "Error: Unsupported PVTYPE"},
-                    RefusalCase{"PVTYPE", "I?", SUCCESS}, RefusalCase{"NICOM", "9", ERROR_FILE_READ},
-                    RefusalCase{"NBANDS", "0", ERROR_FILE_FORMAT}, RefusalCase{"UDIDL", "00002", ERROR_FILE_FORMAT},
-                    RefusalCase{"IXSHDL", "99999", ERROR_FILE_READ}));
-
 TEST(ImageHeader, AnUnknownCompressionIsReadAsOneWithARate) {
   ImageSpec image = Tiny();
   image.compression = "??";
@@ -136,36 +104,6 @@ INSTANTIATE_TEST_SUITE_P(
         TextCase{"NPPBV", "0000", MEMBER(blockHeight), 2}, TextCase{"IDLVL", "007", MEMBER(displayLevel), 7},
         TextCase{"IALVL", " 12", MEMBER(attachmentLevel), 12}, TextCase{"ABPP", "xx", MEMBER(actualBits), 0}));
 
-struct RateCase {
-  const char *text;
-  std::uint32_t kind;
-};
-
-class BilevelRate : public testing::TestWithParam<RateCase> {};
-
-TEST_P(BilevelRate, IsToldByItsFirstCharacters) {
-  ImageSpec image = Tiny({{"COMRAT", GetParam().text}});
-  image.compression = "C1";
-  LoadedFile file(NitfBuilder().Image(image));
-  ASSERT_EQ(file.status, SUCCESS);
-  EXPECT_EQ(file.Image(0).rateKind, GetParam().kind);
-}
-
-INSTANTIATE_TEST_SUITE_P(ImageHeader, BilevelRate,
-                         testing::Values(RateCase{"1D  ", kRate1D}, RateCase{"2DS ", kRate2DS},
-                                         RateCase{"2DH ", kRate2DH}, RateCase{"01.5", kRateOther},
-                                         RateCase{"2D  ", kRateOther}));
-
-TEST(ImageHeader, ThreeRowsOfATableAreRedGreenAndBlue) {
-  ImageSpec image = Tiny();
-  image.bands = {{"LU", 3, {0x11, 0x12, 0x21, 0x22, 0x31, 0x32}}};
-  LoadedFile file(NitfBuilder().Image(image));
-  ASSERT_EQ(file.status, SUCCESS);
-  ASSERT_EQ(file.Image(0).lutCount, 2U);
-  EXPECT_EQ(file.Image(0).lut[0], 0x112131U);
-  EXPECT_EQ(file.Image(0).lut[1], 0x122232U);
-}
-
 TEST(ImageHeader, OneRowIsGrayAndTheLastTableWins) {
   ImageSpec image = Tiny();
   image.bands = {{"LU", 3, Bytes(12, 9)}, {"LU", 1, {0x40, 0x80}}};
@@ -207,20 +145,6 @@ TEST(ImageHeader, AMaskThatTheFileCanNotHoldIsAShortRead) {
   image.compression = "NM";
   image.mask = MaskSpec{{0}, {}, {}};
   EXPECT_EQ(LoadedFile(NitfBuilder().Image(image)).status, ERROR_FILE_READ);
-}
-
-TEST(ImageHeader, ARecordThatWasNeverReadHasDefaults) {
-  ImageSubheader record;
-  ImageSubheaderInit(&record, nullptr);
-  EXPECT_STREQ(record.IM, "IM");
-  EXPECT_STREQ(record.IID1, "Missing ID");
-  EXPECT_STREQ(record.security.CLAS, "U");
-  EXPECT_EQ(std::string(record.security.CODE), std::string(40, ' '));
-  EXPECT_EQ(std::string(record.security.CTLN), std::string(20, ' '));
-  EXPECT_STREQ(record.NROWS, "");
-  EXPECT_EQ(record.mode, kPixelInterleaved);
-  EXPECT_EQ(record.displayBands[2], -1);
-  ImageSubheaderFree(&record);
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "handlimg.h"
 #include "harness.h"
 #include "internal/ksclasses_.h"
-#include "samples.h"
 
 #include <algorithm>
 #include <string>
@@ -338,12 +337,6 @@ TEST(Samples, AThirtyTwoBitImageOfSeveralStripsHasOneRange) {
   for (const std::uint32_t row : {0U, 449U, 748U, 749U, 899U}) EXPECT_EQ(picture.At(row, 699), Gray(row * 255 / 899));
 }
 
-TEST(Samples, PairsOfTwelveBitsAreRepacked) {
-  std::uint8_t row[] = {0x12, 0x34, 0x56, 0x78, 0x90};
-  ChooseConversion(12, 12)(row, sizeof row, 12, 12, {});
-  EXPECT_EQ(Bytes(row, row + 5), (Bytes{0x23, 0x61, 0x45, 0x89, 0x07}));
-}
-
 TEST(Samples, ThirtyTwoBitsSpreadOverTheirOwnRange) {
   for (const std::uint32_t actualBits : {24U, 32U}) {
     ImageSpec image{.rows = 2, .columns = 3, .bits = 32, .actualBits = actualBits};
@@ -418,8 +411,8 @@ TEST_P(Bilevel, BlocksAreOneRunOfBits) {
   ImageSpec image{.rows = 5, .columns = 23, .pixelValueType = "B", .bits = 1};
   image.blockWidth = blockWidth;
   image.blockHeight = blockHeight;
-  image.bands = std::vector<BandSpec>(bands);
-  image.bands.back() = {"LU", 3, {10, 20, 30, 40, 50, 60}};
+  image.bands = std::vector<BandSpec>(bands, {"", 3, Bytes(6, 9)});
+  image.bands.back() = {"LU", 3, {10, 20, 30, 40, 50, 60}};  // of two bands the tagged one is shown
   image.representation = "RGB/LUT";
   image.data = LayOut(image, Bit);
   const Composition picture = Compose(NitfBuilder().Image(image));
@@ -434,17 +427,7 @@ TEST_P(Bilevel, BlocksAreOneRunOfBits) {
 
 INSTANTIATE_TEST_SUITE_P(ImageModes, Bilevel,
                          testing::Values(std::tuple{23U, 5U, 1U}, std::tuple{10U, 2U, 1U}, std::tuple{8U, 5U, 1U},
-                                         std::tuple{3U, 1U, 1U}, std::tuple{1U, 1U, 1U}));
-
-TEST(Bilevel, OfTwoBandsTheTaggedOneIsShown) {
-  ImageSpec image{.rows = 5, .columns = 7, .representation = "MULTI", .pixelValueType = "B", .bits = 1};
-  image.bands = {{"", 3, {9, 9, 9, 9, 9, 9}}, {"LU", 3, {10, 20, 30, 40, 50, 60}}};
-  image.data = LayOut(image, Bit);
-  const Composition picture = Compose(NitfBuilder().Image(image));
-  ASSERT_EQ(picture.status, SUCCESS);
-  EXPECT_EQ(picture.At(2, 2), Bit(1, 2, 2) != 0 ? Rgb(20, 40, 60) : Rgb(10, 30, 50));
-  EXPECT_EQ(picture.At(4, 6), Bit(1, 4, 6) != 0 ? Rgb(20, 40, 60) : Rgb(10, 30, 50));
-}
+                                         std::tuple{3U, 1U, 1U}, std::tuple{1U, 1U, 1U}, std::tuple{23U, 5U, 2U}));
 
 TEST(Bilevel, ABlockWithoutEnoughDataIsBadData) {
   ImageSpec image{.rows = 4, .columns = 9, .pixelValueType = "B", .bits = 1, .data = Bytes(4, 0xFF)};
@@ -482,17 +465,6 @@ TEST(Palettes, AnIndexShowsItsColourAndOneBehindTheTableIsBlack) {
   EXPECT_EQ(picture.At(0, 0), Rgb(10, 30, 50));
   EXPECT_EQ(picture.At(0, 1), Rgb(20, 40, 60));
   EXPECT_EQ(picture.At(0, 2), 0U);
-}
-
-TEST(Palettes, TheWholeGrayRampIsThere) {
-  ImageSpec image{.rows = 1, .columns = 256};
-  for (std::uint32_t level = 0; level < 256; ++level) image.data.push_back(static_cast<std::uint8_t>(level));
-  for (const std::uint32_t bits : {8U, 24U}) {
-    const Composition picture = Compose(NitfBuilder().Image(image), {.bits = bits});
-    for (std::uint32_t level = 0; level < 256; ++level) {
-      ASSERT_EQ(picture.At(0, level), bits == 8 ? level : Gray(level));
-    }
-  }
 }
 
 TEST(ImageData, EveryTruncationIsAShortRead) {

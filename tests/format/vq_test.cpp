@@ -102,10 +102,6 @@ struct VqCase {
   }
 };
 
-void PrintTo(const VqCase &given, std::ostream *out) {
-  *out << given.name;
-}
-
 /** The picture of a case, in a bitmap of `width` x `height`. */
 void ExpectPicture(const VqCase &given, const Decoded &picture, std::uint32_t width, std::uint32_t height) {
   ASSERT_EQ(picture.status, SUCCESS);
@@ -195,34 +191,24 @@ struct MaskCase {
   std::uint32_t blocksHigh;
 };
 
-void PrintTo(const MaskCase &given, std::ostream *out) {
-  *out << given.name;
-}
+class VqMasks : public testing::TestWithParam<MaskCase> {};
 
-class VqMasks : public testing::TestWithParam<MaskCase> {
- protected:
-  /** 3 x 2 blocks, of a number of code bits that ends within a byte. */
-  VqMasks() : given{"", 4, 4, 3, 3, 3, 2, 11, 900, 4, GetParam().absent} {}
-
-  VqCase given;
-};
-
-TEST_P(VqMasks, GiveTheExtentOfTheRecordedBlocks) {
-  ExpectPicture(given, Decoded(given.Image()), GetParam().blocksWide * 12, GetParam().blocksHigh * 12);
-}
-
-TEST_P(VqMasks, CoverThatExtentOfTheCanvas) {
+/** 3 x 2 blocks, of a number of code bits that ends within a byte. */
+TEST_P(VqMasks, GiveAndCoverTheExtentOfTheRecordedBlocks) {
+  const VqCase given{"", 4, 4, 3, 3, 3, 2, 11, 900, 4, GetParam().absent};
+  const std::uint32_t width = GetParam().blocksWide * 12;
+  const std::uint32_t height = GetParam().blocksHigh * 12;
   ImageSpec image = given.Image();
   image.locationRow = 2;
   image.locationColumn = 3;
+  ExpectPicture(given, Decoded(image), width, height);
   const Composition picture = Compose(NitfBuilder().Field("FBKGC", "\xFF\xFF\xFF").Image(image));
   ASSERT_EQ(picture.status, SUCCESS);
   ASSERT_EQ(picture.width, 3 * 12U + 3);
   ASSERT_EQ(picture.height, 2 * 12U + 2);
   for (std::uint32_t row = 0; row < picture.height; ++row) {
     for (std::uint32_t column = 0; column < picture.width; ++column) {
-      const bool covered =
-          row >= 2 && column >= 3 && row - 2 < GetParam().blocksHigh * 12 && column - 3 < GetParam().blocksWide * 12;
+      const bool covered = row - 2 < height && column - 3 < width;
       const std::uint32_t level = covered ? given.Pixel(row - 2, column - 3) : 0xFF;
       ASSERT_EQ(picture.At(row, column), level * 0x010101) << row << ", " << column;
     }
@@ -251,43 +237,6 @@ TEST(VectorQuantised, ReadsBehindAMaskTableOfAnyKind) {
   ExpectPicture(given, Decoded(image), 24, 24);
   image.mask = MaskSpec{};
   ExpectPicture(given, Decoded(image), 24, 24);
-}
-
-TEST(VectorQuantised, HeaderAndRecordsAreReadFromTheFilesPosition) {
-  ImageSpec image{.rows = 4, .columns = 4, .compression = "M4"};
-  image.mask = MaskSpec{{0}, {kNotRecorded}, Bytes{1, 2, 3}};
-  image.data = {0,  1,  2,  3, 4, 5, 6,  7,    8,    9,  10, 0,  2,  13, 14, 15, 16, 17,
-                18, 19, 20, 0, 1, 0, 2,  0x40, 0x80, 7,  8,  9,  10, 11, 12, 13, 14,  // record 1
-                0,  2,  0,  0, 0, 3, 17, 18,   19,   20, 21, 22, 23, 24};             // record 2
-  LoadedFile file(NitfBuilder().Image(image));
-  SeekSegmentData(file.Get(), SegmentKind::Image, 0);
-  ASSERT_EQ(SkipMaskTable(file.Get(), file.Image(0)), SUCCESS);
-  VqHeader header{};
-  ASSERT_EQ(ReadVqHeader(file.Get(), &header), SUCCESS);
-  EXPECT_EQ(header.codeRows, 0x00010203U);
-  EXPECT_EQ(header.codesPerRow, 0x04050607U);
-  EXPECT_EQ(header.codeBits, 8);
-  EXPECT_EQ(header.algorithm, 0x090A);
-  EXPECT_EQ(header.lookupRecords, 2);
-  EXPECT_EQ(header.parameterRecords, 0x0D0E);
-  EXPECT_EQ(header.lookupOffset, 0x0F101112U);
-  EXPECT_EQ(header.lookupRecordLength, 0x1314);
-  VqLookupRecord records[2];
-  ASSERT_EQ(ReadVqLookupRecords(file.Get(), header, records), SUCCESS);
-  EXPECT_EQ(records[0].table, 1);
-  EXPECT_EQ(records[0].entries, 0x00024080U);
-  EXPECT_EQ(records[0].valuesPerEntry, 0x0708);
-  EXPECT_EQ(records[0].bitsPerValue, 0x090A);
-  EXPECT_EQ(records[0].offset, 0x0B0C0D0EU);
-  EXPECT_EQ(records[1].table, 2);
-  EXPECT_EQ(records[1].entries, 3U);
-  EXPECT_EQ(records[1].offset, 0x15161718U);
-  // Nothing is left in the file.
-  EXPECT_EQ(ReadVqHeader(file.Get(), &header), ERROR_FILE_READ);
-  EXPECT_EQ(header.codeRows, 0U);
-  header.lookupRecords = 1;
-  EXPECT_EQ(ReadVqLookupRecords(file.Get(), header, records), ERROR_FILE_READ);
-  EXPECT_EQ(SkipMaskTable(file.Get(), file.Image(0)), ERROR_FILE_READ);
 }
 
 // ---- colours ------------------------------------------------------------------------------------------------------
@@ -321,10 +270,6 @@ struct BadCase {
   std::int32_t status;
   void (*spoil)(VqSpec &data, ImageSpec &image);
 };
-
-void PrintTo(const BadCase &given, std::ostream *out) {
-  *out << given.name;
-}
 
 class VqFaults : public testing::TestWithParam<BadCase> {};
 

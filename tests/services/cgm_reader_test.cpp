@@ -5,8 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <limits>
+#include <variant>
 
 namespace {
 
@@ -105,148 +105,136 @@ INSTANTIATE_TEST_SUITE_P(
 
 // ---- shapes
 
+/** Parameters of elements, as data. */
+using P = CgmBuilder::Corner;
+struct Vdc {
+  double value;
+};
+struct Real {
+  double value;
+};
+struct Int {
+  int value;
+};
+struct Enum {
+  int value;
+};
+struct Ix {
+  int value;
+};
+struct Ci {
+  int value;
+};
+using Parameters = std::vector<std::variant<P, Vdc, Real, Int, Enum, Ix, Ci, std::string, Bytes>>;
+
+struct Putter {
+  void operator()(const P &point) const { to.Points({point}); }
+  void operator()(Vdc number) const { to.Vdc(number.value); }
+  void operator()(Real number) const { to.Real(number.value); }
+  void operator()(Int number) const { to.Integer(number.value); }
+  void operator()(Enum number) const { to.Enumeration(number.value); }
+  void operator()(Ix number) const { to.Index(number.value); }
+  void operator()(Ci number) const { to.ColorIndex(number.value); }
+  void operator()(const std::string &text) const { to.String(text); }
+  void operator()(const Bytes &bytes) const { to.Raw(bytes); }
+  CgmParameters &to;
+};
+
+void Add(CgmBuilder &cgm, unsigned group, unsigned element, const Parameters &list) {
+  CgmParameters parameters = cgm.New();
+  for (const auto &parameter : list) std::visit(Putter{parameters}, parameter);
+  cgm.Add(group, element, parameters);
+}
+
 struct ShapeCase {
   std::string name;
   unsigned element;
-  std::function<void(CgmParameters &)> parameters;
+  Parameters parameters;
   Shape shape;
 };
 
-using P = CgmParameters;
 constexpr double kPi = 3.14159265358979323846;
-const std::vector<std::pair<double, double>> kCorners = {{1, 2}, {30, 4}, {5, 60}};
+const Parameters kCorners = {P{1, 2}, P{30, 4}, P{5, 60}};
 const std::vector<Point> kCornerPoints = {{1, 2}, {30, 4}, {5, 60}};
 
 class CgmShapeTest : public ServiceTestWith<ShapeCase> {};
 
 TEST_P(CgmShapeTest, IsRead) {
   CgmBuilder cgm;
-  CgmParameters parameters = cgm.New();
-  GetParam().parameters(parameters);
-  EXPECT_TRUE(Drawn(cgm.Add(kPrimitives, GetParam().element, parameters)).shape == GetParam().shape);
+  Add(cgm, kPrimitives, GetParam().element, GetParam().parameters);
+  EXPECT_TRUE(Drawn(cgm).shape == GetParam().shape);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Primitives, CgmShapeTest,
-    testing::Values(ShapeCase{"Polyline", kPolyline, [](P &p) { p.Points(kCorners); }, Polyline{kCornerPoints}},
-                    ShapeCase{"DisjointPolyline", kDisjointPolyline,
-                              [](P &p) {
-                                p.Points(kCorners).Points({{7, 8}, {9, 9}});
-                              },
-                              DisjointPolyline{{{1, 2}, {30, 4}, {5, 60}, {7, 8}}}},
-                    ShapeCase{"Polymarker", kPolymarker, [](P &p) { p.Points(kCorners); }, Markers{kCornerPoints}},
-                    ShapeCase{"Polygon", kPolygon, [](P &p) { p.Points(kCorners); }, Polygon{kCornerPoints}},
-                    ShapeCase{"Rectangle", kRectangle,
-                              [](P &p) {
-                                p.Points({{5, 6}, {1, 2}});
-                              },
-                              Rectangle{{5, 6}, {1, 2}}},
-                    ShapeCase{"Circle", kCircle,
-                              [](P &p) {
-                                p.Points({{5, 6}}).Vdc(3);
-                              },
-                              Ellipse{{5, 6}, {3, 0}, {0, 3}}},
-                    ShapeCase{"Ellipse", kEllipse,
-                              [](P &p) {
-                                p.Points({{5, 6}, {9, 7}, {4, 8}});
-                              },
-                              Ellipse{{5, 6}, {4, 1}, {-1, 2}}},
-                    ShapeCase{"ArcOverTheCut", kCircularArcCenter,
-                              [](P &p) {
-                                p.Points({{5, 6}, {0, 2}, {0, -2}}).Vdc(3);
-                              },
-                              Ellipse{{5, 6}, {3, 0}, {0, 3}, Closure::Open, kPi / 2, 1.5 * kPi}},
-                    ShapeCase{"ArcOfOneRay", kCircularArcCenterClose,
-                              [](P &p) {
-                                p.Points({{5, 6}, {2, 0}, {4, 0}}).Vdc(3).Enumeration(0);
-                              },
-                              Ellipse{{5, 6}, {3, 0}, {0, 3}, Closure::Pie, 0, 2 * kPi}},
-                    ShapeCase{"ArcThroughARow", kCircularArc3Point,
-                              [](P &p) {
-                                p.Points({{0, 0}, {1, 1}, {2, 2}});
-                              },
-                              Polyline{{{0, 0}, {1, 1}, {2, 2}}}},
-                    ShapeCase{"ArcThroughARowClosed", kCircularArc3PointClose,
-                              [](P &p) {
-                                p.Points({{0, 0}, {1, 1}, {2, 2}}).Enumeration(1);
-                              },
-                              Polygon{{{0, 0}, {1, 1}, {2, 2}}}},
-                    ShapeCase{"RestrictedText", kRestrictedText,
-                              [](P &p) {
-                                p.Vdc(40).Vdc(10).Points({{3, 4}}).Enumeration(1).String("in\nside");
-                              },
-                              Text{{3, 4}, "inside", true, {40, 10}}},
-                    ShapeCase{"PackedCells", kCellArray,
-                              [](P &p) {
-                                p.Points({{0, 0}, {9, 9}, {9, 0}}).Integer(3).Integer(2).Integer(2).Enumeration(1);
-                                p.Raw({0b00011000, 0, 0b01000100, 0});
-                              },
-                              CellArray{{0, 0}, {9, 9}, {9, 0}, 3, 2, {0xFFFFFF, 0, 0x0000FF, 0, 0xFFFFFF, 0}}},
-                    ShapeCase{"CellsInRuns", kCellArray,
-                              [](P &p) {
-                                p.Points({{0, 0}, {9, 9}, {9, 0}}).Integer(3).Integer(2).Integer(1).Enumeration(0);
-                                // Of runs with colours of a bit, the second one begins within a byte.
-                                p.Raw({0, 2, 0b10000000, 0b00000000, 0b10000000, 0, 0, 3, 0b10000000});
-                              },
-                              CellArray{{0, 0}, {9, 9}, {9, 0}, 3, 2, {0, 0, 0xFFFFFF, 0, 0, 0}}}),
-    [](const auto &given) { return given.param.name; });
+const ShapeCase kShapes[] = {
+    {"Polyline", kPolyline, kCorners, Polyline{kCornerPoints}},
+    {"DisjointPolyline", kDisjointPolyline, {P{1, 2}, P{3, 4}, P{5, 6}}, DisjointPolyline{{{1, 2}, {3, 4}}}},
+    {"Polymarker", kPolymarker, kCorners, Markers{kCornerPoints}},
+    {"Polygon", kPolygon, kCorners, Polygon{kCornerPoints}},
+    {"Rectangle", kRectangle, {P{5, 6}, P{1, 2}}, Rectangle{{5, 6}, {1, 2}}},
+    {"Circle", kCircle, {P{5, 6}, Vdc{3}}, Ellipse{{5, 6}, {3, 0}, {0, 3}}},
+    {"Ellipse", kEllipse, {P{5, 6}, P{9, 7}, P{4, 8}}, Ellipse{{5, 6}, {4, 1}, {-1, 2}}},
+    {"ArcOverTheCut",
+     kCircularArcCenter,
+     {P{5, 6}, P{0, 2}, P{0, -2}, Vdc{3}},
+     Ellipse{{5, 6}, {3, 0}, {0, 3}, Closure::Open, kPi / 2, 1.5 * kPi}},
+    {"ArcOfOneRay",
+     kCircularArcCenterClose,
+     {P{5, 6}, P{2, 0}, P{4, 0}, Vdc{3}, Enum{0}},
+     Ellipse{{5, 6}, {3, 0}, {0, 3}, Closure::Pie, 0, 2 * kPi}},
+    {"ArcThroughARow", kCircularArc3Point, {P{0, 0}, P{1, 1}, P{2, 2}}, Polyline{{{0, 0}, {1, 1}, {2, 2}}}},
+    {"ArcThroughARowClosed",
+     kCircularArc3PointClose,
+     {P{0, 0}, P{1, 1}, P{2, 2}, Enum{1}},
+     Polygon{{{0, 0}, {1, 1}, {2, 2}}}},
+    {"RestrictedText",
+     kRestrictedText,
+     {Vdc{40}, Vdc{10}, P{3, 4}, Enum{1}, std::string("in\nside")},
+     Text{{3, 4}, "inside", true, {40, 10}}},
+    {"PackedCells",
+     kCellArray,
+     {P{0, 0}, P{9, 9}, P{9, 0}, Int{3}, Int{2}, Int{2}, Enum{1}, Bytes{0b00011000, 0, 0b01000100, 0}},
+     CellArray{{0, 0}, {9, 9}, {9, 0}, 3, 2, {0xFFFFFF, 0, 0x0000FF, 0, 0xFFFFFF, 0}}},
+    // Of runs with colours of a bit, the second one begins within a byte.
+    {"CellsInRuns",
+     kCellArray,
+     {P{0, 0}, P{9, 9}, P{9, 0}, Int{3}, Int{2}, Int{1}, Enum{0},
+      Bytes{0, 2, 0b10000000, 0b00000000, 0b10000000, 0, 0, 3, 0b10000000}},
+     CellArray{{0, 0}, {9, 9}, {9, 0}, 3, 2, {0, 0, 0xFFFFFF, 0, 0, 0}}},
+};
+
+INSTANTIATE_TEST_SUITE_P(Primitives, CgmShapeTest, testing::ValuesIn(kShapes),
+                         [](const auto &given) { return given.param.name; });
 
 // ---- curves in all directions of the axes
 
 struct CurveCase {
   unsigned element;
-  std::function<void(CgmParameters &)> parameters;
+  Parameters parameters;
   Point start, middle, end; /**< where the metafile has them */
 };
 const double kHalf = std::sqrt(0.5);
 const CurveCase kCurves[] = {
     {kCircularArcCenter,
-     [](P &p) {
-       p.Points({{50, 40}, {1, 0}, {0, 1}}).Vdc(20);
-     },
+     {P{50, 40}, P{1, 0}, P{0, 1}, Vdc{20}},
      {70, 40},
      {50 + 20 * kHalf, 40 + 20 * kHalf},
      {50, 60}},
     {kCircularArcCenterReversed,
-     [](P &p) {
-       p.Points({{50, 40}, {1, 0}, {0, 1}}).Vdc(20);
-     },
+     {P{50, 40}, P{1, 0}, P{0, 1}, Vdc{20}},
      {70, 40},
      {50 - 20 * kHalf, 40 - 20 * kHalf},
      {50, 60}},
-    {kCircularArc3Point,
-     [](P &p) {
-       p.Points({{70, 40}, {50, 60}, {30, 40}});
-     },
-     {70, 40},
-     {50, 60},
-     {30, 40}},
-    {kCircularArc3Point,
-     [](P &p) {
-       p.Points({{30, 40}, {50, 60}, {70, 40}});
-     },
-     {30, 40},
-     {50, 60},
-     {70, 40}},
-    {kCircularArc3PointClose,
-     [](P &p) {
-       p.Points({{70, 40}, {30, 40}, {70, 40}}).Enumeration(1);
-     },
-     {70, 40},
-     {30, 40},
-     {70, 40}},
+    {kCircularArc3Point, {P{70, 40}, P{50, 60}, P{30, 40}}, {70, 40}, {50, 60}, {30, 40}},
+    {kCircularArc3Point, {P{30, 40}, P{50, 60}, P{70, 40}}, {30, 40}, {50, 60}, {70, 40}},
+    {kCircularArc3PointClose, {P{70, 40}, P{30, 40}, P{70, 40}, Enum{1}}, {70, 40}, {30, 40}, {70, 40}},
     {kEllipticalArc,
-     [](P &p) {
-       p.Points({{50, 40}, {90, 40}, {50, 50}, {1, 0}, {0, 1}});
-     },
+     {P{50, 40}, P{90, 40}, P{50, 50}, P{1, 0}, P{0, 1}},
      {90, 40},
      {50 + 40 * kHalf, 40 + 10 * kHalf},
      {50, 50}},
     // The second diameter is on the other side: the arc runs the other way.
     {kEllipticalArcClose,
-     [](P &p) {
-       p.Points({{50, 40}, {90, 40}, {50, 30}, {1, 0}, {0, -1}}).Enumeration(0);
-     },
+     {P{50, 40}, P{90, 40}, P{50, 30}, P{1, 0}, P{0, -1}, Enum{0}},
      {90, 40},
      {50 + 40 * kHalf, 40 - 10 * kHalf},
      {50, 30}},
@@ -269,9 +257,8 @@ TEST_P(CgmDirectionTest, CurvesRunTheSameWay) {
   for (const CurveCase &curve : kCurves) {
     SCOPED_TRACE(curve.element);
     CgmBuilder cgm({}, first, second);
-    CgmParameters parameters = cgm.New();
-    curve.parameters(parameters);
-    const auto arc = std::get<Ellipse>(Drawn(cgm.Add(kPrimitives, curve.element, parameters)).shape);
+    Add(cgm, kPrimitives, curve.element, curve.parameters);
+    const auto arc = std::get<Ellipse>(Drawn(cgm).shape);
     const auto at = [&arc](double t) { return arc.center + arc.first * std::cos(t) + arc.second * std::sin(t); };
     EXPECT_GT(arc.end, arc.start);
     ExpectNear(at(arc.start), Turned(curve.start), "start");
@@ -328,11 +315,38 @@ TEST_F(CgmCurveTest, AFigureIsOneArea) {
 
 // ---- looks
 
+struct Element {
+  unsigned group;
+  unsigned number;
+  Parameters parameters;
+};
+
 struct StyleCase {
   std::string name;
-  std::function<void(CgmBuilder &)> elements;
-  std::function<void(Style &)> change;
+  std::vector<Element> elements;
+  void (*change)(Style &);
 };
+
+StyleCase One(std::string name, unsigned element, const Parameters &parameters, void (*change)(Style &)) {
+  return {std::move(name), {{kAttributes, element, parameters}}, change};
+}
+
+/** A size of 25 told in some mode, of which the width of lines is 0.25. */
+StyleCase Sized(std::string name, int mode, void (*change)(Style &)) {
+  StyleCase sized{std::move(name), {}, change};
+  for (const unsigned element : {kLineWidthMode, kMarkerSizeMode, kEdgeWidthMode}) {
+    sized.elements.push_back({kPictureDescriptors, element, {Enum{mode}}});
+  }
+  for (const unsigned element : {kLineWidth, kMarkerSize, kEdgeWidth}) {
+    sized.elements.push_back({kAttributes, element, mode == 0 ? Parameters{Vdc{25}} : Parameters{Real{0.25}}});
+  }
+  return sized;
+}
+
+void SetSizes(Style &style, Measure line, Measure marker) {
+  style.line.width = style.edge.width = line;
+  style.marker.size = marker;
+}
 
 class CgmStyleTest : public ServiceTestWith<StyleCase> {};
 
@@ -342,171 +356,103 @@ TEST_P(CgmStyleTest, IsThatOfTheElements) {
   expected.clipped = true;
   expected.clip = {{0, 0}, {100, 100}};
   GetParam().change(expected);
-  GetParam().elements(cgm);
+  for (const Element &element : GetParam().elements) Add(cgm, element.group, element.number, element.parameters);
   EXPECT_TRUE(Drawn(cgm.Add(kPrimitives, kPolymarker, cgm.New().Points({{1, 1}}))).style == expected);
-}
-
-/** An attribute of one number. */
-StyleCase One(std::string name, unsigned element, CgmParameters &(*put)(CgmParameters &), void (*change)(Style &)) {
-  const auto elements = [=](CgmBuilder &cgm) {
-    CgmParameters parameters = cgm.New();
-    cgm.Add(kAttributes, element, put(parameters));
-  };
-  return {std::move(name), elements, change};
-}
-
-/** A size of 25 told in some mode, of which the width of lines is 0.25. */
-StyleCase Sized(std::string name, int mode, Measure line, Measure marker) {
-  const auto elements = [mode](CgmBuilder &cgm) {
-    for (const unsigned element : {kLineWidthMode, kMarkerSizeMode, kEdgeWidthMode}) {
-      cgm.Add(kPictureDescriptors, element, cgm.New().Enumeration(mode));
-    }
-    for (const unsigned element : {kLineWidth, kMarkerSize, kEdgeWidth}) {
-      cgm.Add(kAttributes, element, mode == 0 ? cgm.New().Vdc(25) : cgm.New().Real(0.25));
-    }
-  };
-  return {std::move(name), elements, [=](Style &style) {
-            style.line.width = style.edge.width = line;
-            style.marker.size = marker;
-          }};
 }
 
 constexpr double kPixel = 25.4 / 72;
 
-INSTANTIATE_TEST_SUITE_P(
-    Attributes, CgmStyleTest,
-    testing::Values(
-        StyleCase{"Defaults", [](CgmBuilder &) {}, [](Style &) {}},
-        One(
-            "LineType", kLineType, [](P &p) -> P & { return p.Index(4); },
-            [](Style &s) { s.line.dash = Dash::DashDot; }),
-        One(
-            "LineTypeUnknown", kLineType, [](P &p) -> P & { return p.Index(-3); }, [](Style &) {}),
-        One(
-            "LineColor", kLineColor, [](P &p) -> P & { return p.ColorIndex(2); },
-            [](Style &s) { s.line.color = 0x0000FF; }),
-        One(
-            "MarkerType", kMarkerType, [](P &p) -> P & { return p.Index(5); },
-            [](Style &s) { s.marker.type = Marker::Cross; }),
-        One(
-            "MarkerColor", kMarkerColor, [](P &p) -> P & { return p.ColorIndex(2); },
-            [](Style &s) { s.marker.color = 0x0000FF; }),
-        One(
-            "TextColor", kTextColor, [](P &p) -> P & { return p.ColorIndex(2); },
-            [](Style &s) { s.text.color = 0x0000FF; }),
-        One(
-            "Expansion", kCharacterExpansionFactor, [](P &p) -> P & { return p.Real(1.5); },
-            [](Style &s) { s.text.expansion = 1.5; }),
-        One(
-            "Spacing", kCharacterSpacing, [](P &p) -> P & { return p.Real(-0.25); },
-            [](Style &s) { s.text.spacing = -0.25; }),
-        One(
-            "Height", kCharacterHeight, [](P &p) -> P & { return p.Vdc(12); }, [](Style &s) { s.text.height = 12; }),
-        One(
-            "Orientation", kCharacterOrientation,
-            [](P &p) -> P & {
-              return p.Points({{-2, 0}, {0, 3}});
-            },
-            [](Style &s) {
-              s.text.up = {-2, 0};
-              s.text.along = {0, 3};
-            }),
-        One(
-            "Path", kTextPath, [](P &p) -> P & { return p.Enumeration(3); },
-            [](Style &s) { s.text.path = TextPath::Down; }),
-        One(
-            "Alignment", kTextAlignment,
-            [](P &p) -> P & { return p.Enumeration(4).Enumeration(6).Real(0.25).Real(0.75); },
-            [](Style &s) {
-              s.text.across = AlignAcross::Continuous;
-              s.text.upwards = AlignUp::Continuous;
-              s.text.acrossPart = 0.25;
-              s.text.upwardsPart = 0.75;
-            }),
-        One(
-            "Interior", kInteriorStyle, [](P &p) -> P & { return p.Enumeration(3); },
-            [](Style &s) { s.fill.interior = Interior::Hatch; }),
-        One(
-            "FillColor", kFillColor, [](P &p) -> P & { return p.ColorIndex(2); },
-            [](Style &s) { s.fill.color = 0x0000FF; }),
-        One(
-            "Hatch", kHatchIndex, [](P &p) -> P & { return p.Index(6); },
-            [](Style &s) { s.fill.hatch = Hatch::DiagonalCross; }),
-        One(
-            "EdgeType", kEdgeType, [](P &p) -> P & { return p.Index(3); }, [](Style &s) { s.edge.dash = Dash::Dot; }),
-        One(
-            "EdgeColor", kEdgeColor, [](P &p) -> P & { return p.ColorIndex(2); },
-            [](Style &s) { s.edge.color = 0x0000FF; }),
-        One(
-            "EdgeVisibility", kEdgeVisibility, [](P &p) -> P & { return p.Enumeration(1); },
-            [](Style &s) { s.edgeVisible = true; }),
-        Sized("Absolute", 0, {25, false}, {25, false}), Sized("Scaled", 1, {0.25, true}, {0.25, true}),
-        Sized("Fractional", 2, {25, false}, {25, false}),
-        Sized("Millimeters", 3, {0.25 / kPixel, true}, {0.25 / (10 * kPixel), true}),
-        StyleCase{"AbsoluteUntold",
-                  [](CgmBuilder &cgm) { cgm.Add(kPictureDescriptors, kLineWidthMode, cgm.New().Enumeration(0)); },
-                  [](Style &s) {
-                    s.line.width = {0.1, false};
-                  }},
-        StyleCase{"Clip",
-                  [](CgmBuilder &cgm) {
-                    cgm.Add(kControls, kClipRectangle, cgm.New().Points({{9, 8}, {1, 2}}));
-                  },
-                  [](Style &s) {
-                    s.clip = {{1, 2}, {9, 8}};
-                  }},
-        StyleCase{"NoClip", [](CgmBuilder &cgm) { cgm.Add(kControls, kClipIndicator, cgm.New().Enumeration(0)); },
-                  [](Style &s) {
-                    s.clipped = false;
-                    s.clip = {};
-                  }},
-        StyleCase{"Gaps",
-                  [](CgmBuilder &cgm) {
-                    cgm.Add(kControls, kTransparency, cgm.New().Enumeration(0));
-                    cgm.Add(kControls, kAuxiliaryColor, cgm.New().ColorIndex(3));
-                  },
-                  [](Style &s) {
-                    s.transparent = false;
-                    s.auxiliary = 0x00FF00;
-                  }},
-        StyleCase{"ColorExtent",
-                  [](CgmBuilder &cgm) {
-                    const Bytes extent = {50, 0, 0, 150, 255, 255};
-                    cgm.Add(kMetafileDescriptors, kColorValueExtent, cgm.New().Raw(extent));
-                    cgm.Add(kPictureDescriptors, kColorSelectionMode, cgm.New().Enumeration(1));
-                    cgm.Add(kAttributes, kLineColor, cgm.New().Raw({100, 20, 255}));
-                  },
-                  [](Style &s) { s.line.color = 0xFF1480; }},
-        // The picture's own colours are those of the moment at which something is drawn.
-        StyleCase{"ColorTableAfterwards",
-                  [](CgmBuilder &cgm) {
-                    cgm.Add(kAttributes, kLineColor, cgm.New().ColorIndex(200));
-                    cgm.Add(kAttributes, kColorTable, cgm.New().ColorIndex(200).Direct(0x112233));
-                  },
-                  [](Style &s) { s.line.color = 0x112233; }},
-        StyleCase{"DefaultsReplacement",
-                  [](CgmBuilder &cgm) {
-                    const auto inner = [&cgm](unsigned number, const CgmParameters &parameters) {
-                      CgmBuilder one;
-                      one.bytes.clear();
-                      return one.Add(kAttributes, number, parameters).bytes;
-                    };
-                    CgmParameters all = cgm.New();
-                    all.Raw(inner(kEdgeColor, cgm.New().ColorIndex(2))).Raw(inner(kHatchIndex, cgm.New().Index(5)));
-                    cgm.Add(kMetafileDescriptors, kMetafileDefaultsReplacement, all);
-                  },
-                  [](Style &s) {
-                    s.edge.color = 0x0000FF;
-                    s.fill.hatch = Hatch::Cross;
-                  }},
-        StyleCase{"Segment",
-                  [](CgmBuilder &cgm) {
-                    cgm.Add(kDelimiters, kBeginSegment, cgm.New().Integer(1));
-                    cgm.Add(kAttributes, kLineType, cgm.New().Index(4));
-                    cgm.Add(kDelimiters, kEndSegment);
-                  },
-                  [](Style &) {}}),
-    [](const auto &given) { return given.param.name; });
+/** Elements that replace defaults: the edge's colour, and the hatch. */
+Bytes Replacements() {
+  CgmBuilder cgm;
+  cgm.bytes.clear();
+  Add(cgm, kAttributes, kEdgeColor, {Ci{2}});
+  Add(cgm, kAttributes, kHatchIndex, {Ix{5}});
+  return cgm.bytes;
+}
+
+const StyleCase kStyles[] = {
+    {"Defaults", {}, [](Style &) {}},
+    One("LineType", kLineType, {Ix{4}}, [](Style &s) { s.line.dash = Dash::DashDot; }),
+    One("LineTypeUnknown", kLineType, {Ix{-3}}, [](Style &) {}),
+    One("LineColor", kLineColor, {Ci{2}}, [](Style &s) { s.line.color = 0x0000FF; }),
+    One("MarkerType", kMarkerType, {Ix{5}}, [](Style &s) { s.marker.type = Marker::Cross; }),
+    One("MarkerColor", kMarkerColor, {Ci{2}}, [](Style &s) { s.marker.color = 0x0000FF; }),
+    One("TextColor", kTextColor, {Ci{2}}, [](Style &s) { s.text.color = 0x0000FF; }),
+    One("Expansion", kCharacterExpansionFactor, {Real{1.5}}, [](Style &s) { s.text.expansion = 1.5; }),
+    One("Spacing", kCharacterSpacing, {Real{-0.25}}, [](Style &s) { s.text.spacing = -0.25; }),
+    One("Height", kCharacterHeight, {Vdc{12}}, [](Style &s) { s.text.height = 12; }),
+    One("Up", kCharacterOrientation, {P{-2, 0}, P{1, 0}},
+        [](Style &s) {
+          s.text.up = Point{-2, 0};
+        }),
+    One("Along", kCharacterOrientation, {P{0, 1}, P{0, 3}},
+        [](Style &s) {
+          s.text.along = Point{0, 3};
+        }),
+    One("Path", kTextPath, {Enum{3}}, [](Style &s) { s.text.path = TextPath::Down; }),
+    One("Alignment", kTextAlignment, {Enum{4}, Enum{6}, Real{0.25}, Real{0.75}},
+        [](Style &s) {
+          s.text.across = AlignAcross::Continuous;
+          s.text.upwards = AlignUp::Continuous;
+          s.text.acrossPart = 0.25;
+          s.text.upwardsPart = 0.75;
+        }),
+    One("Interior", kInteriorStyle, {Enum{3}}, [](Style &s) { s.fill.interior = Interior::Hatch; }),
+    One("FillColor", kFillColor, {Ci{2}}, [](Style &s) { s.fill.color = 0x0000FF; }),
+    One("Hatch", kHatchIndex, {Ix{6}}, [](Style &s) { s.fill.hatch = Hatch::DiagonalCross; }),
+    One("EdgeType", kEdgeType, {Ix{3}}, [](Style &s) { s.edge.dash = Dash::Dot; }),
+    One("EdgeColor", kEdgeColor, {Ci{2}}, [](Style &s) { s.edge.color = 0x0000FF; }),
+    One("EdgeVisibility", kEdgeVisibility, {Enum{1}}, [](Style &s) { s.edgeVisible = true; }),
+    Sized("Absolute", 0,
+          [](Style &s) {
+            SetSizes(s, {25, false}, {25, false});
+          }),
+    Sized("Scaled", 1,
+          [](Style &s) {
+            SetSizes(s, {0.25, true}, {0.25, true});
+          }),
+    Sized("Fractional", 2,
+          [](Style &s) {
+            SetSizes(s, {25, false}, {25, false});
+          }),
+    Sized("Millimeters", 3,
+          [](Style &s) {
+            SetSizes(s, {0.25 / kPixel, true}, {0.25 / (10 * kPixel), true});
+          }),
+    {"AbsoluteUntold",
+     {{kPictureDescriptors, kLineWidthMode, {Enum{0}}}},
+     [](Style &s) {
+       s.line.width = Measure{0.1, false};
+     }},
+    {"Clip",
+     {{kControls, kClipRectangle, {P{9, 8}, P{1, 2}}}},
+     [](Style &s) {
+       s.clip = Box{{1, 2}, {9, 8}};
+     }},
+    {"NoClip", {{kControls, kClipIndicator, {Enum{0}}}}, [](Style &s) { s.clipped = false, s.clip = {}; }},
+    {"Gaps",
+     {{kControls, kTransparency, {Enum{0}}}, {kControls, kAuxiliaryColor, {Ci{3}}}},
+     [](Style &s) { s.transparent = false, s.auxiliary = 0x00FF00; }},
+    {"ColorExtent",
+     {{kMetafileDescriptors, kColorValueExtent, {Bytes{50, 0, 0, 150, 255, 255}}},
+      {kPictureDescriptors, kColorSelectionMode, {Enum{1}}},
+      {kAttributes, kLineColor, {Bytes{100, 20, 255}}}},
+     [](Style &s) { s.line.color = 0xFF1480; }},
+    // The picture's own colours are those of the moment at which something is drawn.
+    {"ColorTableAfterwards",
+     {{kAttributes, kLineColor, {Ci{200}}}, {kAttributes, kColorTable, {Ci{200}, Bytes{0x33, 0x22, 0x11}}}},
+     [](Style &s) { s.line.color = 0x112233; }},
+    {"DefaultsReplacement",
+     {{kMetafileDescriptors, kMetafileDefaultsReplacement, {Replacements()}}},
+     [](Style &s) { s.edge.color = 0x0000FF, s.fill.hatch = Hatch::Cross; }},
+    {"Segment",
+     {{kDelimiters, kBeginSegment, {Int{1}}}, {kAttributes, kLineType, {Ix{4}}}, {kDelimiters, kEndSegment, {}}},
+     [](Style &) {}},
+};
+
+INSTANTIATE_TEST_SUITE_P(Attributes, CgmStyleTest, testing::ValuesIn(kStyles),
+                         [](const auto &given) { return given.param.name; });
 
 using CgmLooksTest = ServiceTest;
 
@@ -616,26 +562,19 @@ TEST_F(CgmBoundsTest, WhatIsUnknownOrHiddenIsSkipped) {
 
 TEST_F(CgmBoundsTest, ReadingEndsAtAMalformedElement) {
   const CgmCoding reals{.real = CgmReal::Float64, .vdcReal = CgmReal::Float32, .vdcIsReal = true};
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  const std::function<void(CgmBuilder &)> malformed[] = {
-      [](CgmBuilder &cgm) {
-        cgm.Add(kPrimitives, kPolyline, cgm.New().Points({{1, 1}, {std::nan(""), 1}}));
-      },
-      [](CgmBuilder &cgm) { cgm.Add(kAttributes, kLineWidth, cgm.New().Real(kInfinity)); },
-      [](CgmBuilder &cgm) {
-        cgm.Add(kPrimitives, kCircle, cgm.New().Points({{1, 1}}));
-      },
-      [](CgmBuilder &cgm) { cgm.Add(kControls, kVdcIntegerPrecision, cgm.New().Integer(17)); },
-      [](CgmBuilder &cgm) {
-        cgm.Add(kPrimitives, kText, cgm.New().Points({{1, 1}}).Enumeration(1).Raw({9, 'a'}));
-      },
+  const Element malformed[] = {
+      {kPrimitives, kPolyline, {P{1, 1}, P{std::nan(""), 1}}},
+      {kAttributes, kLineWidth, {Real{std::numeric_limits<double>::infinity()}}},
+      {kPrimitives, kCircle, {P{1, 1}}},
+      {kControls, kVdcIntegerPrecision, {Int{17}}},
+      {kPrimitives, kText, {P{1, 1}, Enum{1}, Bytes{9, 'a'}}},
   };
-  for (const auto &add : malformed) {
+  for (const Element &element : malformed) {
     for (const bool somethingBefore : {false, true}) {
       CgmBuilder cgm(reals);
-      if (somethingBefore) cgm.Add(kPrimitives, kPolymarker, cgm.New().Points({{1, 1}}));
-      add(cgm);
-      cgm.Add(kPrimitives, kPolymarker, cgm.New().Points({{2, 2}}));
+      if (somethingBefore) Add(cgm, kPrimitives, kPolymarker, {P{1, 1}});
+      Add(cgm, element.group, element.number, element.parameters);
+      Add(cgm, kPrimitives, kPolymarker, {P{2, 2}});
       if (somethingBefore) {
         EXPECT_TRUE(Drawn(cgm).shape == Shape(Markers{{{1, 1}}}));
       }
