@@ -411,8 +411,8 @@ TEST_P(Bilevel, BlocksAreOneRunOfBits) {
   ImageSpec image{.rows = 5, .columns = 23, .pixelValueType = "B", .bits = 1};
   image.blockWidth = blockWidth;
   image.blockHeight = blockHeight;
-  image.bands = std::vector<BandSpec>(bands);
-  image.bands.back() = {"LU", 3, {10, 20, 30, 40, 50, 60}};
+  image.bands = std::vector<BandSpec>(bands, {"", 3, Bytes(6, 9)});
+  image.bands.back() = {"LU", 3, {10, 20, 30, 40, 50, 60}};  // of two bands the tagged one is shown
   image.representation = "RGB/LUT";
   image.data = LayOut(image, Bit);
   const Composition picture = Compose(NitfBuilder().Image(image));
