@@ -67,9 +67,9 @@ enum NitfHandleStatus {
 };
 
 /**
- * Receives one row of the composed picture. `row` holds the pixels in the canvas's own format, is the canvas's own row,
- * and lives until the callback returns; `rowIndex` counts from 0 at the top, `rowCount` is always 1. SUCCESS goes on to
- * the next row; any other result ends the load and becomes its result.
+ * Receives one row of the composed picture. `row` holds the pixels in the canvas's own format and lives until the
+ * callback returns; `rowIndex` counts from 0 at the top, `rowCount` is always 1. SUCCESS goes on to the next row; any
+ * other result ends the load and becomes its result.
  */
 typedef int32_t (*NitfRowCallback)(uint64_t rowContext, KsBitmap *canvas, void *row, uint32_t rowFlags,
                                    uint32_t rowIndex, uint32_t rowCount, uint64_t rowUserData);

@@ -74,17 +74,19 @@ std::uint32_t RowFlags(std::uint32_t row, std::uint32_t height) {
   return flags;
 }
 
-/** The rows are the canvas's own: a copy of each would cost a pass over all of it. */
 std::int32_t DeliverRows(const FilterLoadRecord *request, KsBitmap *canvas) {
-  std::int32_t status = KsBitmapAccess(canvas, 0);
-  if (status != SUCCESS) return status;
+  KsArray<std::uint8_t> row;
+  if (!row.Allocate(canvas->bytesPerLine)) return ERROR_NO_MEMORY;
+  const std::int32_t access = KsBitmapAccess(canvas, 0);
+  std::int64_t status = access;
   for (std::uint32_t index = 0; index < canvas->height && status == SUCCESS; ++index) {
-    std::uint8_t *const row = canvas->pixels + std::uint64_t{index} * canvas->bytesPerLine;
-    status = request->rowCallback(request->rowContext, canvas, row, RowFlags(index, canvas->height), index, 1,
+    status = KsBitmapGetRow(canvas, row.Get(), index, canvas->bytesPerLine);
+    if (status < SUCCESS) break;
+    status = request->rowCallback(request->rowContext, canvas, row.Get(), RowFlags(index, canvas->height), index, 1,
                                   request->rowUserData);
   }
-  KsBitmapRelease(canvas, 1, 1);
-  return status;
+  if (access == SUCCESS) KsBitmapRelease(canvas, 1, 1);
+  return static_cast<std::int32_t>(status);
 }
 
 std::int32_t ComposeInContext(FilterLoadRecord *request, KsBitmap *canvas, NitfFile *file) {

@@ -177,7 +177,7 @@ class GraphicsOf20 : public testing::Test {
   }
   GraphicSubheader &Symbol(char form, const Bytes &data) {
     Make(&NitfFile::graphicCount, data);
-    file->header.graphicTableCount = 1;
+    file->header.graphicTableCount = file->header.graphicTableHeld = 1;
     file->header.graphicSubheaderLengths = Table(0);
     file->header.graphicDataLengths = Table(static_cast<std::uint32_t>(data.size()));
     GraphicSubheader &symbol = *FindGraphic(file.Get(), 0);
@@ -303,7 +303,7 @@ TEST_F(GraphicsOf20, ObjectSymbolsArePaintedWhereTheyAreAskedFor) {
 TEST_F(GraphicsOf20, LabelsAreLinesOfText) {
   const std::string text = "HH\r\n\r\nHH";
   Make(&NitfFile::labelCount, Bytes(text.begin(), text.end()));
-  file->header.labelTableCount = 1;
+  file->header.labelTableCount = file->header.labelTableHeld = 1;
   file->header.labelSubheaderLengths = Table(0);
   file->header.labelDataLengths = Table(static_cast<std::uint32_t>(text.size()));
   LabelSubheader &label = *FindLabel(file.Get(), 0);

@@ -31,4 +31,10 @@ Outcome LocalHandle::Open(const std::string &name) {
   return status == SUCCESS ? Outcome() : Outcome(StatusProblem(name, status));
 }
 
+Outcome LocalHandle::Make(const std::string &name) {
+  opened = name;
+  const std::int32_t status = K_NITFCreate(&handle, nullptr);
+  return status == SUCCESS ? Outcome() : Outcome(StatusProblem(name, status));
+}
+
 }  // namespace ntf

@@ -27,6 +27,8 @@ class LocalHandle {
 
   /** Opens a file. */
   Outcome Open(const std::string &name);
+  /** Makes a file with a header and nothing else; `name` is the one that problems are about. */
+  Outcome Make(const std::string &name);
   NitfHandle Get() const { return handle; }
   /** The name of the file that was opened. */
   const std::string &Name() const { return opened; }

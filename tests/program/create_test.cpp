@@ -1,0 +1,128 @@
+// Files that the program builds and changes.
+#include "cgm_builder.h"
+#include "png_file.h"
+#include "program_test.h"
+
+#include <filesystem>
+
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using Json = nlohmann::json;
+
+class Create : public ProgramTest {
+ protected:
+  void SetUp() override {
+    std::string gray = "P5\n# made by hand\n40 30\n255\n";
+    gray.append(40 * 30, '\x80');
+    WriteText("gray.pgm", gray);
+    std::string color = "P6 20 10 255\n";
+    for (int i = 0; i < 200; ++i) color += std::string("\xF0\x20\x10", 3);
+    WriteText("color.ppm", color);
+    WriteText("notes.txt", "some words\n");
+    CgmCoding coding;
+    coding.directColor = true;
+    CgmBuilder drawing(coding, {0, 30}, {40, 0});
+    drawing.Add(5, 22, drawing.New().Enumeration(1));
+    drawing.Add(5, 23, drawing.New().Direct(0x00FF00));
+    drawing.Add(4, 11, drawing.New().Points({{22, 12}, {38, 28}}));
+    const Bytes bytes = drawing.Finish();
+    WriteText("box.cgm", std::string(bytes.begin(), bytes.end()));
+  }
+  Json Describe(const std::string &name) const { return Json::parse(Run({"info", "--json", name}).output); }
+  static std::uint32_t At(const PngFile &picture, std::uint32_t row, std::uint32_t column) {
+    const auto part = [&](std::uint32_t index) {
+      return static_cast<std::uint32_t>(picture.Sample(row, 3 * column + index));
+    };
+    return part(0) << 16 | part(1) << 8 | part(2);
+  }
+};
+
+TEST_F(Create, BuildsWhatAllCommandsTake) {
+  const ProgramRun run = Run({"create",    "-o",      "a.ntf",        "--title",   "Made here", "--security", "R",
+                              "--origin",  "HERE",    "--background", "102030",    "--image",   "gray.pgm",   "--image",
+                              "color.ppm", "--at",    "3,5",          "--quality", "2",         "--attach",   "1",
+                              "--graphic", "box.cgm", "--text",       "notes.txt"});
+  ASSERT_EQ(run.exitCode, 0) << run.errors;
+  const ProgramRun check = Run({"check", "a.ntf"});
+  EXPECT_EQ(check.exitCode, 0);
+  EXPECT_EQ(check.output, "");
+  const Json file = Describe("a.ntf");
+  EXPECT_EQ(file["file"]["FTITLE"], "Made here");
+  EXPECT_EQ(file["file"]["FSCLAS"], "R");
+  EXPECT_EQ(file["file"]["OSTAID"], "HERE");
+  EXPECT_EQ(file["file"]["FBKGC"], Json({0x10, 0x20, 0x30}));
+  EXPECT_EQ(file["file"]["FL"], std::filesystem::file_size(PathOf("a.ntf")));
+  ASSERT_EQ(file["images"].size(), 2U);
+  EXPECT_EQ(file["images"][0]["IREP"], "MONO");
+  EXPECT_EQ(file["images"][1]["IREP"], "YCbCr601");
+  EXPECT_EQ(file["images"][1]["ILOC"], "0000300005");
+  EXPECT_EQ(file["images"][1]["IALVL"], 1);
+  EXPECT_EQ(file["graphics"][0]["SDLVL"], 3);
+  EXPECT_EQ(Run({"text", "a.ntf", "0"}).output, "some words\n");
+  ASSERT_EQ(Run({"extract", "a.ntf", "-o", "out"}).exitCode, 0);
+  EXPECT_TRUE(std::filesystem::exists(PathOf("out/image-001.jpg")));
+  EXPECT_TRUE(std::filesystem::exists(PathOf("out/graphic-000.cgm")));
+
+  ASSERT_EQ(Run({"render", "a.ntf", "-o", "a.png"}).exitCode, 0);
+  const PngFile picture = DecodePng(ReadText("a.png"));
+  EXPECT_EQ(picture.width, 40U);
+  EXPECT_EQ(picture.height, 30U);
+  EXPECT_EQ(At(picture, 1, 1), 0x808080U);
+  EXPECT_EQ(At(picture, 20, 30), 0x00FF00U);
+  const std::uint32_t color = At(picture, 8, 15);
+  EXPECT_NEAR(static_cast<int>(color >> 16), 0xF0, 3);
+  EXPECT_NEAR(static_cast<int>(color >> 8 & 0xFF), 0x20, 3);
+  EXPECT_NEAR(static_cast<int>(color & 0xFF), 0x10, 3);
+}
+
+TEST_F(Create, AppendsAndChangesAndKeepsTheRest) {
+  ASSERT_EQ(Run({"create", "-o", "a.ntf", "--image", "gray.pgm"}).exitCode, 0);
+  ASSERT_EQ(
+      Run({"append", "a.ntf", "-o", "b.ntf", "--text", "notes.txt", "--image", "gray.pgm", "--level", "9"}).exitCode,
+      0);
+  const ProgramRun set = Run({"set", "b.ntf", "-o", "c.ntf", "TXTITL=A note", "TSCLAS=C", "--text", "0"});
+  ASSERT_EQ(set.exitCode, 0) << set.errors;
+  ASSERT_EQ(Run({"set", "c.ntf", "-o", "c.ntf", "--force", "ILOC=-7,12", "IID1=Terrain", "--image", "1"}).exitCode, 0);
+  const Json file = Describe("c.ntf");
+  EXPECT_EQ(file["texts"][0]["TXTITL"], "A note");
+  EXPECT_EQ(file["texts"][0]["TSCLAS"], "C");
+  EXPECT_EQ(file["images"][1]["ILOC"], "-000700012");
+  EXPECT_EQ(file["images"][1]["IID1"], "Terrain");
+  EXPECT_EQ(file["images"][1]["IDLVL"], 9);
+  EXPECT_EQ(Run({"check", "c.ntf"}).output, "");
+}
+
+TEST_F(Create, RefusalsNameTheirCauseAndLeaveNothing) {
+  ASSERT_EQ(Run({"create", "-o", "a.ntf", "--text", "notes.txt"}).exitCode, 0);
+  struct Refused {
+    std::vector<std::string> arguments;
+    int exitCode;
+    std::string words;
+  };
+  const std::vector<Refused> cases = {
+      {{"set", "a.ntf", "-o", "b.ntf", "FOO=1"}, 1, "there is no field FOO here"},
+      {{"set", "a.ntf", "-o", "b.ntf", "FL=1"}, 1, "FL follows from the data"},
+      {{"set", "a.ntf", "-o", "b.ntf", "FSCLAS=UU"}, 1, "FSCLAS can't hold 'UU'"},
+      {{"set", "a.ntf", "-o", "b.ntf", "FSCLAS=X"}, 1, "what was written can't be read"},
+      {{"set", "a.ntf", "-o", "b.ntf", "FSCOP=x"}, 1, "FSCOP can't hold 'x'"},
+      {{"set", "a.ntf", "-o", "b.ntf", "TXTITL=x", "--text", "1"}, 1, "there is no text 1"},
+      {{"create", "-o", "b.ntf", "--image", "notes.txt"}, 1, "notes.txt: is not a picture"},
+      {{"create", "-o", "b.ntf", "--image", "missing.png"}, 1, "missing.png: no such file"},
+      {{"create", "-o", "b.ntf", "--graphic", "notes.txt"}, 1, "notes.txt"},
+      {{"create", "-o", "b.ntf", "--background", "red"}, 1, "FBKGC can't hold 'red'"},
+      {{"create", "-o", "a.ntf", "--text", "notes.txt"}, 1, "is there already"},
+      {{"create", "-o", "b.ntf", "--quality", "10", "--image", "gray.pgm"}, 2, "--quality"},
+      {{"create", "-o", "b.ntf", "--image", "gray.pgm", "--quality", "1"}, 2, "--quality"},
+      {{"create", "-o", "b.ntf", "--graphic", "box.cgm", "--box", "1,2,3"}, 2, "--box"},
+  };
+  for (const Refused &refused : cases) {
+    const ProgramRun run = Run(refused.arguments);
+    EXPECT_EQ(run.exitCode, refused.exitCode) << refused.words << ": " << run.errors;
+    EXPECT_NE(run.errors.find(refused.words), std::string::npos) << refused.words << ": " << run.errors;
+    EXPECT_FALSE(std::filesystem::exists(PathOf("b.ntf"))) << refused.words;
+  }
+}
+
+}  // namespace

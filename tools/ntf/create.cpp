@@ -1,0 +1,99 @@
+#include "create.h"
+
+#include "comparing.h"
+#include "field_change.h"
+#include "picture_input.h"
+#include "saving.h"
+
+#include <ctime>
+
+namespace ntf {
+namespace {
+
+/** The file's date, which new segments take theirs from, is now, in universal time. */
+Outcome Date(const std::string &name, NitfFile &file) {
+  const std::time_t now = std::time(nullptr);
+  std::tm parts = {};
+  if (gmtime_r(&now, &parts) == nullptr) return {};
+  char text[16];
+  std::strftime(text, sizeof text, "%Y%m%d%H%M%S", &parts);
+  return ChangeField(name, file, {}, "FDT", text);
+}
+
+Outcome AppendImage(NitfHandle handle, const Item &item) {
+  KsLocalBitmap bitmap;
+  if (Outcome unreadable = ReadPicture(item.file, bitmap)) return unreadable;
+  const std::uint32_t bits = bitmap->bitsPerPixel == 24 ? 24 : 8;
+  const std::int32_t status = K_NITFAppendImageSegment(handle, bitmap.Get(), KS_FORMAT_JPEG, bits, item.quality);
+  return status == SUCCESS ? Outcome() : Outcome(StatusProblem(item.file, status));
+}
+
+Outcome AppendGraphic(NitfHandle handle, const Item &item) {
+  std::vector<std::uint8_t> bytes;
+  if (Outcome unreadable = ReadFileBytes(item.file, bytes)) return unreadable;
+  KsLocalVector vector;
+  std::int32_t status = KsVectorLoadMemory(bytes.data(), vector.Get(), bytes.size(), nullptr, nullptr);
+  if (status != SUCCESS) return StatusProblem(item.file, status);
+  KsRect box = {};
+  if (item.box) {
+    box = *item.box;
+  } else if (KsVectorBounds(vector.Get(), 0, &box, 0) != SUCCESS) {
+    return Problem{item.file, "the drawing has no objects", ERROR_FILE_FORMAT};
+  }
+  status = K_NITFAppendGraphicSegment(handle, vector.Get(), &box);
+  return status == SUCCESS ? Outcome() : Outcome(StatusProblem(item.file, status));
+}
+
+Outcome AppendText(NitfHandle handle, const Item &item) {
+  const std::int32_t status = K_NITFAppendTextSegmentA(handle, item.file.c_str());
+  return status == SUCCESS ? Outcome() : Outcome(StatusProblem(item.file, status));
+}
+
+/** Where a segment stands among the others, where that was asked for. */
+Outcome Place(NitfHandle handle, const Item &item) {
+  const bool isImage = item.kind == ItemKind::Image;
+  const HeaderChoice header = {isImage ? SegmentKind::Image : SegmentKind::Graphic,
+                               (isImage ? handle->imageCount : handle->graphicCount) - 1};
+  const std::string prefix = isImage ? "I" : "S";
+  const std::pair<const char *, const std::optional<std::string> &> fields[] = {
+      {"LOC", item.location}, {"DLVL", item.level}, {"ALVL", item.attachment}};
+  for (const auto &[name, value] : fields) {
+    if (!value) continue;
+    if (Outcome refused = ChangeField(item.file, *handle, header, prefix + name, *value)) return refused;
+  }
+  return {};
+}
+
+Outcome Append(NitfHandle handle, const Item &item) {
+  switch (item.kind) {
+    case ItemKind::Image:
+      if (Outcome failed = AppendImage(handle, item)) return failed;
+      return Place(handle, item);
+    case ItemKind::Graphic:
+      if (Outcome failed = AppendGraphic(handle, item)) return failed;
+      return Place(handle, item);
+    case ItemKind::Text:
+      break;
+  }
+  return AppendText(handle, item);
+}
+
+}  // namespace
+
+Outcome Create(const CreateOptions &options) {
+  LocalHandle handle;
+  if (Outcome failed = options.input ? handle.Open(*options.input) : handle.Make(options.output)) return failed;
+  if (Outcome taken = CheckOutput(options.output, options.force)) return taken;
+  if (!options.input) {
+    if (Outcome failed = Date(options.output, *handle.Get())) return failed;
+  }
+  for (const auto &[name, value] : options.fields) {
+    if (Outcome refused = ChangeField(options.output, *handle.Get(), {}, name, value)) return refused;
+  }
+  for (const Item &item : options.items) {
+    if (Outcome failed = Append(handle.Get(), item)) return failed;
+  }
+  return SaveCompared(handle, options.output);
+}
+
+}  // namespace ntf

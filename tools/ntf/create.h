@@ -1,0 +1,38 @@
+// ntf create and ntf append: a file built from pictures, drawings and texts.
+#pragma once
+
+#include "kskernel.h"
+#include "problem.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace ntf {
+
+enum class ItemKind : std::uint8_t { Image, Graphic, Text };
+
+/** One segment to append. */
+struct Item {
+  ItemKind kind;
+  std::string file;
+  std::uint32_t quality = 10; /* of an image: 2, the best, to 255, the smallest */
+  std::optional<std::string> location{};
+  std::optional<std::string> level{};
+  std::optional<std::string> attachment{};
+  std::optional<KsRect> box{}; /* of a drawing; that of its objects where not given */
+};
+
+struct CreateOptions {
+  std::optional<std::string> input; /* the file to append to */
+  std::string output;
+  bool force = false;                                      /* overwrites a file */
+  std::vector<std::pair<std::string, std::string>> fields; /* of the file header, with their values */
+  std::vector<Item> items;
+};
+
+Outcome Create(const CreateOptions &options);
+
+}  // namespace ntf
