@@ -168,15 +168,15 @@ class GraphicsOf20 : public testing::Test {
     KsBitmapFill(canvas.Get(), kWhite);
   }
 
-  void Make(std::uint32_t NitfFile::*count, const Bytes &data) {
+  void Make(std::uint32_t NitfFile::*count, std::uint32_t NitfFile::*countInFile, const Bytes &data) {
     WriteFile(folder.Path("data"), data);
     file->fileHandle = KsOpen(Wide(folder.Path("data")).c_str(), KS_OPEN_READ, KS_MODE_READ);
     file->nitf20Layout = 1;
-    (*file.Get()).*count = 1;
+    (*file.Get()).*count = (*file.Get()).*countInFile = 1;
     ASSERT_EQ(AllocateObjects(file.Get()), SUCCESS);
   }
   GraphicSubheader &Symbol(char form, const Bytes &data) {
-    Make(&NitfFile::graphicCount, data);
+    Make(&NitfFile::graphicCount, &NitfFile::graphicCountInFile, data);
     file->header.graphicTableCount = file->header.graphicTableHeld = 1;
     file->header.graphicSubheaderLengths = Table(0);
     file->header.graphicDataLengths = Table(static_cast<std::uint32_t>(data.size()));
@@ -302,7 +302,7 @@ TEST_F(GraphicsOf20, ObjectSymbolsArePaintedWhereTheyAreAskedFor) {
 
 TEST_F(GraphicsOf20, LabelsAreLinesOfText) {
   const std::string text = "HH\r\n\r\nHH";
-  Make(&NitfFile::labelCount, Bytes(text.begin(), text.end()));
+  Make(&NitfFile::labelCount, &NitfFile::labelCountInFile, Bytes(text.begin(), text.end()));
   file->header.labelTableCount = file->header.labelTableHeld = 1;
   file->header.labelSubheaderLengths = Table(0);
   file->header.labelDataLengths = Table(static_cast<std::uint32_t>(text.size()));

@@ -43,20 +43,6 @@ bool SameBody(const NitfFile &original, const NitfFile &saved, SegmentKind kind,
   return fits && SameBytes(original, saved, kind, index, after);
 }
 
-/** Segments that were appended have no data in the original's file. */
-std::uint32_t InFile(const NitfFile &original, SegmentKind kind) {
-  switch (kind) {
-    case SegmentKind::Image:
-      return original.imageCountInFile;
-    case SegmentKind::Graphic:
-      return original.graphicCountInFile;
-    case SegmentKind::Text:
-      return original.textCountInFile;
-    default:
-      return original.dataExtensionCount;
-  }
-}
-
 /** All segments are there, and those that were in the file have the same data. */
 Outcome CompareSegments(const std::string &name, const NitfFile &original, const NitfFile &saved) {
   for (const SegmentKind kind : kKinds) {
@@ -64,7 +50,7 @@ Outcome CompareSegments(const std::string &name, const NitfFile &original, const
     if (CountSegments(&saved, kind) != CountSegments(&original, kind)) {
       return Problem{name, "the number of " + word + "s differs from the original", ERROR_FILE_WRITE};
     }
-    const std::uint32_t count = std::min(CountSegments(&original, kind), InFile(original, kind));
+    const std::uint32_t count = std::min(CountSegments(&original, kind), CountInFile(&original, kind));
     for (std::uint32_t index = 0; index < count; ++index) {
       if (SameBody(original, saved, kind, index)) continue;
       return Problem{name, word + " " + std::to_string(index) + " differs from the original", ERROR_FILE_WRITE};
