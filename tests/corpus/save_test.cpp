@@ -1,19 +1,12 @@
 // Sample files that are opened and saved: the bodies, the picture, and a second save of the first.
 #include "corpus.h"
 #include "harness.h"
+#include "opened_file.h"
 #include "sample_files.h"
-
-#include <fstream>
-#include <iterator>
 
 #include <gtest/gtest.h>
 
 namespace {
-
-Bytes ReadBytes(const std::string &path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 void Save(const std::string &from, const std::string &to) {
   NitfHandle handle = nullptr;

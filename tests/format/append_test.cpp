@@ -45,7 +45,7 @@ class Authored {
   /** The file that a save writes, whose length must be what it says. */
   Bytes Saved() {
     EXPECT_EQ(K_NITFSaveFileA(handle, Path("out.ntf").c_str()), SUCCESS);
-    const Bytes saved = ReadBytes(Path("out.ntf"));
+    Bytes saved = ReadBytes(Path("out.ntf"));
     EXPECT_EQ(std::to_string(saved.size()), std::to_string(std::atoll(handle->header.FL)));
     EXPECT_EQ(handle->header.fileLength, saved.size());
     EXPECT_EQ(handle->header.fileLengthOut, saved.size());

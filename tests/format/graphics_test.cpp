@@ -1,6 +1,7 @@
 // Graphics and labels on the canvas: where drawings come to lie, the symbols and labels of the 2.0 layout, and what is
 // no drawing.
 #include "cgm_builder.h"
+#include "fields.h"
 #include "handlgfx.h"
 #include "handllbl.h"
 #include "harness.h"
@@ -278,7 +279,7 @@ TEST_F(GraphicsOf20, ObjectSymbolsArePaintedWhereTheyAreAskedFor) {
        {ObjectCase{"1", {22, 11, 72, 61}}, ObjectCase{"4", {22, 11, 72, 61}}, ObjectCase{"10", {22, 11, 62, 41}},
         ObjectCase{"11", {22, 11, 62, 41}}, ObjectCase{"13", {22, 11, 62, 41}}, ObjectCase{"15", {22, 11, 62, 41}},
         ObjectCase{"16", {22, 11, 62, 41}}, ObjectCase{"17", {22, 11, 62, 41}}, ObjectCase{"18", {22, 11, 72, 61}}}) {
-    std::strcpy(symbol.SNUM, expected.type);
+    SetField(symbol.SNUM, 6, expected.type);
     KsBitmapFill(canvas.Get(), kWhite);
     file->vectorRender = 0;
     ASSERT_EQ(Draw(), SUCCESS);
@@ -293,7 +294,7 @@ TEST_F(GraphicsOf20, ObjectSymbolsArePaintedWhereTheyAreAskedFor) {
     EXPECT_NEAR(ink.bottom, expected.ink.bottom, expected.type[0] == '4' ? 5 : 2) << expected.type;
   }
   for (const char *type : {"8", "0", "19", ""}) {
-    std::strcpy(symbol.SNUM, type);
+    SetField(symbol.SNUM, 6, type);
     KsBitmapFill(canvas.Get(), kWhite);
     ASSERT_EQ(Draw(), SUCCESS);
     EXPECT_EQ(InkBox().right, 0) << type;

@@ -109,6 +109,8 @@ std::string Padded(std::string text, std::size_t width, char fill) {
   return text;
 }
 
+// Members and their kinds are names, which take no parentheses.
+// NOLINTBEGIN(bugprone-macro-parentheses)
 #define TEXT(Info, kind, member, changed, width)                                              \
   Member {                                                                                    \
     &kind, #member, offsetof(Info, member), Value::Text, changed, Padded(changed, width, ' ') \
@@ -127,6 +129,7 @@ std::string Padded(std::string text, std::size_t width, char fill) {
     other.written = text;        \
     return other;                \
   }()
+// NOLINTEND(bugprone-macro-parentheses)
 
 /** The security group, whose members take 8 bytes each; texts as long as they may be, of which a file keeps less. */
 std::vector<Member> Security(const RecordKind &kind, const std::string &prefix, std::size_t offset) {

@@ -21,7 +21,7 @@ Outcome Copy(const CopyOptions &options) {
   LocalHandle handle;
   if (Outcome failed = handle.Open(options.input)) return failed;
   if (Outcome taken = CheckOutput(options.output, options.force)) return taken;
-  const Outcome failed = SaveCompared(handle, options.output);
+  Outcome failed = SaveCompared(handle, options.output);
   if (!failed) TellNotCarried(options.input, *handle.Get());
   return failed;
 }
