@@ -274,6 +274,7 @@ Drawing Wide() {
   drawing.layers[0].objects.push_back({Polyline{{{0, 790}, {1190, 60}}}, 2});
   drawing.layers[0].objects.push_back({Text{{100, 300}, "Seams", false, {}}, 2});
   std::vector<Point> many;
+  many.reserve(3000);
   for (int i = 0; i < 3000; ++i) many.push_back({600 + 590 * std::cos(i * 0.9), 400 + 390 * std::sin(i * 0.9)});
   drawing.layers[0].objects.push_back({Polyline{many}, 0});
   return drawing;
