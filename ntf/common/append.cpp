@@ -125,8 +125,7 @@ std::uint32_t NextLevel(const DisplayLevels &levels) {
   return levels.any ? levels.highest + 1 : 1;
 }
 
-// ---- images
-// -----------------------------------------------------------------------------------------------------------
+// ---- images -------------------------------------------------------------------------------------------------------
 
 constexpr std::uint32_t kColorBits = 24;
 constexpr std::uint32_t kGrayBits = 8;
@@ -206,8 +205,7 @@ std::int32_t SetForm(ImageSubheader *image, const BandLayout &layout) {
   return status == SUCCESS ? SetBands(image, layout) : status;
 }
 
-// ---- drawings
-// ---------------------------------------------------------------------------------------------------------
+// ---- drawings -----------------------------------------------------------------------------------------------------
 
 /** Whether a drawing, y downwards, stays within five digits to the right, the top and the bottom. */
 bool FitsCoordinates(const KsVectorPoint &low, const KsVectorPoint &high) {
@@ -252,8 +250,7 @@ std::int32_t EncodeDrawing(const KsVector *vector, EncodedData *data) {
   return data->Count() > kGraphics.mostDataBytes ? ERROR_INVALID_VALUE : SUCCESS;
 }
 
-// ---- texts
-// ------------------------------------------------------------------------------------------------------------
+// ---- texts --------------------------------------------------------------------------------------------------------
 
 /** Reads a file as it is: its bytes, and how many there are. */
 std::int32_t ReadTextFile(const char16_t *path, KsArray<char> *bytes, std::uint32_t *count) {

@@ -265,8 +265,7 @@ std::int32_t ReadMaskTable(HeaderReader &reader) {
   return status;
 }
 
-// ---- writing
-// ----------------------------------------------------------------------------------------------------------
+// ---- writing ------------------------------------------------------------------------------------------------------
 
 const ImageSubheader &Image(const HeaderWriter &writer) {
   return writer.As<ImageSubheader>();

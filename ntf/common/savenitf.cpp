@@ -48,8 +48,7 @@ std::int32_t WriteBody(KsHandle out, const NitfFile *file, SegmentKind kind, std
   return CopyBody(out, file, kind, index, bytesInSource);
 }
 
-// ---- vector-quantised data
-// --------------------------------------------------------------------------------------------
+// ---- vector-quantised data ----------------------------------------------------------------------------------------
 
 void PutBigEndian(std::uint8_t *&place, std::uint32_t value, unsigned bytes) {
   for (unsigned left = bytes; left > 0; --left) *place++ = static_cast<std::uint8_t>(value >> 8 * (left - 1));
@@ -104,8 +103,7 @@ std::uint64_t RecordedBlocks(const ImageSubheader &image) {
   return recorded;
 }
 
-// ---- field widths
-// -----------------------------------------------------------------------------------------------------
+// ---- field widths -------------------------------------------------------------------------------------------------
 
 bool FitsFields(const ImageSubheader &image) {
   constexpr std::uint32_t kEightDigits = 99999999;

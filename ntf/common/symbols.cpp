@@ -44,8 +44,7 @@ std::uint32_t ColorOf(const KsPaletteEntry &entry) {
   return std::uint32_t{entry.blue} << 16 | std::uint32_t{entry.green} << 8 | entry.red;
 }
 
-// ---- bitmap symbols
-// ---------------------------------------------------------------------------------------------------
+// ---- bitmap symbols -----------------------------------------------------------------------------------------------
 
 /** Bits of the data, most significant first, that run on from row to row. */
 class BitRun {
@@ -104,8 +103,7 @@ std::int32_t SetSymbolLut(KsBitmap *bitmap, const GraphicSubheader &graphic) {
   return KsBitmapSetPalette(bitmap, 0, graphic.lutEntries, entries.Get());
 }
 
-// ---- object symbols
-// ---------------------------------------------------------------------------------------------------
+// ---- object symbols -----------------------------------------------------------------------------------------------
 
 /** The numbers that an object symbol is built from; places and sizes in pixels. */
 struct Symbol {

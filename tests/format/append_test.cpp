@@ -97,8 +97,7 @@ NitfBuilder SourceFile() {
   return builder.DataExtension({"SAMPLE", "user", {1, 2, 3}});
 }
 
-// ---- what is told
-// -----------------------------------------------------------------------------------------------------
+// ---- what is told -------------------------------------------------------------------------------------------------
 
 struct Layout {
   std::uint32_t format;
@@ -189,8 +188,7 @@ TEST(Append, BlocksTooWideForTheirFieldAreTheWholeImage) {
   EXPECT_EQ(picture.height, 8192U);
 }
 
-// ---- what comes back
-// --------------------------------------------------------------------------------------------------
+// ---- what comes back ----------------------------------------------------------------------------------------------
 
 TEST(Append, PictureDrawingAndTextComeBack) {
   for (const std::uint32_t format : {KS_FORMAT_JPEG, KS_FORMAT_JPEG_RGB}) {
@@ -248,8 +246,7 @@ TEST(Append, OpenedFileKeepsItsBodies) {
   EXPECT_EQ(body(SegmentKind::DataExtension, 0), (Bytes{1, 2, 3}));
 }
 
-// ---- refusals
-// ---------------------------------------------------------------------------------------------------------
+// ---- refusals -----------------------------------------------------------------------------------------------------
 
 TEST(Append, NineHundredNinetyNineOfAKindAndNoMore) {
   Authored file;
@@ -410,8 +407,7 @@ TEST(Append, AnySequenceKeepsTheLengths) {
   }
 }
 
-// ---- drawings
-// ---------------------------------------------------------------------------------------------------------
+// ---- drawings -----------------------------------------------------------------------------------------------------
 
 double Width(const KsVector *vector) {
   KsVectorPoint low = {};

@@ -43,8 +43,7 @@ NitfBuilder WhiteFile() {
   return NitfBuilder().Field("FBKGC", "\xFF\xFF\xFF");
 }
 
-// ---- drawings
-// ---------------------------------------------------------------------------------------------------------
+// ---- drawings -----------------------------------------------------------------------------------------------------
 
 /** Where a drawing's red box is expected. */
 struct Placed {
@@ -156,8 +155,7 @@ TEST(Graphics, DrawAgainWhatTheyDrew) {
   EXPECT_EQ(KsVectorIsEmpty(&FindGraphic(file.Get(), 0)->vector), 0);
 }
 
-// ---- the 2.0 layout
-// ---------------------------------------------------------------------------------------------------
+// ---- the 2.0 layout -----------------------------------------------------------------------------------------------
 
 /** One segment of the 2.0 layout, made in memory over a file of its data, and a white canvas. */
 class GraphicsOf20 : public testing::Test {

@@ -56,8 +56,7 @@ ImageSpec QuantisedImage(const std::string &compression, const Bytes &behind = {
   return image;
 }
 
-// ---- byte for byte
-// ----------------------------------------------------------------------------------------------------
+// ---- byte for byte ------------------------------------------------------------------------------------------------
 
 struct Kept {
   const char *name;
@@ -133,8 +132,7 @@ TEST(Save, BlankHandleIsAHeaderOfItsDefaults) {
   EXPECT_EQ(file.size(), 388U);
 }
 
-// ---- rendered anew
-// ----------------------------------------------------------------------------------------------------
+// ---- rendered anew ------------------------------------------------------------------------------------------------
 
 /** Fields of a segment that the writer turns into others. */
 struct Rendered {
@@ -217,8 +215,7 @@ TEST(Save, EntriesThatAreNotThereAreBlank) {
   EXPECT_EQ(opened.Save(), SUCCESS);
 }
 
-// ---- the 2.0 layout
-// ---------------------------------------------------------------------------------------------------
+// ---- the 2.0 layout -----------------------------------------------------------------------------------------------
 
 /** The fields of a record as one text. */
 std::string Fields(const HeaderTable &table, const void *record) {
@@ -318,8 +315,7 @@ INSTANTIATE_TEST_SUITE_P(Save, Layout20,
                          testing::Values(SegmentKind::Image, SegmentKind::Graphic, SegmentKind::Label,
                                          SegmentKind::Text, SegmentKind::DataExtension));
 
-// ---- refusals
-// ---------------------------------------------------------------------------------------------------------
+// ---- refusals -----------------------------------------------------------------------------------------------------
 
 TEST(Handle, TellsItsStates) {
   NitfHandle none = nullptr;

@@ -118,8 +118,7 @@ TEST_F(Segments, CopyThatFailsLeavesNothing) {
   EXPECT_EQ(FilesInFolder(), std::vector<std::string>{"a.ntf"});
 }
 
-// ---- check
-// ------------------------------------------------------------------------------------------------------------
+// ---- check --------------------------------------------------------------------------------------------------------
 
 /** A file with one fault, and what is told of it behind the file's name. */
 struct Faulty {

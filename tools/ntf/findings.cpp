@@ -98,8 +98,7 @@ class Checker {
   std::vector<Level> levels;
 };
 
-// ---- texts
-// ------------------------------------------------------------------------------------------------------------
+// ---- texts --------------------------------------------------------------------------------------------------------
 
 bool IsDigit(char character) {
   return character >= '0' && character <= '9';
@@ -187,8 +186,7 @@ void Checker::CheckTexts(const Header &header) {
   });
 }
 
-// ---- lengths
-// ----------------------------------------------------------------------------------------------------------
+// ---- lengths ------------------------------------------------------------------------------------------------------
 
 std::uint64_t SegmentSum(const NitfFile &file) {
   std::uint64_t sum = file.header.headerLength;
@@ -242,8 +240,7 @@ void Checker::CheckSegment(const CheckedKind &kind, std::uint32_t index) {
   }
 }
 
-// ---- images
-// -----------------------------------------------------------------------------------------------------------
+// ---- images -------------------------------------------------------------------------------------------------------
 
 void Checker::CheckImage(const Header &header, std::uint32_t index) {
   const ImageSubheader &image = *FindImage(&file, index);
@@ -321,8 +318,7 @@ void Checker::CheckDataLength(const Header &header, const ImageSubheader &image,
   Add(header, "IC", "uncompressed data of " + Number((bits + 7) / 8) + " bytes, LI is " + Number(dataLength));
 }
 
-// ---- levels
-// -----------------------------------------------------------------------------------------------------------
+// ---- levels -------------------------------------------------------------------------------------------------------
 
 void Checker::CheckLevels() {
   std::map<std::uint32_t, int> used;
