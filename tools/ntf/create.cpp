@@ -5,18 +5,23 @@
 #include "picture_input.h"
 #include "saving.h"
 
-#include <ctime>
+#include <chrono>
+#include <cstdio>
 
 namespace ntf {
 namespace {
 
 /** The file's date, which new segments take theirs from, is now, in universal time. */
 Outcome Date(const std::string &name, NitfFile &file) {
-  const std::time_t now = std::time(nullptr);
-  std::tm parts = {};
-  if (gmtime_r(&now, &parts) == nullptr) return {};
-  char text[16];
-  std::strftime(text, sizeof text, "%Y%m%d%H%M%S", &parts);
+  using namespace std::chrono;
+  const auto now = floor<seconds>(system_clock::now());
+  const year_month_day date(floor<days>(now));
+  const hh_mm_ss time(now - floor<days>(now));
+  char text[32];
+  std::snprintf(text, sizeof text, "%04d%02u%02u%02d%02d%02d", static_cast<int>(date.year()),
+                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
+                static_cast<int>(time.seconds().count()));
   return ChangeField(name, file, {}, "FDT", text);
 }
 
