@@ -5,6 +5,7 @@
 #include "fields.h"
 #include "internal/ksclasses_.h"
 #include "length_tables.h"
+#include "segment_data.h"
 
 #include <algorithm>
 #include <utility>
@@ -154,13 +155,8 @@ std::int32_t EncodeImage(ImageSubheader *image, const KsBitmap *bitmap, std::uin
       data.Take(KsSaveMemory(data.Handle(), bitmap, format, bits, quality, data.Size(), &options));
   if (status != SUCCESS) return status;
   if (data.Count() > kImages.mostDataBytes) return ERROR_INVALID_VALUE;
-  KsArray<char> copy;
-  if (!copy.Allocate(data.Count())) return ERROR_NO_MEMORY;
-  std::copy_n(data.Bytes(), data.Count(), copy.Get());
-  image->memoryData = copy.Release();
-  image->hasMemoryData = 1;
   *size = data.Count();
-  return SUCCESS;
+  return HoldInMemory(image, data.Bytes(), static_cast<std::uint32_t>(data.Count()));
 }
 
 /** How the bands of a picture are told. */

@@ -132,9 +132,7 @@ std::int32_t GraphicSubheaderRead(GraphicSubheader *record, NitfFile &file, Stre
 }
 
 std::int32_t GraphicSetData(GraphicSubheader *record, const void *data, std::uint32_t length) {
-  const std::int32_t status = CopyIntoMemory(&record->memoryData, data, length);
-  if (status == SUCCESS) record->hasMemoryData = 1;
-  return status;
+  return HoldInMemory(record, data, length);
 }
 
 std::int32_t GraphicSetLocation(GraphicSubheader *record, std::int32_t row, std::int32_t column) {

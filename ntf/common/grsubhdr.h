@@ -4,8 +4,9 @@
 #include "headertable.h"
 
 struct GraphicSubheader {
-  KsVector vector;  /**< the drawing, once it was drawn or asked for */
-  char *memoryData; /**< encoded drawing of an appended segment */
+  KsVector vector;           /**< the drawing, once it was drawn or asked for */
+  char *memoryData;          /**< encoded drawing of an appended segment */
+  std::uint32_t memoryBytes; /**< bytes of `memoryData` */
   std::uint32_t hasMemoryData;
   std::uint32_t headerRead;
   char SID[11];

@@ -141,6 +141,7 @@ struct ImageSubheader {
   std::uint8_t *padCode;        /**< TPXCD */
   std::int32_t displayBands[3]; /**< -1 until the bands for display were chosen */
   char *memoryData;             /**< compressed image of an appended segment */
+  std::uint32_t memoryBytes;    /**< bytes of `memoryData` */
   std::uint32_t hasMemoryData;
   NitfFile *file;
   std::uint32_t index;

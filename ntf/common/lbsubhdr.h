@@ -5,6 +5,7 @@
 
 struct LabelSubheader {
   char *memoryData;
+  std::uint32_t memoryBytes; /**< bytes of `memoryData` */
   std::uint32_t hasMemoryData;
   std::uint32_t headerRead;
   std::uint32_t cellWidth;  /**< LCW */

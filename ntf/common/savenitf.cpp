@@ -35,6 +35,12 @@ std::int32_t WriteSubheader(KNitfSaveFile &save, KsHandle out, NitfFile *file, S
   return writer.Write(table);
 }
 
+/** The bytes to write of a body in memory: as many as the header tells, which a caller may have set, or all. */
+template <class Record>
+std::uint32_t HeldBytes(const Record &record, std::uint32_t told) {
+  return std::min(told, record.memoryBytes);
+}
+
 /** Writes a body from memory where the record has one there, or copies it. */
 template <class Record>
 std::int32_t WriteBody(KsHandle out, const NitfFile *file, SegmentKind kind, std::uint32_t index,
@@ -42,8 +48,8 @@ std::int32_t WriteBody(KsHandle out, const NitfFile *file, SegmentKind kind, std
   const auto *record = static_cast<const Record *>(FindSubheader(file, kind, index));
   KsSeek(out, 0, KS_SEEK_END);
   if (record != nullptr && record->hasMemoryData != 0) {
-    const bool whole = bytesInMemory == 0 || KsWriteBlock(out, record->memoryData, bytesInMemory) == bytesInMemory;
-    return whole ? SUCCESS : ERROR_FILE_WRITE;
+    const std::uint32_t held = HeldBytes(*record, bytesInMemory);
+    return held == 0 || KsWriteBlock(out, record->memoryData, held) == held ? SUCCESS : ERROR_FILE_WRITE;
   }
   return CopyBody(out, file, kind, index, bytesInSource);
 }
@@ -188,7 +194,8 @@ std::int32_t KNitfSaveFile::WriteImageBody(KsHandle out, NitfFile *file, const I
                                            std::uint32_t index) {
   if (image.hasMemoryData != 0) {
     const NitfHeader &header = file->header;
-    return WriteAll(out, image.memoryData, Entry(header.imageDataLengthsOut, header.imageTableCount, index));
+    const std::uint32_t told = Entry(header.imageDataLengthsOut, header.imageTableCount, index);
+    return WriteAll(out, image.memoryData, HeldBytes(image, told));
   }
   const bool quantised = image.compression == kC4 || image.compression == kM4;
   return quantised ? WriteVqImageData(out, file, image, index) : WriteImageData(out, file, index);

@@ -23,3 +23,13 @@ std::int32_t ReadText(const NitfFile *file, std::uint32_t index, char *buffer);
  * ERROR_NO_MEMORY leaves the old one.
  */
 std::int32_t CopyIntoMemory(char **held, const void *data, std::uint32_t length);
+
+/** Makes a copy of `length` bytes what a save writes for the record's segment. As CopyIntoMemory. */
+template <class Record>
+std::int32_t HoldInMemory(Record *record, const void *data, std::uint32_t length) {
+  const std::int32_t status = CopyIntoMemory(&record->memoryData, data, length);
+  if (status != SUCCESS) return status;
+  record->memoryBytes = length;
+  record->hasMemoryData = 1;
+  return SUCCESS;
+}

@@ -54,7 +54,5 @@ std::int32_t TextSubheaderRead(TextSubheader *record, NitfFile &file, StreamFile
 
 std::int32_t TextSubheaderSetData(TextSubheader *record, const void *data, std::uint32_t length) {
   if (data == nullptr) return NITF_NULL_DATA;
-  const std::int32_t status = CopyIntoMemory(&record->memoryData, data, length);
-  if (status == SUCCESS) record->hasMemoryData = 1;
-  return status;
+  return HoldInMemory(record, data, length);
 }

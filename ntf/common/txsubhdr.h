@@ -4,7 +4,8 @@
 #include "headertable.h"
 
 struct TextSubheader {
-  char *memoryData; /**< the text of an appended segment, with a terminator */
+  char *memoryData;          /**< the text of an appended segment, with a terminator */
+  std::uint32_t memoryBytes; /**< bytes of `memoryData` */
   std::uint32_t hasMemoryData;
   std::uint32_t headerRead;
   std::uint32_t attachmentLevel;

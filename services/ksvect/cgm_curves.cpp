@@ -60,7 +60,7 @@ Shape ArcThrough(const Point (&points)[3], Closure closure) {
   const Point toCenter = {(last.y * middleSquare - middle.y * lastSquare) / turn,
                           (middle.x * lastSquare - last.x * middleSquare) / turn};
   const double radius = std::hypot(toCenter.x, toCenter.y);
-  if (turn == 0 || !std::isfinite(radius)) {
+  if (turn == 0 || !(radius <= kGreatestNumber)) {
     std::vector<Point> line(std::begin(points), std::end(points));
     if (closure == Closure::Open) return Polyline{std::move(line)};
     return Polygon{std::move(line)};

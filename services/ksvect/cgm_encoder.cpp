@@ -114,13 +114,13 @@ void Encoder::Integer(std::uint32_t value) {
 }
 
 void Encoder::Real(double value) {
-  seen.encodable = seen.encodable && std::isfinite(value);
+  seen.encodable = seen.encodable && std::abs(value) <= kGreatestNumber;
   seen.real = std::max(seen.real, std::abs(value));
   forms.floatingReals ? Float64(value) : Fixed(value);
 }
 
 void Encoder::Vdc(double value) {
-  seen.encodable = seen.encodable && std::isfinite(value);
+  seen.encodable = seen.encodable && std::abs(value) <= kGreatestNumber;
   const double fraction = std::abs(value - std::round(value));
   seen.whole = seen.whole && fraction == 0;
   seen.nearlyWhole = seen.nearlyWhole && fraction < 0.5 / kFixedOne;

@@ -7,9 +7,6 @@
 namespace ksvect::cgm {
 namespace {
 
-/** Greater numbers are of no picture. Products of some numbers up to it are still finite. */
-constexpr double kGreatestReal = 1e60;
-
 /** A string of at least 255 bytes: its length is told by words, of which the top bit says that another part follows. */
 constexpr std::uint32_t kLongString = 255;
 constexpr std::uint32_t kMoreParts = 0x8000;
@@ -73,7 +70,7 @@ double Parameters::RealOf(RealForm form) {
       value += Unsigned(4) / 4294967296.0;
       break;
   }
-  if (!(std::fabs(value) <= kGreatestReal)) good = false;
+  if (!(std::fabs(value) <= kGreatestNumber)) good = false;
   return good ? value : 0;
 }
 

@@ -9,6 +9,9 @@
 
 namespace ksvect {
 
+/** Greater numbers are of no picture, and stand in no metafile. Products of some up to it are still finite. */
+constexpr double kGreatestNumber = 1e60;
+
 /**
  * A place or a vector of the drawing, in its own units. x runs to the right and y upwards, whatever a metafile had: its
  * reader turns axes round, so that the first corner of its extent is the lower left one.

@@ -376,27 +376,4 @@ TEST(RenderBitmap, IsEmptyAfterAFailure) {
   EXPECT_EQ(bitmap->flags & KS_BITMAP_ALLOCATED, 0U);
 }
 
-// ---- memory -------------------------------------------------------------------------------------------------------
-
-TEST(Memory, RunningOutAnywhereIsAStatusAndLeaksNothing) {
-  ImageSpec image = Square(1, 0, 0, 0, 9);
-  image.compression = "NM";
-  image.representation = "RGB/LUT";
-  image.bands = {{"LU", 3, {1, 2, 3, 4, 5, 6}}};
-  image.mask = MaskSpec{{0}, {0}, Bytes{1}};
-  image.fields = {{"ICOM1", "note"}, {"UDID", "data"}};
-  const TemporaryFolder folder;
-  NitfBuilder().Image(image).Text({.text = "x"}).DataExtension({"ANY", "user"}).Write(folder.Path("file.ntf"));
-  const auto before = LiveBlocks();
-  std::int32_t status = 0;
-  for (std::int64_t successes = 0; status != SUCCESS; ++successes) {
-    ASSERT_LT(successes, 1000);
-    KsFailAllocationsAfter(successes);
-    status = Compose(folder.Path("file.ntf"), {.skipRows = true}).status;
-    KsFailAllocationsAfter(-1);
-    ASSERT_TRUE(status == SUCCESS || status == ERROR_NO_MEMORY || status == ERROR_FILE_READ) << successes;
-    ASSERT_EQ(LiveBlocks(), before) << successes;
-  }
-}
-
 }  // namespace

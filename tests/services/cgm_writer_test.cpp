@@ -444,6 +444,7 @@ TEST(CgmWriter, RefusesWhatNoMetafileHolds) {
   patterned.fill.interior = Interior::Pattern;
   patterned.fill.pattern = 99;
   const std::vector<std::pair<Shape, Style>> refused = {{Polyline{{{0, kNone}, {1, 1}}}, {}},
+                                                        {Polyline{{{0, 1e61}, {1, 1}}}, {}},
                                                         {Ellipse{{}, {kEndless, 0}, {0, 1}}, {}},
                                                         {Ellipse{{}, {1, 0}, {0, 1}, Closure::Pie, 0, kEndless}, {}},
                                                         {CellArray{{}, {}, {}, 2, 2, {1, 2, 3}}, {}},

@@ -37,8 +37,9 @@ void PutSegment(Bytes &stream, std::uint8_t marker, const Bytes &body) {
 }
 
 /**
- * Codes for categories: of 1 to 16 bits, with the last one of 16 bits twice, so that all lengths there are occur. Codes
- * for AC coefficients: the end of a block in one bit, and all others in ten.
+ * Codes for categories: of 1 to 16 bits, so that all lengths there are occur, with the last one of 16 bits twice in
+ * lossless streams, which have a category more. Codes for AC coefficients: the end of a block in one bit, and all
+ * others in ten.
  */
 constexpr std::uint32_t kCategories = 17;
 constexpr std::uint32_t kLongCode = 10;
@@ -46,8 +47,8 @@ constexpr std::uint32_t kLongCode = 10;
 void PutTables(Bytes &stream, const JpegSpec &spec) {
   Bytes dc(17, 1);
   dc[0] = 0;
-  dc[16] = 2;
-  for (std::uint8_t symbol = 0; symbol < kCategories; ++symbol) dc.push_back(symbol);
+  if (spec.lossless) dc[16] = 2;
+  for (std::uint8_t symbol = 0; symbol < kCategories - (spec.lossless ? 0 : 1); ++symbol) dc.push_back(symbol);
   PutSegment(stream, 0xC4, dc);
   if (spec.lossless) return;
   Bytes ac(17, 0);

@@ -1,0 +1,10 @@
+# Fails where an input in FOLDER has no line in its README, or a line of the README has no input.
+file(GLOB inputs RELATIVE ${FOLDER} ${FOLDER}/*/*)
+file(READ ${FOLDER}/README.md page)
+string(REGEX MATCHALL "\n\\| `[^`]+`" lines "${page}")
+list(TRANSFORM lines REPLACE "\n\\| `([^`]+)`" "\\1")
+list(SORT lines)
+list(SORT inputs)
+if(NOT "${lines}" STREQUAL "${inputs}")
+  message(FATAL_ERROR "listed: ${lines}\nthere: ${inputs}")
+endif()
