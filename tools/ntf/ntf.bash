@@ -12,7 +12,7 @@ _ntf_files() {
   done < <(compgen -f -- "$word")
 }
 
-_ntf_words() { COMPREPLY+=($(compgen -W "$*" -- "$word")); }
+_ntf_words() { mapfile -t COMPREPLY < <(compgen -W "$*" -- "$word"); }
 
 # Completes what an option takes. Fails where the word before is no option that takes something.
 _ntf_value() {
@@ -52,7 +52,7 @@ _ntf() {
   elif _ntf_value; then
     :
   elif [[ $word == -* ]]; then
-    _ntf_words ${options[$command]} --help --version
+    _ntf_words "${options[$command]}" --help --version
   elif [[ $command != create ]]; then
     _ntf_files ntf nsf
   fi
