@@ -2,12 +2,13 @@
 
 # Offers folders, and the files whose names end in one of the suffixes.
 _ntf_files() {
-  local name suffix
+  local name path suffix
   compopt -o filenames 2>/dev/null
   while IFS= read -r name; do
-    if [[ -d $name ]]; then COMPREPLY+=("$name"); fi
+    path=${name/#\~\//$HOME/}
+    if [[ -d $path ]]; then COMPREPLY+=("$name"); fi
     for suffix in "$@"; do
-      if [[ -f $name && ${name,,} == *."$suffix" ]]; then COMPREPLY+=("$name"); fi
+      if [[ -f $path && ${name,,} == *."$suffix" ]]; then COMPREPLY+=("$name"); fi
     done
   done < <(compgen -f -- "$word")
 }
