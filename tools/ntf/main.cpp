@@ -15,10 +15,13 @@
 #include <exception>
 #include <map>
 #include <string>
+#include <string_view>
 
 #include <CLI/CLI.hpp>
 
 namespace {
+
+static_assert(std::string_view(KSNTFX_VERSION) == NTF_VERSION, "the header tells the version of the build");
 
 enum ExitCode { kDone = 0, kFileFault = 1, kWrongUsage = 2 };
 
@@ -256,6 +259,7 @@ int RunCommandLine(int argc, char **argv) {
   DefineCreate(app, request.create);
   DefineAppend(app, request.append);
   DefineSet(app, request.set);
+  app.set_help_all_flag("--help-all", "Print the options of all commands and exit");
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError &error) {

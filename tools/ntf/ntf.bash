@@ -1,0 +1,62 @@
+# Completes the command line of ntf in bash: commands, options, what they take, and files by their suffixes.
+
+# Offers folders, and the files whose names end in one of the suffixes.
+_ntf_files() {
+  local name path suffix
+  compopt -o filenames 2>/dev/null
+  while IFS= read -r name; do
+    path=${name/#\~\//$HOME/}
+    if [[ -d $path ]]; then COMPREPLY+=("$name"); fi
+    for suffix in "$@"; do
+      if [[ -f $path && ${name,,} == *."$suffix" ]]; then COMPREPLY+=("$name"); fi
+    done
+  done < <(compgen -f -- "$word")
+}
+
+_ntf_words() { mapfile -t COMPREPLY < <(compgen -W "$*" -- "$word"); }
+
+# Completes what an option takes. Fails where the word before is no option that takes something.
+_ntf_value() {
+  case $command:$before in
+    render:--depth) _ntf_words 8 24 ;;
+    render:-o | render:--output) _ntf_files png ppm ;;
+    extract:-o | extract:--output) _ntf_files ;;
+    *:-o | *:--output) _ntf_files ntf nsf ;;
+    create:--image | append:--image) _ntf_files png ppm jpg jpeg ;;
+    create:--graphic | append:--graphic) _ntf_files cgm ;;
+    create:--text | append:--text) _ntf_files txt ;;
+    *:--security) _ntf_words U R C S T ;;
+    *:--image | *:--graphic | *:--text | *:--data-extension | *:--title | *:--origin | *:--background | *:--quality) ;;
+    *:--box | *:--at | *:--level | *:--attach) ;;
+    *) return 1 ;;
+  esac
+}
+
+_ntf() {
+  local segments='--image --quality --graphic --box --at --level --attach --text'
+  local building="--output --force --title --security --origin --background $segments"
+  local -A options=(
+    [info]='--json'
+    [render]='--output --depth --fixed-canvas --tone-check --vector-render --image --padded --graphic'
+    [text]=''
+    [extract]='--output --force --image --graphic --text --data-extension'
+    [copy]='--force'
+    [check]='--json'
+    [create]=$building
+    [append]=$building
+    [set]='--output --force --image --graphic --text'
+  )
+  local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]}
+  COMPREPLY=()
+  if ((COMP_CWORD == 1)); then
+    _ntf_words "${!options[@]}" --help --help-all --version
+  elif _ntf_value; then
+    :
+  elif [[ $word == -* ]]; then
+    _ntf_words "${options[$command]}" --help --version
+  elif [[ $command != create ]]; then
+    _ntf_files ntf nsf
+  fi
+}
+
+complete -F _ntf ntf
