@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * The imaging framework as its clients see it: files, memory, bitmaps, palettes, device contexts, and the operations on
  * pixels that the NITF library is built on. Usable from C11 and C++.
  *
@@ -27,6 +28,7 @@
 #include <uchar.h>
 #endif
 
+/** Marks what the library shows. */
 #if defined(_WIN32)
 #if defined(KSKERNEL_BUILD)
 #define KS_API __declspec(dllexport)
@@ -67,9 +69,9 @@ enum KsStatus {
 
 /** A colour of a palette, in the byte order of a 24-bit pixel. */
 typedef struct KsPaletteEntry {
-  uint8_t blue;
-  uint8_t green;
-  uint8_t red;
+  uint8_t blue;  /**< 0 to 255 */
+  uint8_t green; /**< 0 to 255 */
+  uint8_t red;   /**< 0 to 255 */
   uint8_t reserved;
 } KsPaletteEntry;
 
@@ -81,17 +83,25 @@ typedef struct KsDeviceContext KsDeviceContext;
 
 /** Pixels lie from `left` and `top` up to, and without, `right` and `bottom`. */
 typedef struct KsRect {
-  int32_t left;
-  int32_t top;
-  int32_t right;
-  int32_t bottom;
+  int32_t left;   /**< the first column */
+  int32_t top;    /**< the first row */
+  int32_t right;  /**< the column behind the last */
+  int32_t bottom; /**< the row behind the last */
 } KsRect;
 
 /** How the pixels of a bitmap are to be read, the values of KsBitmap::order. */
-enum KsColorOrder { KS_ORDER_PALETTE = 0, KS_ORDER_BGR = 1, KS_ORDER_GRAY = 2, KS_ORDER_CODEC = 4 };
+enum KsColorOrder {
+  KS_ORDER_PALETTE = 0, /**< indices of a palette, or of the gray ramp without one */
+  KS_ORDER_BGR = 1,     /**< blue, green, red */
+  KS_ORDER_GRAY = 2,    /**< grays */
+  KS_ORDER_CODEC = 4    /**< asked of a load: what the codec makes of the stream */
+};
 
 /** Whose pixels a bitmap shows, the values of KsBitmap::kind. */
-enum KsBitmapKind { KS_BITMAP_OWN = 1, KS_BITMAP_CALLER = 2 };
+enum KsBitmapKind {
+  KS_BITMAP_OWN = 1,   /**< its own, released by KsBitmapFree */
+  KS_BITMAP_CALLER = 2 /**< the caller's, who keeps them alive and releases them */
+};
 
 /** Bit 0 of KsBitmap::flags: the bitmap has storage. */
 #define KS_BITMAP_ALLOCATED 1u
@@ -103,53 +113,53 @@ enum KsBitmapKind { KS_BITMAP_OWN = 1, KS_BITMAP_CALLER = 2 };
 
 /** A bitmap. Callers read the documented members and leave the others alone; KsBitmapInit makes an empty one. */
 typedef struct KsBitmap {
-  uint32_t structureSize;   /* 0: 284 */
-  uint32_t kind;            /* 4: KsBitmapKind */
-  uint8_t *pixels;          /* 8: first row; owned by the bitmap for KS_BITMAP_OWN */
-  uint32_t memory;          /* 16: the memory kind given to KsBitmapCreate */
-  uint32_t width;           /* 20: pixels */
-  uint32_t height;          /* 24: rows */
-  uint32_t bitsPerPixel;    /* 28 */
-  uint32_t bytesPerLine;    /* 32: bytes from one row to the next, a multiple of 4 */
-  uint64_t storageBytes;    /* 36: bytes at `pixels` */
-  uint32_t accessCount;     /* 44: KsBitmapAccess calls not yet released */
-  uint32_t flags;           /* 48: KS_BITMAP_ALLOCATED, KS_BITMAP_ENLARGED, and bits of the framework's own */
-  uint32_t colorCount;      /* 52: colours of the palette, 0 without one */
-  KsPaletteEntry *palette;  /* 56: at least 2^bitsPerPixel entries up to 8 bits; owned by the bitmap */
-  uint32_t paletteCapacity; /* 64: entries at `palette` */
-  uint32_t order;           /* 68: KsColorOrder; a caller may set it */
+  uint32_t structureSize;   /**< 0: 284 */
+  uint32_t kind;            /**< 4: KsBitmapKind */
+  uint8_t *pixels;          /**< 8: first row; owned by the bitmap for KS_BITMAP_OWN */
+  uint32_t memory;          /**< 16: the memory kind given to KsBitmapCreate */
+  uint32_t width;           /**< 20: pixels */
+  uint32_t height;          /**< 24: rows */
+  uint32_t bitsPerPixel;    /**< 28: 1 to 255 */
+  uint32_t bytesPerLine;    /**< 32: bytes from one row to the next, a multiple of 4 */
+  uint64_t storageBytes;    /**< 36: bytes at `pixels` */
+  uint32_t accessCount;     /**< 44: KsBitmapAccess calls not yet released */
+  uint32_t flags;           /**< 48: KS_BITMAP_ALLOCATED, KS_BITMAP_ENLARGED, and bits of the framework's own */
+  uint32_t colorCount;      /**< 52: colours of the palette, 0 without one */
+  KsPaletteEntry *palette;  /**< 56: at least 2^bitsPerPixel entries up to 8 bits; owned by the bitmap */
+  uint32_t paletteCapacity; /**< 64: entries at `palette` */
+  uint32_t order;           /**< 68: KsColorOrder; a caller may set it */
   uint8_t reserved[212];    /* 72 */
 } KsBitmap;
 
 /** Options of a load. `loadFlags` is the only word that clients of the filter set. */
 typedef struct KsLoadOptions {
   uint8_t reserved0[12];
-  uint32_t loadFlags; /* 12 */
+  uint32_t loadFlags; /**< 12: bits of KsLoadFlags and NitfLoadFlags */
   uint8_t reserved16[20];
-  uint32_t bands[3]; /* 36, 40, 44: band numbers of the red, green and blue channel, from 0 */
+  uint32_t bands[3]; /**< 36, 40, 44: band numbers of the red, green and blue channel, from 0 */
   uint8_t reserved48[36];
 } KsLoadOptions;
 
 /** Options of a save. The first word tells that the record is initialised; qualities are among what is reserved. */
 typedef struct KsSaveOptions {
-  uint32_t structureSize; /* 0: 1610 */
+  uint32_t structureSize; /**< 0: 1610 */
   uint8_t reserved4[1602];
-  uint32_t saveFlags; /* 1606: bit 0 is set by the writer of NITF files */
+  uint32_t saveFlags; /**< 1606: bit 0 is set by the writer of NITF files */
 } KsSaveOptions;
 
 /** What a filter or a codec tells of a file. */
 typedef struct KsFileInfo {
   uint8_t reserved0[4];
-  uint32_t formatId; /* 4: the framework's number for the format */
+  uint32_t formatId; /**< 4: the framework's number for the format */
   uint8_t reserved8[1024];
-  uint32_t width;        /* 1032: pixels */
-  uint32_t height;       /* 1036: rows */
-  uint32_t bitsPerPixel; /* 1040 */
+  uint32_t width;        /**< 1032: pixels */
+  uint32_t height;       /**< 1036: rows */
+  uint32_t bitsPerPixel; /**< 1040: of all components */
   uint8_t reserved1044[8];
-  uint64_t imageBytes; /* 1052: bytes of the picture with rows padded to 4 bytes */
+  uint64_t imageBytes; /**< 1052: bytes of the picture with rows padded to 4 bytes */
   uint8_t reserved1060[40];
-  uint32_t pageCount;  /* 1100 */
-  uint32_t pageNumber; /* 1104 */
+  uint32_t pageCount;  /**< 1100: always 1 */
+  uint32_t pageNumber; /**< 1104: always 1 */
   uint8_t reserved1108[1208];
 } KsFileInfo;
 
@@ -160,13 +170,18 @@ typedef struct KsFileInfo {
 /** An open file; -1 is none. Files are buffered both ways: small reads and writes are cheap. */
 typedef int64_t KsHandle;
 
-#define KS_INVALID_HANDLE ((KsHandle)-1)
-#define KS_OPEN_READ 0x8000u /* read only, binary */
-#define KS_MODE_READ 0x100u
-#define KS_OPEN_CREATE 0x8302u /* read and write, binary, created or emptied */
-#define KS_MODE_CREATE 0x80u
+#define KS_INVALID_HANDLE ((KsHandle)-1) /**< no file */
+#define KS_OPEN_READ 0x8000u             /**< flags of KsOpen: read only, binary */
+#define KS_MODE_READ 0x100u              /**< the mode that goes with KS_OPEN_READ */
+#define KS_OPEN_CREATE 0x8302u           /**< flags of KsOpen: read and write, binary, created or emptied */
+#define KS_MODE_CREATE 0x80u             /**< the mode that goes with KS_OPEN_CREATE */
 
-enum KsSeekOrigin { KS_SEEK_START = 0, KS_SEEK_CURRENT = 1, KS_SEEK_END = 2 };
+/** What KsSeek counts from. */
+enum KsSeekOrigin {
+  KS_SEEK_START = 0,   /**< the first byte */
+  KS_SEEK_CURRENT = 1, /**< the position */
+  KS_SEEK_END = 2      /**< behind the last byte */
+};
 
 /**
  * Opens a file. `name` is UTF-16 and zero-terminated; `flags` and `mode` are KS_OPEN_READ with KS_MODE_READ or
@@ -203,6 +218,7 @@ KS_API int64_t KsSeek(KsHandle handle, int64_t offset, uint32_t origin);
 
 /** Turns a UTF-8 name into UTF-16. Null where it is no UTF-8 or memory runs out. Freed with KsToWideFree. */
 KS_API char16_t *KsToWide(const char *name);
+/** Frees what KsToWide gave. Null is none. */
 KS_API void KsToWideFree(char16_t *name);
 
 /* ---- memory ------------------------------------------------------------------------------------------------------ */
@@ -215,7 +231,7 @@ enum KsMemoryKind {
   KS_MEMORY_OBJECT = 4, /**< palettes and device contexts */
   KS_MEMORY_ARRAY = 5,  /**< blocks of the plain heap that were reported */
   KS_MEMORY_FILE = 6,   /**< open files and their buffers */
-  KS_MEMORY_KINDS = 7
+  KS_MEMORY_KINDS = 7   /**< the number of kinds, 0 included */
 };
 
 /** A zeroed block of `count` times `size` bytes (one byte at least), or null. Freed with KsFree. */
@@ -224,12 +240,15 @@ KS_API void *KsCalloc(uint64_t count, uint64_t size, int32_t line, const char *f
 KS_API void *KsAllocBlock(uint64_t count, uint64_t size, int32_t line, const char *file);
 /** Resizes a block of KsCalloc or KsAllocBlock, or makes one where `block` is null. Null leaves `block` as it was. */
 KS_API void *KsRealloc(void *block, uint64_t bytes, int32_t line, const char *file);
+/** Frees a block of KsCalloc, KsAllocBlock or KsRealloc. Null is none. `line` and `file` tell who asks. */
 KS_API void KsFree(void *block, int32_t line, const char *file);
+/** Frees a global block, such as KsSaveMemory gives. Null is none. */
 KS_API void KsFreeGlobal(void *handle, int32_t line, const char *file);
 /** Releases a palette object. Null is none, and a context's stock palette stays with its context. */
 KS_API void KsObjectFree(void *object, int32_t line, const char *file);
-/** Reports that a block of the plain heap was taken or given back. Null is none. `kind` is a KsMemoryKind. */
+/** Reports that a block of the plain heap was taken. Null is none. `kind` is a KsMemoryKind. */
 KS_API void KsTrackAlloc(uint32_t kind, const void *block, int32_t line, const char *file);
+/** Reports that it was given back. */
 KS_API void KsTrackFree(uint32_t kind, const void *block, int32_t line, const char *file);
 
 /** Live blocks of a KsMemoryKind in this process. A build without tracing (release) always gives 0. */
@@ -287,11 +306,15 @@ KS_API int32_t KsBitmapFill(KsBitmap *bitmap, uint32_t color);
  * storage, else -2. Each success is paired with KsBitmapRelease.
  */
 KS_API int32_t KsBitmapAccess(KsBitmap *bitmap, uint32_t);
+/** Closes what KsBitmapAccess opened. The last two arguments are 1. */
 KS_API void KsBitmapRelease(KsBitmap *bitmap, uint32_t, uint32_t);
 
-/** Copies up to `bytes` bytes of a row, counted from 0 at the top, out of or into the bitmap. The bytes moved, or
- * -13/-2. */
+/**
+ * Copies up to `bytes` bytes of a row, counted from 0 at the top, out of the bitmap. The bytes moved; -13 for a row
+ * that isn't there, -2 without storage.
+ */
 KS_API int64_t KsBitmapGetRow(const KsBitmap *bitmap, void *buffer, uint32_t row, uint64_t bytes);
+/** The same into the bitmap. */
 KS_API int64_t KsBitmapPutRow(KsBitmap *bitmap, const void *buffer, uint32_t row, uint64_t bytes);
 
 /** Copies palette entries out. Entries beyond the palette are not touched. -13 without a palette. */
@@ -305,6 +328,7 @@ KS_API int32_t KsBitmapSetPalette(KsBitmap *bitmap, uint32_t first, uint32_t cou
 
 /** The gray ramp for 1 to 8 bits, 2^bits entries, or null. Freed with KsPaletteFree. */
 KS_API KsPaletteEntry *KsDefaultPalette(uint32_t bits);
+/** Frees what KsDefaultPalette gave. Null is none. */
 KS_API void KsPaletteFree(KsPaletteEntry *palette);
 
 /** A palette of `count` (up to 65536) entries of 0x00RRGGBB, or null. Freed with KsObjectFree. */
@@ -326,11 +350,9 @@ KS_API uint64_t KsSetBitmapLimit(uint64_t bytes);
 
 /**
  * Copies `source`, from its pixel (`sourceLeft`, `sourceTop`), over the rectangle of `target` with its upper left
- * corner at
- * (`left`, `top`), unscaled, as far as both reach: the rectangle is clipped on all sides, positions may be negative,
- * and a source smaller than the rectangle covers only its own size. One with
- * KS_BITMAP_ENLARGED is spread from there over all of the rectangle instead, in colours of 24 bits. Colours are
- * converted to the target's depth:
+ * corner at (`left`, `top`), unscaled, as far as both reach: the rectangle is clipped on all sides, positions may be
+ * negative, and a source smaller than the rectangle covers only its own size. One with KS_BITMAP_ENLARGED is spread
+ * from there over all of the rectangle instead, in colours of 24 bits. Colours are converted to the target's depth:
  *   - equal depths are copied bit by bit; 8-bit indices too, where the source has no palette or the same as the target;
  *   - indices of 1 and 8 bits become their palette's colours, and the gray ramp without a palette;
  *   - grays of 12 and 16 bits give their high eight bits;
@@ -343,12 +365,13 @@ KS_API int32_t KsCombine(KsBitmap *target, int32_t left, int32_t top, int32_t wi
 
 /** A context on the bitmap's own pixels, or null. The bitmap must outlive it. Freed with KsBitmapDCFree. */
 KS_API KsDeviceContext *KsBitmapDC(KsBitmap *bitmap);
+/** Releases a context, and the palette that belongs to it. Null is none. */
 KS_API void KsBitmapDCFree(KsDeviceContext *context);
 
 /** A palette object with the bitmap's palette, or null where it has none. Freed with KsObjectFree. */
 KS_API KsPalette *KsPaintPalette(KsDeviceContext *context, const KsBitmap *bitmap);
 
-#define KS_ROP_COPY 0xCC0020u
+#define KS_ROP_COPY 0xCC0020u /**< the raster operation that copies */
 
 /**
  * Paints a bitmap at the upper left corner of `rectangle`, unscaled and clipped to it, converted as in KsCombine.
@@ -375,6 +398,7 @@ KS_API int32_t KsPaintTransparent(KsDeviceContext *context, const KsBitmap *bitm
 /**
  * Adds to `counters[level]` the number of pixels of each of the 256 levels: the brightness that a pixel shows, which is
  * the high byte of a 12 or 16 bit gray, and the gray of KsCombine for palettes and colours. `count` is 256.
+ * -13 for another count and null counters, -2 without storage, -27 for depths without conversion.
  */
 KS_API int32_t KsHistogram(const KsBitmap *bitmap, uint64_t *counters, uint32_t count, uint32_t);
 
@@ -389,7 +413,8 @@ KS_API int32_t KsToneAdjust(KsBitmap *bitmap, uint32_t amount, uint32_t);
 /**
  * Makes `target` (empty, or released first) a 24-bit bitmap from one to four band bitmaps of 8 bits and equal size.
  * `bands` runs from the last band to the first and ends at a null pointer or after four: its last entry is red, the one
- * before it green, the one before that blue, and one or two bands repeat the last entry as a gray.
+ * before it green, the one before that blue, and one or two bands repeat the last entry as a gray. -13 for none, or for
+ * bands of different size, -27 for one of another depth, -2 for one without storage, -1.
  */
 KS_API int32_t KsBandsMerge(KsBitmap *target, KsBitmap *const *bands, uint32_t bitmapSize, uint32_t);
 
@@ -405,11 +430,11 @@ enum KsFormat {
   KS_FORMAT_JPEG_PROGRESSIVE = 23, /**< JPEG, 8 bits, progressive, of any number and size of components */
   KS_FORMAT_JPEG_LOSSLESS = 24,    /**< JPEG, process 14 */
   KS_FORMAT_JPEG_MANY = 26,        /**< JPEG, 8 bits, sequential, of two components, or of more than three */
-  KS_FORMAT_CGM = 62,
-  KS_FORMAT_T4_1D = 66,    /**< bi-level, T.4 one-dimensional, without a header of its own */
-  KS_FORMAT_T4_2D = 67,    /**< bi-level, T.4 two-dimensional, likewise */
-  KS_FORMAT_J2K = 165,     /**< JPEG 2000, the bare code stream */
-  KS_FORMAT_JPEG_RGB = 182 /**< for saving: JPEG, 8 bits, with RGB components */
+  KS_FORMAT_CGM = 62,              /**< drawing: KsVectorLoadMemory reads it, KsVectorSaveMemory writes it */
+  KS_FORMAT_T4_1D = 66,            /**< bi-level, T.4 one-dimensional, without a header of its own */
+  KS_FORMAT_T4_2D = 67,            /**< bi-level, T.4 two-dimensional, likewise */
+  KS_FORMAT_J2K = 165,             /**< JPEG 2000, the bare code stream */
+  KS_FORMAT_JPEG_RGB = 182         /**< for saving: JPEG, 8 bits, with RGB components */
 };
 
 /** Flags of KsLoadOptions::loadFlags that codecs look at. */
@@ -428,13 +453,13 @@ enum KsLoadFlags {
 /** What a redirect callback fills for a stream that has no header of its own. */
 typedef struct KsRawFormatInfo {
   uint8_t reserved0[4];
-  uint32_t format; /* 4: KS_FORMAT_T4_1D or KS_FORMAT_T4_2D */
-  uint32_t width;  /* 8: pixels */
-  uint32_t height; /* 12: rows */
-  uint32_t bits;   /* 16: 1 */
+  uint32_t format; /**< 4: KS_FORMAT_T4_1D or KS_FORMAT_T4_2D */
+  uint32_t width;  /**< 8: pixels */
+  uint32_t height; /**< 12: rows */
+  uint32_t bits;   /**< 16: 1 */
   uint8_t reserved20[8];
-  uint64_t offset; /* 28: where the stream begins in the buffer, 0 */
-  uint32_t pages;  /* 36: 1 */
+  uint64_t offset; /**< 28: where the stream begins in the buffer, 0 */
+  uint32_t pages;  /**< 36: 1 */
   uint8_t reserved40[24];
 } KsRawFormatInfo;
 
@@ -501,8 +526,8 @@ KS_API KsRedirectCallback KsSetRedirect(KsRedirectCallback callback, void *userD
 
 /** A place in a drawing, in its units: x to the right, y upwards (see KsVectorSetMode). */
 typedef struct KsVectorPoint {
-  double x;
-  double y;
+  double x; /**< to the right */
+  double y; /**< upwards */
 } KsVectorPoint;
 
 #pragma pack(push, 1)
@@ -510,104 +535,117 @@ typedef struct KsVectorPoint {
 /** A drawing. Callers set `options` before KsVectorInit and `flags` behind it; the other members are the framework's.
  */
 typedef struct KsVector {
-  void *drawing;         /* 0: null in an empty one */
-  uint32_t mode;         /* 8: KsVectorMode */
-  uint32_t hasViewport;  /* 12 */
-  KsRect viewport;       /* 16 */
-  KsVectorPoint pending; /* 32: a move that is not yet applied */
+  void *drawing;         /**< 0: null in an empty one */
+  uint32_t mode;         /**< 8: KsVectorMode */
+  uint32_t hasViewport;  /**< 12: 1 with a viewport */
+  KsRect viewport;       /**< 16: see KsVectorSetViewport */
+  KsVectorPoint pending; /**< 32: a move that is not yet applied */
   uint8_t reserved48[868];
-  uint32_t flags; /* 916 */
+  uint32_t flags; /**< 916: kept, and without effect here */
   uint8_t reserved920[128];
-  uint32_t options; /* 1048 */
+  uint32_t options; /**< 1048: kept, and without effect here */
   uint32_t reserved1052;
 } KsVector;
 
 /** The description of a layer. */
 typedef struct KsVectorLayer {
-  uint32_t structureSize; /* 0: 148 */
-  char16_t name[64];      /* 4: ends at a zero */
-  uint64_t visible;       /* 132: 1 */
+  uint32_t structureSize; /**< 0: 148 */
+  char16_t name[64];      /**< 4: ends at a zero */
+  uint64_t visible;       /**< 132: 1 */
   uint64_t reserved140;   /* 140 */
 } KsVectorLayer;
 
 /** The kinds of objects that KsVectorAddObject takes. */
-enum KsVectorKind { KS_VECTOR_LINE = 2, KS_VECTOR_OVAL = 3, KS_VECTOR_POLYGON = 6, KS_VECTOR_BOX = 7 };
+enum KsVectorKind {
+  KS_VECTOR_LINE = 2,    /**< KsVectorLine */
+  KS_VECTOR_OVAL = 3,    /**< KsVectorOval */
+  KS_VECTOR_POLYGON = 6, /**< KsVectorPolygon */
+  KS_VECTOR_BOX = 7      /**< KsVectorBox */
+};
 
-enum KsVectorPenStyle { KS_PEN_SOLID = 0, KS_PEN_DASH = 1 };
+/** How a pen draws, the values of KsVectorPen::style. Others are dashed, too. */
+enum KsVectorPenStyle {
+  KS_PEN_SOLID = 0, /**< without gaps */
+  KS_PEN_DASH = 1   /**< dashed */
+};
 
+/** What draws a line, or the outline of an object. */
 typedef struct KsVectorPen {
-  uint32_t structureSize; /* 0: 68 */
-  uint32_t style;         /* 4: KsVectorPenStyle */
-  uint32_t width;         /* 8: units of the drawing; a line is a pixel wide at least */
+  uint32_t structureSize; /**< 0: 68 */
+  uint32_t style;         /**< 4: KsVectorPenStyle */
+  uint32_t width;         /**< 8: units of the drawing; a line is a pixel wide at least */
   uint32_t reserved12;    /* 12 */
-  uint32_t color;         /* 16 */
+  uint32_t color;         /**< 16: red in the low byte */
   uint8_t reserved20[48];
 } KsVectorPen;
 
 /** What fills an object. A cleared one, with or without its size, leaves it hollow. */
 typedef struct KsVectorBrush {
-  uint32_t structureSize; /* 0: 292 */
-  uint32_t solid;         /* 4: 1 fills with `color` */
-  uint32_t color;         /* 8 */
+  uint32_t structureSize; /**< 0: 292 */
+  uint32_t solid;         /**< 4: 1 fills with `color` */
+  uint32_t color;         /**< 8: red in the low byte */
   uint8_t reserved12[280];
 } KsVectorBrush;
 
 /** A point of an object description. */
 typedef struct KsVectorVertex {
-  double x;
-  double y;
-  double z; /* 0 */
+  double x; /**< to the right */
+  double y; /**< upwards */
+  double z; /**< 0 */
   uint32_t reserved24;
 } KsVectorVertex;
 
+/** A straight line. */
 typedef struct KsVectorLine {
-  uint32_t structureSize; /* 0: 156 */
-  uint32_t kind;          /* 4: KS_VECTOR_LINE */
+  uint32_t structureSize; /**< 0: 156 */
+  uint32_t kind;          /**< 4: KS_VECTOR_LINE */
   uint8_t reserved8[24];
-  KsVectorVertex first;  /* 32 */
-  KsVectorVertex second; /* 60 */
-  KsVectorPen pen;       /* 88 */
+  KsVectorVertex first;  /**< 32: where it begins */
+  KsVectorVertex second; /**< 60: where it ends */
+  KsVectorPen pen;       /**< 88: what draws it */
 } KsVectorLine;
 
 /** An ellipse in the box between two corners. */
 typedef struct KsVectorOval {
-  uint32_t structureSize; /* 0: 448 */
-  uint32_t kind;          /* 4: KS_VECTOR_OVAL */
+  uint32_t structureSize; /**< 0: 448 */
+  uint32_t kind;          /**< 4: KS_VECTOR_OVAL */
   uint8_t reserved8[24];
-  KsVectorVertex first;  /* 32 */
-  KsVectorVertex second; /* 60 */
-  KsVectorPen pen;       /* 88 */
-  KsVectorBrush brush;   /* 156 */
+  KsVectorVertex first;  /**< 32: one corner of the box */
+  KsVectorVertex second; /**< 60: the opposite corner */
+  KsVectorPen pen;       /**< 88: what draws the outline */
+  KsVectorBrush brush;   /**< 156: what fills it */
 } KsVectorOval;
 
+/** A closed polygon. */
 typedef struct KsVectorPolygon {
-  uint32_t structureSize; /* 0: 408 */
-  uint32_t kind;          /* 4: KS_VECTOR_POLYGON */
+  uint32_t structureSize; /**< 0: 408 */
+  uint32_t kind;          /**< 4: KS_VECTOR_POLYGON */
   uint8_t reserved8[24];
-  const KsVectorVertex *points; /* 32 */
-  uint32_t count;               /* 40 */
-  KsVectorPen pen;              /* 44 */
-  KsVectorBrush brush;          /* 112 */
+  const KsVectorVertex *points; /**< 32: the corners, the caller's; copied */
+  uint32_t count;               /**< 40: corners, 1 to 16777216 */
+  KsVectorPen pen;              /**< 44: what draws the outline */
+  KsVectorBrush brush;          /**< 112: what fills it */
   uint32_t reserved404;         /* 404 */
 } KsVectorPolygon;
 
+/** A rectangle along the axes. */
 typedef struct KsVectorBox {
-  uint32_t structureSize; /* 0: 436 */
-  uint32_t kind;          /* 4: KS_VECTOR_BOX */
+  uint32_t structureSize; /**< 0: 436 */
+  uint32_t kind;          /**< 4: KS_VECTOR_BOX */
   uint8_t reserved8[24];
-  KsVectorVertex corner; /* 32 */
-  KsVectorPen pen;       /* 60 */
-  KsVectorBrush brush;   /* 128 */
-  double width;          /* 420 */
-  double height;         /* 428 */
+  KsVectorVertex corner; /**< 32: the corner that width and height start from */
+  KsVectorPen pen;       /**< 60: what draws the outline */
+  KsVectorBrush brush;   /**< 128: what fills it */
+  double width;          /**< 420: units of the drawing */
+  double height;         /**< 428: units of the drawing */
 } KsVectorBox;
 
 /** The description of an object, of whichever kind. */
 typedef union KsVectorObject {
-  KsVectorLine line;
-  KsVectorOval oval;
-  KsVectorPolygon polygon;
-  KsVectorBox box;
+  KsVectorLine line;       /**< for KS_VECTOR_LINE */
+  KsVectorOval oval;       /**< for KS_VECTOR_OVAL */
+  KsVectorPolygon polygon; /**< for KS_VECTOR_POLYGON */
+  KsVectorBox box;         /**< for KS_VECTOR_BOX */
 } KsVectorObject;
 
 #pragma pack(pop)
@@ -656,17 +694,27 @@ KS_API int32_t KsVectorExtents(const KsVector *vector, KsVectorPoint *low, KsVec
  */
 KS_API int32_t KsVectorWindow(const KsVector *vector, KsVectorPoint *low, KsVectorPoint *high);
 
-/** Sets that part. -13 for corners the wrong way round. */
+/** Sets that part. -13 for an empty drawing, and for corners the wrong way round. */
 KS_API int32_t KsVectorSetWindow(KsVector *vector, const KsVectorPoint *low, const KsVectorPoint *high);
 
-/** Notes that the drawing is to move by `offset`; KsVectorApply moves it. The zeros are 0. */
+/**
+ * Notes that the drawing is to move by `offset`; KsVectorApply moves it. The last two arguments are 0. -13 for
+ * an empty drawing, and for an offset that is no number.
+ */
 KS_API int32_t KsVectorMove(KsVector *vector, const KsVectorPoint *offset, uint32_t, uint32_t);
+/** Moves the drawing by all that KsVectorMove noted. -13 for an empty one. */
 KS_API int32_t KsVectorApply(KsVector *vector);
 
-/** The rectangle of a canvas that a saved drawing is to fill: KsVectorSaveMemory lays the window onto it. */
+/**
+ * The rectangle of a canvas that a saved drawing is to fill: KsVectorSaveMemory lays the window onto it. -13 for
+ * null.
+ */
 KS_API int32_t KsVectorSetViewport(KsVector *vector, const KsRect *viewport);
 
-/** Tells the colour of the canvas behind the drawing. What the drawing leaves open shows the canvas itself. */
+/**
+ * Tells the colour of the canvas behind the drawing. What the drawing leaves open shows the canvas itself. -13
+ * for an empty drawing.
+ */
 KS_API int32_t KsVectorSetBackground(KsVector *vector, uint32_t color);
 
 /** How a painted drawing stands on the canvas. */
@@ -674,14 +722,17 @@ enum KsVectorMode {
   KS_VECTOR_DOWNWARDS = 0, /**< y runs down, as on the canvas; the mode of a new drawing */
   KS_VECTOR_UPWARDS = 1    /**< y runs up, as in a metafile's drawing */
 };
+/** Sets it: a KsVectorMode. -13 for null, and for another number. */
 KS_API int32_t KsVectorSetMode(KsVector *vector, uint32_t mode);
 
 /**
- * Views of a drawing, for clients that bring them up to date before they paint or save. A fits the window to the
- * objects; B and C have nothing left to do and only tell whether there is a drawing. SUCCESS, or -13 for an empty one.
+ * Fits the window to the objects. It and the two behind it are for clients that bring the views of a drawing up to date
+ * before they paint or save. SUCCESS, or -13 for an empty one.
  */
 KS_API int32_t KsVectorViewA(KsVector *vector, uint32_t);
+/** Has nothing left to do, and only tells whether there is a drawing: SUCCESS, or -13 for an empty one. */
 KS_API int32_t KsVectorViewB(KsVector *vector, uint32_t);
+/** As KsVectorViewB. */
 KS_API int32_t KsVectorViewC(KsVector *vector, uint32_t, uint32_t);
 
 /**
@@ -716,14 +767,19 @@ KS_API int32_t KsVectorSaveMemory(void **handle, const KsVector *vector, uint32_
  * edges.
  */
 typedef struct KsPlatformHandlers {
+  /** Shows a message, for which zero-terminated texts are given, and answers the button that was chosen. */
   int32_t (*messageBox)(const char *text, const char *caption, uint32_t type, void *userData);
+  /** Takes a line for whoever looks for faults. */
   void (*debugOutput)(const char *text, void *userData);
+  /** Fills a rectangle with its four edges. */
   void (*setRect)(KsRect *rectangle, int32_t left, int32_t top, int32_t right, int32_t bottom, void *userData);
-  void *userData;
+  void *userData; /**< what the handlers get as their last argument */
 } KsPlatformHandlers;
 
-/** Sets the handlers of the process; null restores the defaults. Not to be called while another thread is in the
- * library. */
+/**
+ * Sets the handlers of the process; null restores the defaults. Not to be called while another thread is in the
+ * library.
+ */
 KS_API void KsSetPlatformHandlers(const KsPlatformHandlers *handlers);
 
 /**

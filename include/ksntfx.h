@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * libksntfx: reads and writes the National Imagery Transmission Format (NITF 2.1, MIL-STD-2500; NSIF 1.0 files that
  * carry version 02.10). Usable from C11 and C++.
  *
@@ -11,6 +12,7 @@
 
 #include "kskernel.h"
 
+/** Marks what the library shows. */
 #if defined(_WIN32)
 #if defined(KSNTFX_BUILD)
 #define KSNTFX_API __declspec(dllexport)
@@ -58,7 +60,11 @@ enum NitfLoadFlags {
 };
 
 /** Bits of the row callback's `rowFlags`. NITF_ROW_VALID is always set. */
-enum NitfRowFlags { NITF_ROW_VALID = 3, NITF_ROW_FIRST = 4, NITF_ROW_LAST = 8 };
+enum NitfRowFlags {
+  NITF_ROW_VALID = 3, /**< the row holds pixels */
+  NITF_ROW_FIRST = 4, /**< it is row 0 */
+  NITF_ROW_LAST = 8   /**< it is the last one */
+};
 
 /** One file: opaque here. */
 typedef struct NitfFile NitfFile;
@@ -80,46 +86,48 @@ enum NitfHandleStatus {
 typedef int32_t (*NitfRowCallback)(uint64_t rowContext, KsBitmap *canvas, void *row, uint32_t rowFlags,
                                    uint32_t rowIndex, uint32_t rowCount, uint64_t rowUserData);
 
+/** Decodes a compressed stream, as KsLoadMemory does. */
 typedef int32_t (*NitfLoadFromMemory)(const void *buffer, KsBitmap *bitmap, uint32_t bitmapSize, int32_t bits,
                                       int32_t order, uint64_t size, const KsLoadOptions *options, void *reserved);
+/** Sets who answers for streams without a header, as KsSetRedirect does. */
 typedef KsRedirectCallback (*NitfSetRedirect)(KsRedirectCallback callback, void *userData);
 
 #pragma pack(push, 1)
 
 /** What fltInfo is asked. Byte-packed; members not named are the framework's own and not looked at. */
 typedef struct FilterInfoRecord {
-  const char16_t *fileName; /* 0: UTF-16, zero-terminated */
+  const char16_t *fileName; /**< 0: UTF-16, zero-terminated */
   uint8_t reserved8[4];
-  KsHandle inputHandle; /* 12: a handle that the caller has open on the file, or KS_INVALID_HANDLE; put back to 0 */
-  KsFileInfo *fileInfo; /* 20: receives the answer */
+  KsHandle inputHandle; /**< 12: a handle that the caller has open on the file, or KS_INVALID_HANDLE; put back to 0 */
+  KsFileInfo *fileInfo; /**< 20: receives the answer */
   uint8_t reserved28[28];
-  KsLoadOptions *loadOptions; /* 56: 0x80000001 is or-ed into its flags */
+  KsLoadOptions *loadOptions; /**< 56: 0x80000001 is or-ed into its flags */
 } FilterInfoRecord;
 
 /** The depth of the canvas that fltLoad is to make. */
 typedef struct FilterTargetInfo {
   uint8_t reserved0[28];
-  uint32_t bitsPerPixel; /* 28: 8, 24 or 32 */
+  uint32_t bitsPerPixel; /**< 28: 8, 24 or 32 */
 } FilterTargetInfo;
 
 /** What fltLoad is asked. Byte-packed; members not named are the framework's own and not looked at. */
 typedef struct FilterLoadRecord {
-  const char16_t *fileName;           /* 0: UTF-16, zero-terminated */
-  const FilterTargetInfo *targetInfo; /* 8 */
+  const char16_t *fileName;           /**< 0: UTF-16, zero-terminated */
+  const FilterTargetInfo *targetInfo; /**< 8: the depth of the canvas */
   uint8_t reserved16[4];
-  NitfRowCallback rowCallback; /* 20 */
-  uint64_t rowUserData;        /* 28: the callback's last argument */
+  NitfRowCallback rowCallback; /**< 20: takes the rows; not null unless skipRows is set */
+  uint64_t rowUserData;        /**< 28: the callback's last argument */
   uint8_t reserved36[36];
-  uint64_t rowContext; /* 72: the callback's first argument */
+  uint64_t rowContext; /**< 72: the callback's first argument */
   uint8_t reserved80[1920];
-  KsLoadOptions *loadOptions; /* 2000: 0x80000001 is or-ed into its flags */
+  KsLoadOptions *loadOptions; /**< 2000: 0x80000001 is or-ed into its flags */
   uint8_t reserved2008[48];
-  NitfLoadFromMemory loadFromMemory; /* 2056: decodes compressed streams; not null (KsLoadMemory will do) */
-  NitfSetRedirect setRedirect;       /* 2064: not null (KsSetRedirect will do) */
+  NitfLoadFromMemory loadFromMemory; /**< 2056: decodes compressed streams; not null (KsLoadMemory will do) */
+  NitfSetRedirect setRedirect;       /**< 2064: not null (KsSetRedirect will do) */
   uint8_t reserved2072[48];
-  void (*requiredEntry)(void); /* 2120: not null, never called */
+  void (*requiredEntry)(void); /**< 2120: not null, never called */
   uint8_t reserved2128[232];
-  uint64_t skipRows; /* 2360: when not 0 the file is composed and no row is delivered */
+  uint64_t skipRows; /**< 2360: when not 0 the file is composed and no row is delivered */
 } FilterLoadRecord;
 
 #pragma pack(pop)
@@ -128,7 +136,9 @@ typedef struct FilterLoadRecord {
 
 /**
  * Tells how large the picture of a file is: fills formatId, width, height, bitsPerPixel (always 24), imageBytes and the
- * two page members of request->fileInfo. Reads headers only, and the drawings that decide the size.
+ * two page members of request->fileInfo. Reads headers only, and the drawings that decide the size. SUCCESS, or what
+ * a load fails with: ERROR_FILE_READ (also for a file that can't be opened), ERROR_FILE_FORMAT, ERROR_NO_MEMORY, one of
+ * NitfStatus. `request` and what it points to stay the caller's.
  */
 KSNTFX_API int32_t fltInfo(FilterInfoRecord *request);
 
@@ -147,7 +157,10 @@ KSNTFX_API intptr_t KORVA_Load(void *, ...);
 
 /* ---- composition ------------------------------------------------------------------------------------------------- */
 
-/** The size of a loaded file's canvas in pixels. `width` and `height` are set on SUCCESS. */
+/**
+ * The size of a loaded file's canvas in pixels. `width` and `height` are set on SUCCESS. ERROR_NO_MEMORY, and what a
+ * drawing that decides on it fails with.
+ */
 KSNTFX_API int32_t GetActual_Width_Height(NitfFile *file, uint32_t *width, uint32_t *height);
 
 /**
@@ -159,7 +172,11 @@ KSNTFX_API int32_t GetActual_Width_Height(NitfFile *file, uint32_t *width, uint3
 KSNTFX_API int32_t K_NitfDrawObjects(FilterLoadRecord *loadContext, KsDeviceContext *deviceContext, KsBitmap *canvas,
                                      NitfFile *file);
 
-/** Makes `bitmap` a new 24-bit canvas with the picture of a loaded file; the caller frees it with KsBitmapFree. */
+/**
+ * Makes `bitmap`, which was initialised, a new 24-bit canvas with the picture of a loaded file; the caller frees it
+ * with KsBitmapFree. ERROR_INVALID_VALUE for null, ERROR_NO_MEMORY for a canvas above the bitmap limit, the first
+ * failure of a segment. It is empty after a failure.
+ */
 KSNTFX_API int32_t K_NtfRenderBitmap(KsBitmap *bitmap, NitfFile *file);
 
 /* ---- handles ----------------------------------------------------------------------------------------------------- */
@@ -172,6 +189,7 @@ KSNTFX_API int32_t K_NtfRenderBitmap(KsBitmap *bitmap, NitfFile *file);
  * after a failure of the wide form, and of the narrow one but for its name.
  */
 KSNTFX_API int32_t K_NITFCreate(NitfHandle *address, const char16_t *name);
+/** The same with a name in UTF-8. */
 KSNTFX_API int32_t K_NITFCreateA(NitfHandle *address, const char *name);
 
 /** Closes the file, releases everything and sets the handle to null. NITF_NULL_HANDLE where it is null already. */
@@ -188,6 +206,7 @@ KSNTFX_API int32_t K_NITFGetStatus(NitfHandle handle);
  * is written then), ERROR_NO_MEMORY, NITF_NULL_HANDLE.
  */
 KSNTFX_API int32_t K_NITFSaveFile(NitfHandle handle, const char16_t *name);
+/** The same with a name in UTF-8; ERROR_NO_MEMORY also for one that is none. */
 KSNTFX_API int32_t K_NITFSaveFileA(NitfHandle handle, const char *name);
 
 /* ---- header records -----------------------------------------------------------------------------------------------
@@ -207,107 +226,108 @@ KSNTFX_API int32_t K_NITFSaveFileA(NitfHandle handle, const char *name);
 
 #pragma pack(push, 1)
 
-/** The file header. Get doesn't fill what is marked "set only"; Set stores it all the same. */
+/** The file header (MIL-STD-2500C, table A-1). Get doesn't fill what is marked "set only"; Set stores it all the same.
+ */
 typedef struct NitfHeaderInfo {
-  char *FHDR;       /**< 4 */
-  uint32_t CLEVEL;  /**< 1 to 7, or 99; others are not stored */
-  char *STYPE;      /**< 4 */
-  char *OSTAID;     /**< 10 */
-  char *FTITLE;     /**< 80 */
-  char *FSCLAS;     /**< 1: T, S, C, R or U */
-  char *FSCLSY;     /**< 2 */
-  char *FSCODE;     /**< 40 */
-  char *FSCTLH;     /**< 40 */
-  char *FSREL;      /**< 40 */
-  char *FSDCTP;     /**< 2 */
-  char *FSDCXM;     /**< 4 */
-  char *FSDG;       /**< 1 */
-  char *FSCLTX;     /**< 43 */
-  char *FSCATP;     /**< 1 */
-  char *FSCAUT;     /**< 40 */
-  char *FSCRSN;     /**< 1 */
-  char *FSCTLN;     /**< 20 */
-  char *ONAME;      /**< 27 */
-  char *OPHONE;     /**< 18 */
-  uint32_t HL;      /**< 6 digits, bytes of the header */
-  uint32_t FL;      /**< 12 digits, bytes of the file */
-  uint32_t FSCOP;   /**< 5 digits */
-  uint32_t FSCPYS;  /**< 5 digits */
-  uint32_t ENCRYP;  /**< 1 digit */
-  uint32_t NUMI;    /**< images; a Set passes over a count above that of the segments, and its two tables */
-  uint32_t *LISH;   /**< NUMI lengths of subheaders, in bytes */
-  uint32_t *LI;     /**< NUMI lengths of data */
-  uint32_t NUMS;    /**< graphics, likewise */
-  uint32_t *LSSH;   /**< NUMS */
-  uint32_t *LS;     /**< NUMS */
-  uint32_t NUMX;    /**< 3 digits; set only */
-  uint32_t NUMT;    /**< texts, likewise */
-  uint32_t *LTSH;   /**< NUMT */
-  uint32_t *LT;     /**< NUMT */
-  uint32_t NUMDES;  /**< data extensions, likewise; set only */
-  uint32_t *LDSH;   /**< NUMDES; set only */
-  uint32_t *LD;     /**< NUMDES; set only */
-  uint32_t NUMRES;  /**< reserved extensions, likewise; set only */
-  uint32_t *LRESH;  /**< NUMRES; set only */
-  uint32_t *LRE;    /**< NUMRES; set only */
-  uint32_t UDHDL;   /**< 5 digits; 0 is without user data, else 3 and the bytes of UDHD; set only */
-  uint32_t UDHOFL;  /**< 3 digits; set only */
-  void *UDHD;       /**< set only */
-  uint32_t XHDL;    /**< 5 digits, as UDHDL for XHD; set only */
-  uint32_t XHDLOFL; /**< 3 digits; set only */
-  void *XHD;        /**< set only */
-  uint32_t FBKGC;   /**< background colour, red in the low byte; set only */
-  char FSSRDT[4][2];
-  char FSDGDT[4][2];
-  char FSDCDT[4][2];
-  char FDT[7][2];
-  float FVER; /**< two decimals: 2.1 is 02.10; what takes more than five characters is not stored */
+  char *FHDR;        /**< 4 */
+  uint32_t CLEVEL;   /**< 1 to 7, or 99; others are not stored */
+  char *STYPE;       /**< 4 */
+  char *OSTAID;      /**< 10 */
+  char *FTITLE;      /**< 80 */
+  char *FSCLAS;      /**< 1: T, S, C, R or U */
+  char *FSCLSY;      /**< 2 */
+  char *FSCODE;      /**< 40 */
+  char *FSCTLH;      /**< 40 */
+  char *FSREL;       /**< 40 */
+  char *FSDCTP;      /**< 2 */
+  char *FSDCXM;      /**< 4 */
+  char *FSDG;        /**< 1 */
+  char *FSCLTX;      /**< 43 */
+  char *FSCATP;      /**< 1 */
+  char *FSCAUT;      /**< 40 */
+  char *FSCRSN;      /**< 1 */
+  char *FSCTLN;      /**< 20 */
+  char *ONAME;       /**< 27 */
+  char *OPHONE;      /**< 18 */
+  uint32_t HL;       /**< 6 digits, bytes of the header */
+  uint32_t FL;       /**< 12 digits, bytes of the file */
+  uint32_t FSCOP;    /**< 5 digits */
+  uint32_t FSCPYS;   /**< 5 digits */
+  uint32_t ENCRYP;   /**< 1 digit */
+  uint32_t NUMI;     /**< images; a Set passes over a count above that of the segments, and its two tables */
+  uint32_t *LISH;    /**< NUMI lengths of subheaders, in bytes */
+  uint32_t *LI;      /**< NUMI lengths of data */
+  uint32_t NUMS;     /**< graphics, likewise */
+  uint32_t *LSSH;    /**< NUMS */
+  uint32_t *LS;      /**< NUMS */
+  uint32_t NUMX;     /**< 3 digits; set only */
+  uint32_t NUMT;     /**< texts, likewise */
+  uint32_t *LTSH;    /**< NUMT */
+  uint32_t *LT;      /**< NUMT */
+  uint32_t NUMDES;   /**< data extensions, likewise; set only */
+  uint32_t *LDSH;    /**< NUMDES; set only */
+  uint32_t *LD;      /**< NUMDES; set only */
+  uint32_t NUMRES;   /**< reserved extensions, likewise; set only */
+  uint32_t *LRESH;   /**< NUMRES; set only */
+  uint32_t *LRE;     /**< NUMRES; set only */
+  uint32_t UDHDL;    /**< 5 digits; 0 is without user data, else 3 and the bytes of UDHD; set only */
+  uint32_t UDHOFL;   /**< 3 digits; set only */
+  void *UDHD;        /**< set only */
+  uint32_t XHDL;     /**< 5 digits, as UDHDL for XHD; set only */
+  uint32_t XHDLOFL;  /**< 3 digits; set only */
+  void *XHD;         /**< set only */
+  uint32_t FBKGC;    /**< background colour, red in the low byte; set only */
+  char FSSRDT[4][2]; /**< CCYYMMDD */
+  char FSDGDT[4][2]; /**< CCYYMMDD */
+  char FSDCDT[4][2]; /**< CCYYMMDD */
+  char FDT[7][2];    /**< CCYYMMDDhhmmss */
+  float FVER;        /**< two decimals: 2.1 is 02.10; what takes more than five characters is not stored */
 } NitfHeaderInfo;
 
-/** An image subheader. */
+/** An image subheader (MIL-STD-2500C, table A-3). */
 typedef struct NitfImageHeaderInfo {
-  char *IM;   /**< 2 */
-  char *IID1; /**< 10 */
-  char IDATIM[7][2];
-  char *TGTID;  /**< 17 */
-  char *IID2;   /**< 80 */
-  char *ISCLAS; /**< 1 */
-  char *ISCLSY; /**< 2 */
-  char *ISCODE; /**< 40 */
-  char *ISCTLH; /**< 40 */
-  char *ISREL;  /**< 40 */
-  char *ISDCTP; /**< 2 */
-  char ISDCDT[4][2];
-  char *ISDCXM; /**< 4 */
-  char *ISDG;   /**< 1 */
-  char ISDGDT[4][2];
-  char *ISCLTX; /**< 43 */
-  char *ISCATP; /**< 1 */
-  char *ISCAUT; /**< 40 */
-  char *ISCRSN; /**< 1 */
-  char ISSRDT[4][2];
-  char *ISCTLN;    /**< 20 */
-  uint32_t ENCRYP; /**< 1 digit */
-  char *ISORCE;    /**< 42 */
-  uint32_t NROWS;  /**< 8 digits, pixels */
-  uint32_t NCOLS;  /**< 8 digits, pixels */
-  char *PVTYPE;    /**< 3: begins with I or B */
-  char *IREP;      /**< 8: begins with MONO, RGB, RGB/LUT, MULTI, NODISPLY, NVECTOR, POLAR, VPH or YCbCr601 */
-  char *ICAT;      /**< 8 */
-  uint32_t ABPP;   /**< 2 digits, bits */
-  char *PJUST;     /**< 1: L or R */
-  char *ICORDS;    /**< 1: blank where there is no IGEOLO */
-  char *IGEOLO;    /**< 60 */
-  uint32_t NICOM;  /**< 1 digit, not above the comments that the image has */
-  char **ICOM;     /**< NICOM texts of 80 */
-  char *IC;        /**< 2: one of the compressions */
-  char *COMRAT;    /**< 4 */
-  uint32_t NBANDS; /**< 1 digit, 0 where XBANDS counts; a Set makes the band group anew */
-  uint32_t XBANDS; /**< 5 digits; counts from the next Set on */
-  char **IREPBAND; /**< neither filled nor stored, as the three behind it; Free releases NBANDS texts of each */
-  char **ISUBCAT;
-  char **IFC;
-  char **IMFLT;
+  char *IM;           /**< 2 */
+  char *IID1;         /**< 10 */
+  char IDATIM[7][2];  /**< CCYYMMDDhhmmss */
+  char *TGTID;        /**< 17 */
+  char *IID2;         /**< 80 */
+  char *ISCLAS;       /**< 1 */
+  char *ISCLSY;       /**< 2 */
+  char *ISCODE;       /**< 40 */
+  char *ISCTLH;       /**< 40 */
+  char *ISREL;        /**< 40 */
+  char *ISDCTP;       /**< 2 */
+  char ISDCDT[4][2];  /**< CCYYMMDD */
+  char *ISDCXM;       /**< 4 */
+  char *ISDG;         /**< 1 */
+  char ISDGDT[4][2];  /**< CCYYMMDD */
+  char *ISCLTX;       /**< 43 */
+  char *ISCATP;       /**< 1 */
+  char *ISCAUT;       /**< 40 */
+  char *ISCRSN;       /**< 1 */
+  char ISSRDT[4][2];  /**< CCYYMMDD */
+  char *ISCTLN;       /**< 20 */
+  uint32_t ENCRYP;    /**< 1 digit */
+  char *ISORCE;       /**< 42 */
+  uint32_t NROWS;     /**< 8 digits, pixels */
+  uint32_t NCOLS;     /**< 8 digits, pixels */
+  char *PVTYPE;       /**< 3: begins with I or B */
+  char *IREP;         /**< 8: begins with MONO, RGB, RGB/LUT, MULTI, NODISPLY, NVECTOR, POLAR, VPH or YCbCr601 */
+  char *ICAT;         /**< 8 */
+  uint32_t ABPP;      /**< 2 digits, bits */
+  char *PJUST;        /**< 1: L or R */
+  char *ICORDS;       /**< 1: blank where there is no IGEOLO */
+  char *IGEOLO;       /**< 60 */
+  uint32_t NICOM;     /**< 1 digit, not above the comments that the image has */
+  char **ICOM;        /**< NICOM texts of 80 */
+  char *IC;           /**< 2: one of the compressions */
+  char *COMRAT;       /**< 4 */
+  uint32_t NBANDS;    /**< 1 digit, 0 where XBANDS counts; a Set makes the band group anew */
+  uint32_t XBANDS;    /**< 5 digits; counts from the next Set on */
+  char **IREPBAND;    /**< neither filled nor stored, as the three behind it; Free releases NBANDS texts of each */
+  char **ISUBCAT;     /**< as IREPBAND */
+  char **IFC;         /**< as IREPBAND */
+  char **IMFLT;       /**< as IREPBAND */
   uint32_t ISYNC;     /**< 1 digit */
   char *IMODE;        /**< 1: B, P, R or S */
   uint32_t NBPR;      /**< 4 digits, blocks */
@@ -333,83 +353,86 @@ typedef struct NitfImageHeaderInfo {
   uint8_t *TPXCD;     /**< (TPXCDLNTH + 7) / 8 bytes; Get gives TPXCDLNTH bytes, zero behind them */
 } NitfImageHeaderInfo;
 
-/** A graphic subheader. */
+/** A graphic subheader (MIL-STD-2500C, table A-5). */
 typedef struct NitfGraphicHeaderInfo {
-  char *SY;     /**< 2 */
-  char *SID;    /**< 10 */
-  char *SNAME;  /**< 20 */
-  char *SSCLAS; /**< 1 */
-  char *SSCLSY; /**< 2 */
-  char *SSCODE; /**< 40 */
-  char *SSCTLH; /**< 40 */
-  char *SSREL;  /**< 40 */
-  char *SSDCTP; /**< 2 */
-  char SSDCDT[4][2];
-  char *SSDCXM; /**< 4 */
-  char *SSDG;   /**< 1 */
-  char SSDGDT[4][2];
-  char *SSCLTX; /**< 43 */
-  char *SSCATP; /**< 1 */
-  char *SSCAUT; /**< 40 */
-  char *SSCRSN; /**< 1 */
-  char SSSRDT[4][2];
-  char *SSCTLN;         /**< 20 */
-  uint32_t ENCRYP;      /**< 1 digit */
-  char *SFMT;           /**< 1 */
-  uint32_t SSTRUCT;     /**< 13 digits, of which those of 32 bits go through here */
-  uint32_t SDLVL;       /**< 3 digits */
-  uint32_t SALVL;       /**< 3 digits */
-  int32_t locationA;    /**< SLOC: from Get the column, to Set the row, in pixels */
-  int32_t locationB;    /**< SLOC: from Get the row, to Set the column */
-  uint32_t bound1First; /**< SBND1, five digits each */
-  uint32_t bound1Second;
-  char *SCOLOR;         /**< 1 */
-  uint32_t bound2First; /**< SBND2, five digits each */
-  uint32_t bound2Second;
-  uint32_t SRES2;  /**< 2 digits */
-  uint32_t SXSHDL; /**< 5 digits; 0 is without data, else 3 and the bytes of SXSHD */
-  uint32_t SXSOFL; /**< 3 digits */
-  uint8_t *SXSHD;  /**< Get gives SXSHDL bytes, zero behind the data */
+  char *SY;              /**< 2 */
+  char *SID;             /**< 10 */
+  char *SNAME;           /**< 20 */
+  char *SSCLAS;          /**< 1 */
+  char *SSCLSY;          /**< 2 */
+  char *SSCODE;          /**< 40 */
+  char *SSCTLH;          /**< 40 */
+  char *SSREL;           /**< 40 */
+  char *SSDCTP;          /**< 2 */
+  char SSDCDT[4][2];     /**< CCYYMMDD */
+  char *SSDCXM;          /**< 4 */
+  char *SSDG;            /**< 1 */
+  char SSDGDT[4][2];     /**< CCYYMMDD */
+  char *SSCLTX;          /**< 43 */
+  char *SSCATP;          /**< 1 */
+  char *SSCAUT;          /**< 40 */
+  char *SSCRSN;          /**< 1 */
+  char SSSRDT[4][2];     /**< CCYYMMDD */
+  char *SSCTLN;          /**< 20 */
+  uint32_t ENCRYP;       /**< 1 digit */
+  char *SFMT;            /**< 1 */
+  uint32_t SSTRUCT;      /**< 13 digits, of which those of 32 bits go through here */
+  uint32_t SDLVL;        /**< 3 digits */
+  uint32_t SALVL;        /**< 3 digits */
+  int32_t locationA;     /**< SLOC: from Get the column, to Set the row, in pixels */
+  int32_t locationB;     /**< SLOC: from Get the row, to Set the column */
+  uint32_t bound1First;  /**< SBND1, five digits each */
+  uint32_t bound1Second; /**< the second number of SBND1 */
+  char *SCOLOR;          /**< 1 */
+  uint32_t bound2First;  /**< SBND2, five digits each */
+  uint32_t bound2Second; /**< the second number of SBND2 */
+  uint32_t SRES2;        /**< 2 digits */
+  uint32_t SXSHDL;       /**< 5 digits; 0 is without data, else 3 and the bytes of SXSHD */
+  uint32_t SXSOFL;       /**< 3 digits */
+  uint8_t *SXSHD;        /**< Get gives SXSHDL bytes, zero behind the data */
 } NitfGraphicHeaderInfo;
 
-/** A text subheader. */
+/** A text subheader (MIL-STD-2500C, table A-6). */
 typedef struct NitfTextHeaderInfo {
-  char *TE;         /**< 2 */
-  char *TEXTID;     /**< 10 */
-  uint32_t TXTALVL; /**< 3 digits */
-  char TXTDT[7][2];
-  char *TXTITL; /**< 80 */
-  char *TSCLAS; /**< 1 */
-  char *TSCLSY; /**< 2 */
-  char *TSCODE; /**< 40 */
-  char *TSCTLH; /**< 40 */
-  char *TSREL;  /**< 40 */
-  char *TSDCTP; /**< 2 */
-  char TSDCDT[4][2];
-  char *TSDCXM; /**< 4 */
-  char *TSDG;   /**< 1 */
-  char TSDGDT[4][2];
-  char *TSCLTX; /**< 43 */
-  char *TSCATP; /**< 1 */
-  char *TSCAUT; /**< 40 */
-  char *TSCRSN; /**< 1 */
-  char TSSRDT[4][2];
-  char *TSCTLN;    /**< 20 */
-  uint32_t ENCRYP; /**< 1 digit */
-  char *TXTFMT;    /**< 3 */
-  uint32_t TXSHDL; /**< 5 digits; 0 is without data, else 3 and the bytes of TXSHD */
-  uint32_t TXSOFL; /**< 3 digits */
-  uint8_t *TXSHD;  /**< Get gives TXSHDL - 3 bytes */
+  char *TE;          /**< 2 */
+  char *TEXTID;      /**< 10 */
+  uint32_t TXTALVL;  /**< 3 digits */
+  char TXTDT[7][2];  /**< CCYYMMDDhhmmss */
+  char *TXTITL;      /**< 80 */
+  char *TSCLAS;      /**< 1 */
+  char *TSCLSY;      /**< 2 */
+  char *TSCODE;      /**< 40 */
+  char *TSCTLH;      /**< 40 */
+  char *TSREL;       /**< 40 */
+  char *TSDCTP;      /**< 2 */
+  char TSDCDT[4][2]; /**< CCYYMMDD */
+  char *TSDCXM;      /**< 4 */
+  char *TSDG;        /**< 1 */
+  char TSDGDT[4][2]; /**< CCYYMMDD */
+  char *TSCLTX;      /**< 43 */
+  char *TSCATP;      /**< 1 */
+  char *TSCAUT;      /**< 40 */
+  char *TSCRSN;      /**< 1 */
+  char TSSRDT[4][2]; /**< CCYYMMDD */
+  char *TSCTLN;      /**< 20 */
+  uint32_t ENCRYP;   /**< 1 digit */
+  char *TXTFMT;      /**< 3 */
+  uint32_t TXSHDL;   /**< 5 digits; 0 is without data, else 3 and the bytes of TXSHD */
+  uint32_t TXSOFL;   /**< 3 digits */
+  uint8_t *TXSHD;    /**< Get gives TXSHDL - 3 bytes */
 } NitfTextHeaderInfo;
 
 #pragma pack(pop)
 
 /**
- * The file header. Get fills the members that aren't marked "set only" and is for a record that was cleared. Set stores
- * every member and passes over what a field doesn't take; nothing is checked against the segments. SUCCESS;
+ * Fills a record, which was cleared, with the file header, but for the members that are marked "set only". SUCCESS;
  * NITF_NO_HANDLE for a null handle, NITF_OUT_OF_RANGE for a null record.
  */
 KSNTFX_API int32_t K_NITFGetNITFHeader(NitfHandle handle, NitfHeaderInfo *record);
+/**
+ * Stores every member and passes over what a field doesn't take; nothing is checked against the segments. SUCCESS;
+ * NITF_NO_HANDLE for a null handle, NITF_OUT_OF_RANGE for a null record.
+ */
 KSNTFX_API int32_t K_NITFSetNITFHeader(NitfHandle handle, const NitfHeaderInfo *record);
 /** Releases what Get allocated and sets the pointers to null; may be called twice, and for a null record. SUCCESS. */
 KSNTFX_API int32_t K_NITFFreeNITFHeader(NitfHeaderInfo *record);
@@ -428,18 +451,25 @@ KSNTFX_API int32_t K_NITFGetImageHeader(NitfHandle handle, uint32_t index, NitfI
  * NITF_OUT_OF_RANGE also for a null record.
  */
 KSNTFX_API int32_t K_NITFSetImageHeader(NitfHandle handle, uint32_t index, const NitfImageHeaderInfo *record);
+/** As K_NITFFreeNITFHeader. */
 KSNTFX_API int32_t K_NITFFreeImageHeader(NitfImageHeaderInfo *record);
 
-/** As those for images, with NITF_OUT_OF_RANGE for a null record; no lengths follow. */
+/** The graphics; 0 for a null handle. */
 KSNTFX_API int32_t K_NITFGetGraphicHeaderCount(NitfHandle handle);
+/** As K_NITFGetImageHeader, with NITF_OUT_OF_RANGE also for a null record. */
 KSNTFX_API int32_t K_NITFGetGraphicHeader(NitfHandle handle, uint32_t index, NitfGraphicHeaderInfo *record);
+/** As K_NITFSetImageHeader; no lengths follow. */
 KSNTFX_API int32_t K_NITFSetGraphicHeader(NitfHandle handle, uint32_t index, const NitfGraphicHeaderInfo *record);
+/** As K_NITFFreeNITFHeader. */
 KSNTFX_API int32_t K_NITFFreeGraphicHeader(NitfGraphicHeaderInfo *record);
 
-/** The same for texts. Get gives ERROR_NO_MEMORY where there is none for TXSHD. */
+/** The texts; 0 for a null handle. */
 KSNTFX_API int32_t K_NITFGetTextHeaderCount(NitfHandle handle);
+/** As K_NITFGetGraphicHeader. ERROR_NO_MEMORY where there is none for TXSHD. */
 KSNTFX_API int32_t K_NITFGetTextHeader(NitfHandle handle, uint32_t index, NitfTextHeaderInfo *record);
+/** As K_NITFSetImageHeader; no lengths follow. */
 KSNTFX_API int32_t K_NITFSetTextHeader(NitfHandle handle, uint32_t index, const NitfTextHeaderInfo *record);
+/** As K_NITFFreeNITFHeader. */
 KSNTFX_API int32_t K_NITFFreeTextHeader(NitfTextHeaderInfo *record);
 
 /**
@@ -486,6 +516,7 @@ KSNTFX_API int32_t K_NITFAppendGraphicSegment(NitfHandle handle, KsVector *vecto
  * ERROR_NO_MEMORY, which is also that of a narrow path that is no UTF-8.
  */
 KSNTFX_API int32_t K_NITFAppendTextSegment(NitfHandle handle, const char16_t *path);
+/** The same with a path in UTF-8. */
 KSNTFX_API int32_t K_NITFAppendTextSegmentA(NitfHandle handle, const char *path);
 
 /* ---- drawings ---------------------------------------------------------------------------------------------------- */
