@@ -5,6 +5,7 @@
 #include <cmath>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <ostream>
 
 #include <png.h>
@@ -93,6 +94,35 @@ TEST_F(Render, ComposesInGray) {
   for (const char gray : SceneCanvas(1, background)) colors.append(3, gray);
   ASSERT_EQ(Run({"render", "a.ntf", "-o", "out.ppm", "--depth", "8"}).exitCode, 0);
   EXPECT_EQ(ReadText("out.ppm"), "P6\n7 4\n255\n" + colors);
+}
+
+TEST_F(Render, TheSamePixelsAtEachCompression) {
+  // Rows of several groups, each of which is compressed by itself: slopes, noise and one colour want other filters.
+  constexpr std::uint32_t kSide = 900;
+  ImageSpec image;
+  image.rows = image.columns = kSide;
+  image.bands = ColorBands();
+  image.representation = "RGB";
+  image.mode = 'P';
+  std::uint32_t noise = 1;
+  for (std::uint32_t at = 0; at < kSide * kSide * 3; ++at) {
+    const std::uint32_t row = at / (3 * kSide);
+    noise = noise * 1664525 + 1013904223;
+    image.data.push_back(static_cast<std::uint8_t>(row < 300 ? row + at % 7 : row < 600 ? noise >> 27 : 9));
+  }
+  NitfBuilder().Image(image).Write(PathOf("a.ntf"));
+  const std::string samples(image.data.begin(), image.data.end());
+
+  std::map<std::string, std::size_t> sizes;
+  for (const std::string level : {"0", "1", "6", "9"}) {
+    ASSERT_EQ(Run({"render", "a.ntf", "-o", "out.png", "--compress", level}).exitCode, 0);
+    const std::string file = ReadText("out.png");
+    EXPECT_EQ(Pixels(DecodePng(file)), samples) << level;
+    sizes[level] = file.size();
+  }
+  EXPECT_GT(sizes["0"], samples.size());
+  EXPECT_LT(sizes["1"], samples.size() / 2);
+  EXPECT_LT(sizes["9"], sizes["6"] + sizes["6"] / 100);
 }
 
 TEST_F(Render, LoadOptionsReachTheComposition) {

@@ -83,6 +83,14 @@ void DefineRender(CLI::App &app, ntf::RenderOptions &options) {
       ->capture_default_str()
       ->excludes(image)
       ->excludes(graphic);
+  CLI::Option *compress =
+      render->add_option("--compress", options.compression, "How small a PNG becomes: 0 is stored, 1 fast, 9 small")
+          ->check(CLI::Range(ntf::kStored, ntf::kSmallest))
+          ->capture_default_str();
+  render->callback([compress, &options] {
+    const bool isNeedless = compress->count() != 0 && !ntf::IsCompressedPicture(options.output);
+    if (isNeedless) throw CLI::ValidationError("--compress", "only PNG is compressed");
+  });
   DefineLoadFlag(*render, options, image, "--fixed-canvas", NITF_LOAD_FIXED_CANVAS, "A canvas of 2048 by 2048 pixels");
   DefineLoadFlag(*render, options, image, "--tone-check", NITF_LOAD_TONE_CHECK,
                  "Spread very dark images over the full range");

@@ -7,7 +7,7 @@
 namespace ntf {
 namespace {
 
-using MakeWriter = std::unique_ptr<PictureWriter> (*)(OutputFile &);
+using MakeWriter = std::unique_ptr<PictureWriter> (*)(OutputFile &, CompressionLevel);
 
 struct PictureFormat {
   const char *suffix;
@@ -31,8 +31,12 @@ bool IsPictureName(const std::string &name) {
   return WriterForName(name) != nullptr;
 }
 
-std::unique_ptr<PictureWriter> MakePictureWriter(OutputFile &output) {
-  return WriterForName(output.Name())(output);
+bool IsCompressedPicture(const std::string &name) {
+  return WriterForName(name) == MakePngWriter;
+}
+
+std::unique_ptr<PictureWriter> MakePictureWriter(OutputFile &output, CompressionLevel level) {
+  return WriterForName(output.Name())(output, level);
 }
 
 }  // namespace ntf

@@ -1,6 +1,7 @@
 // A picture as it is written to a file, and the writers of the picture formats.
 #pragma once
 
+#include "deflate.h"
 #include "kskernel.h"
 #include "output_file.h"
 #include "problem.h"
@@ -47,15 +48,18 @@ class PictureWriter {
   virtual Outcome End() = 0;
 };
 
-std::unique_ptr<PictureWriter> MakePngWriter(OutputFile &output);
+std::unique_ptr<PictureWriter> MakePngWriter(OutputFile &output, CompressionLevel level);
 
-/** A PPM holds colours only: grays and palettes are written as the colours that they show. */
-std::unique_ptr<PictureWriter> MakePpmWriter(OutputFile &output);
+/** A PPM holds colours only: grays and palettes are written as the colours that they show. Nothing is compressed. */
+std::unique_ptr<PictureWriter> MakePpmWriter(OutputFile &output, CompressionLevel level);
 
 /** True for a name whose suffix tells a format that can be written, and for "-". */
 bool IsPictureName(const std::string &name);
 
+/** True for a name of a format that is compressed, and for "-". */
+bool IsCompressedPicture(const std::string &name);
+
 /** The writer for the format that the suffix of the output's name tells, PNG for the standard output. */
-std::unique_ptr<PictureWriter> MakePictureWriter(OutputFile &output);
+std::unique_ptr<PictureWriter> MakePictureWriter(OutputFile &output, CompressionLevel level);
 
 }  // namespace ntf

@@ -1,19 +1,25 @@
+#include "deflate.h"
 #include "picture.h"
+#include "png_rows.h"
 
+#include <algorithm>
 #include <array>
 #include <csetjmp>
 #include <cstdio>
+#include <deque>
+#include <future>
+#include <new>
+#include <span>
+#include <thread>
 
 #include <png.h>
 
 namespace ntf {
 namespace {
 
-// libpng reports a failure by a jump back to the setjmp of the call that it was in. Therefore each call goes through
-// one of the functions below, which hold nothing that would have to be destroyed.
-
-// Half the time of zlib's default, for files that are hardly larger.
-constexpr int kCompressionLevel = 4;
+// ---- what libpng writes -------------------------------------------------------------------------------------------
+// It reports a failure by a jump back to the setjmp of the call that it was in. Therefore each call goes through one of
+// the functions below, which hold nothing that would have to be destroyed.
 
 struct PngFailure {
   std::array<char, 120> words{};
@@ -59,26 +65,31 @@ bool WriteHeader(png_structp png, png_infop info, const PictureShape &shape, con
   png_set_IHDR(png, info, shape.width, shape.height, static_cast<int>(shape.bits), ColorTypeOf(shape.kind),
                PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
   if (shape.kind == PixelKind::Palette) png_set_PLTE(png, info, palette, static_cast<int>(shape.palette.size()));
-  png_set_compression_level(png, kCompressionLevel);
   png_write_info(png, info);
   return true;
 }
 
-bool WriteOneRow(png_structp png, const std::uint8_t *row) {
+bool WriteChunk(png_structp png, const char *name, const std::uint8_t *bytes, std::size_t size) {
   if (setjmp(png_jmpbuf(png)) != 0) return false;
-  png_write_row(png, row);
+  png_write_chunk(png, reinterpret_cast<png_const_bytep>(name), bytes, size);
   return true;
 }
 
-bool WriteEnd(png_structp png) {
-  if (setjmp(png_jmpbuf(png)) != 0) return false;
-  png_write_end(png, nullptr);
-  return true;
+// ---- the pixels ---------------------------------------------------------------------------------------------------
+
+DeflatedPart CompressRows(const PngRows &rows, CompressionLevel level, bool isLast) {
+  return DeflatePart(FilterRows(rows), level, isLast);
 }
 
+std::size_t PixelBytesOf(const PictureShape &shape) {
+  if (shape.kind == PixelKind::Palette || shape.bits < 8) return 0;
+  return (shape.kind == PixelKind::Color ? 3 : 1) * shape.bits / 8;
+}
+
+/** Compresses groups of rows beside each other, one on each processor, and writes them in their order. */
 class PngWriter final : public PictureWriter {
  public:
-  explicit PngWriter(OutputFile &output) : target{output, {}} {}
+  PngWriter(OutputFile &output, CompressionLevel compression) : target{output, {}}, level(compression) {}
   ~PngWriter() override { png_destroy_write_struct(&png, &info); }
 
   Outcome Begin(const PictureShape &shape) override {
@@ -89,14 +100,74 @@ class PngWriter final : public PictureWriter {
 
     std::vector<png_color> palette;
     for (const KsPaletteEntry &entry : shape.palette) palette.push_back({entry.red, entry.green, entry.blue});
+    group.rowBytes = shape.RowBytes();
+    group.pixelBytes = level == kStored ? 0 : PixelBytesOf(shape);
+    StartGroup(std::vector<std::uint8_t>(group.rowBytes));
     return Answer(WriteHeader(png, info, shape, palette.data()));
   }
 
-  Outcome WriteRow(const std::uint8_t *row) override { return Answer(WriteOneRow(png, row)); }
+  Outcome WriteRow(const std::uint8_t *row) override {
+    if (group.Count() != 0 && group.bytes.size() >= kGroupBytes) {
+      const std::vector<std::uint8_t> lastRow(group.bytes.end() - static_cast<std::ptrdiff_t>(group.rowBytes),
+                                              group.bytes.end());
+      if (Outcome failed = Compress(false)) return failed;
+      StartGroup(lastRow);
+    }
+    group.bytes.insert(group.bytes.end(), row, row + group.rowBytes);
+    return {};
+  }
 
-  Outcome End() override { return Answer(WriteEnd(png)); }
+  Outcome End() override {
+    if (Outcome failed = Compress(true)) return failed;
+    while (!compressing.empty()) {
+      if (Outcome failed = WriteFirst()) return failed;
+    }
+    if (Outcome failed = WriteData(stream.Trailer())) return failed;
+    return Answer(WriteChunk(png, "IEND", nullptr, 0));
+  }
 
  private:
+  /** Long enough that a start afresh costs nothing that counts, and short enough to stay in the cache. */
+  static constexpr std::size_t kGroupBytes = 1 << 20;
+
+  void StartGroup(const std::vector<std::uint8_t> &above) {
+    group.bytes.reserve(kGroupBytes + 2 * group.rowBytes);
+    group.bytes = above;
+  }
+
+  Outcome Compress(bool isLast) {
+    if (compressing.size() >= processors) {
+      if (Outcome failed = WriteFirst()) return failed;
+    }
+    // Where no thread can be had the work is done when its result is asked for.
+    compressing.push_back(std::async(
+        [rows = std::move(group), compression = level, isLast] { return CompressRows(rows, compression, isLast); }));
+    return {};
+  }
+
+  /** Writes the group that is the next in the file. */
+  Outcome WriteFirst() {
+    DeflatedPart part;
+    try {
+      part = compressing.front().get();
+    } catch (const std::bad_alloc &) {
+      return StatusProblem(target.output.Name(), ERROR_NO_MEMORY);
+    }
+    compressing.pop_front();
+    stream.Add(part);
+    return WriteData(part.bytes);
+  }
+
+  Outcome WriteData(std::span<const std::uint8_t> bytes) const {
+    constexpr std::size_t kMostOfAChunk = 1 << 30;
+    while (!bytes.empty()) {
+      const std::span<const std::uint8_t> piece = bytes.first(std::min(bytes.size(), kMostOfAChunk));
+      if (!WriteChunk(png, "IDAT", piece.data(), piece.size())) return Answer(false);
+      bytes = bytes.subspan(piece.size());
+    }
+    return {};
+  }
+
   Outcome Answer(bool done) const {
     if (done) return {};
     if (target.failure.inOutput) return target.output.Failure();
@@ -104,14 +175,19 @@ class PngWriter final : public PictureWriter {
   }
 
   PngTarget target;
+  CompressionLevel level;
+  ZlibStream stream;
+  PngRows group;
+  std::deque<std::future<DeflatedPart>> compressing; /* in the order of the file */
+  const std::size_t processors = std::max(1U, std::thread::hardware_concurrency());
   png_structp png = nullptr;
   png_infop info = nullptr;
 };
 
 }  // namespace
 
-std::unique_ptr<PictureWriter> MakePngWriter(OutputFile &output) {
-  return std::make_unique<PngWriter>(output);
+std::unique_ptr<PictureWriter> MakePngWriter(OutputFile &output, CompressionLevel level) {
+  return std::make_unique<PngWriter>(output, level);
 }
 
 }  // namespace ntf

@@ -68,7 +68,7 @@ class PpmWriter final : public PictureWriter {
 
 }  // namespace
 
-std::unique_ptr<PictureWriter> MakePpmWriter(OutputFile &output) {
+std::unique_ptr<PictureWriter> MakePpmWriter(OutputFile &output, CompressionLevel) {
   return std::make_unique<PpmWriter>(output);
 }
 

@@ -22,8 +22,8 @@ namespace {
 /** Writes the rows of a bitmap into the output, as they come. */
 class PictureSink {
  public:
-  PictureSink(const std::string &sourceName, OutputFile &output)
-      : source(sourceName), writer(MakePictureWriter(output)) {}
+  PictureSink(const RenderOptions &options, OutputFile &output)
+      : source(options.file), writer(MakePictureWriter(output, options.compression)) {}
 
   /** Starts the picture of the upper left `width` by `height` pixels. */
   Outcome Begin(const KsBitmap &bitmap, std::uint32_t width, std::uint32_t height) {
@@ -76,7 +76,7 @@ std::int32_t TakeRow(std::uint64_t, KsBitmap *canvas, void *row, std::uint32_t r
 
 Outcome WriteComposition(const RenderOptions &options, OutputFile &output) {
   const WideName name = Widen(options.file);
-  Delivery delivery{PictureSink(options.file, output), Progress("composing"), {}, false};
+  Delivery delivery{PictureSink(options, output), Progress("composing"), {}, false};
   FilterTargetInfo target = {};
   target.bitsPerPixel = options.depth;
   KsLoadOptions loadOptions = {};
@@ -100,15 +100,15 @@ Outcome WriteComposition(const RenderOptions &options, OutputFile &output) {
   return {};
 }
 
-/** Writes the upper left `width` by `height` pixels of a bitmap that was decoded from `source`. */
-Outcome WriteBitmap(const std::string &source, const KsBitmap &bitmap, std::uint32_t width, std::uint32_t height,
+/** Writes the upper left `width` by `height` pixels of a bitmap that was decoded from the file. */
+Outcome WriteBitmap(const RenderOptions &options, const KsBitmap &bitmap, std::uint32_t width, std::uint32_t height,
                     OutputFile &output) {
-  PictureSink sink(source, output);
+  PictureSink sink(options, output);
   Progress progress("writing");
   if (Outcome begun = sink.Begin(bitmap, width, height)) return begun;
   std::vector<std::uint8_t> row(bitmap.bytesPerLine);
   for (std::uint32_t y = 0; y < height; ++y) {
-    if (KsBitmapGetRow(&bitmap, row.data(), y, row.size()) < 0) return StatusProblem(source, ERROR_NO_STORAGE);
+    if (KsBitmapGetRow(&bitmap, row.data(), y, row.size()) < 0) return StatusProblem(options.file, ERROR_NO_STORAGE);
     if (Outcome written = sink.Row(bitmap, row.data())) return written;
     progress.Advance(y + 1, height);
   }
@@ -123,13 +123,13 @@ Outcome WriteSegment(const RenderOptions &options, OutputFile &output) {
   const std::uint32_t width = options.padded ? bitmap.width : std::min(image.columns, bitmap.width);
   const std::uint32_t height = options.padded ? bitmap.height : std::min(image.rows, bitmap.height);
   if (width == 0 || height == 0) return Problem{options.file, "the image is empty", ERROR_FILE_FORMAT};
-  return WriteBitmap(options.file, bitmap, width, height, output);
+  return WriteBitmap(options, bitmap, width, height, output);
 }
 
 Outcome WriteDrawing(const RenderOptions &options, OutputFile &output) {
   KsLocalBitmap picture;
   if (Outcome failed = DrawSegment(options.file, *options.graphic, picture)) return failed;
-  return WriteBitmap(options.file, *picture.Get(), picture->width, picture->height, output);
+  return WriteBitmap(options, *picture.Get(), picture->width, picture->height, output);
 }
 
 Outcome Write(const RenderOptions &options, OutputFile &output) {

@@ -1,6 +1,7 @@
 // ntf render: the picture of a file, or of one of its segments.
 #pragma once
 
+#include "deflate.h"
 #include "problem.h"
 
 #include <cstdint>
@@ -17,6 +18,7 @@ struct RenderOptions {
   std::optional<std::uint32_t> image;   /* only this segment, from 0, at its own depth */
   std::optional<std::uint32_t> graphic; /* only this segment, from 0, on white */
   bool padded = false;                  /* with the fill of its last blocks */
+  CompressionLevel compression = kFastest;
 };
 
 Outcome Render(const RenderOptions &options);
