@@ -2,6 +2,7 @@
 
 #include "kscodec/jpeg2000.h"
 
+#include "internal/ksclasses_.h"
 #include "kscodec/jpeg2000_header.h"
 #include "kscodec/ycc.h"
 #include "kscore/bitmap.h"
@@ -12,6 +13,8 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <numeric>
+#include <optional>
 #include <vector>
 
 #include <openjpeg.h>
@@ -266,6 +269,15 @@ class Decoder {
     return opj_decode(codec.get(), input.get(), image.get()) ? SUCCESS : ERROR_FILE_FORMAT;
   }
 
+  /** Leaves out all but some rows of the picture; components are then counted from the first of them. */
+  std::int32_t TakeRows(std::uint32_t first, std::uint32_t end) {
+    if (image->x1 > INT32_MAX || image->y1 > INT32_MAX) return ERROR_NOT_SUPPORTED;
+    const auto place = [](std::uint32_t position) { return static_cast<OPJ_INT32>(position); };
+    const bool isTold = opj_set_decode_area(codec.get(), image.get(), place(image->x0), place(image->y0 + first),
+                                            place(image->x1), place(image->y0 + end)) != OPJ_FALSE;
+    return isTold ? SUCCESS : ERROR_FILE_FORMAT;
+  }
+
   const opj_image_t &Image() const { return *image; }
 
  private:
@@ -275,8 +287,8 @@ class Decoder {
   ImageOwner image;
 };
 
-bool IsOfSize(const opj_image_t &image, const Jpeg2000Header &header) {
-  return image.x1 - image.x0 == header.size.width && image.y1 - image.y0 == header.size.height;
+bool IsOfSize(const opj_image_t &image, std::uint32_t width, std::uint32_t height) {
+  return image.x1 - image.x0 == width && image.y1 - image.y0 == height;
 }
 
 /** The places of the channels among the components that were decoded. */
@@ -290,22 +302,39 @@ Channels PlacesOf(const Channels &channels, const Selection &selection) {
   return places;
 }
 
-/** Writes the decoded image into `target`, which is made here. */
-std::int32_t Write(const opj_image_t &image, const Channels &places, bool isGray, const Jpeg2000Header &header,
-                   bool isSycc, KsBitmap *target) {
+/** Which pixels the channels are made of. */
+struct Look {
+  Channels places = {}; /**< among the components that were decoded */
+  bool isGray = false;
+  bool isSycc = false;
+};
+
+std::int32_t CheckComponents(const opj_image_t &image, const Channels &places) {
   for (const std::uint32_t place : places) {
     const std::int32_t status = place < image.numcomps ? CheckComponent(image.comps[place]) : ERROR_FILE_FORMAT;
     if (status != SUCCESS) return status;
   }
-  std::uint32_t bits = kscore::Bgr24::bits;
-  if (isGray) bits = image.comps[0].prec > 8 ? kscore::Gray16::bits : kscore::Index8::bits;
-  const std::int32_t status = CreateBitmap(header, bits, target);
+  return SUCCESS;
+}
+
+/** Writes decoded rows into `target` from row `top` on; the first ones make it. */
+std::int32_t Write(const opj_image_t &image, const Look &look, const Jpeg2000Header &header, std::uint32_t top,
+                   KsBitmap *target) {
+  std::int32_t status = CheckComponents(image, look.places);
   if (status != SUCCESS) return status;
+  std::uint32_t bits = kscore::Bgr24::bits;
+  if (look.isGray) bits = image.comps[0].prec > 8 ? kscore::Gray16::bits : kscore::Index8::bits;
+  if (top == 0) status = CreateBitmap(header, bits, target);
+  if (status != SUCCESS) return status;
+  if (target->bitsPerPixel != bits) return ERROR_FILE_FORMAT;
   kscore::MarkWritten(*target);
-  if (isGray) {
-    WriteGray(image, *target);
+  KsLocalBitmap rows;
+  status = KsBitmapView(rows.Get(), sizeof(KsBitmap), target, 0, top, target->width, image.y1 - image.y0);
+  if (status != SUCCESS) return status;
+  if (look.isGray) {
+    WriteGray(image, *rows.Get());
   } else {
-    WriteColors(image, places, isSycc, *target);
+    WriteColors(image, look.places, look.isSycc, *rows.Get());
   }
   return SUCCESS;
 }
@@ -329,6 +358,83 @@ void Tell(const Jpeg2000Header &header, kscodec::PictureInfo *info) {
   info->bits = colors.paletteColumns != 0 ? colors.paletteBits : header.size.bits;
 }
 
+/** Whether as many samples of the decoder, of four bytes each, are within the limit for a bitmap. */
+bool AreWithinLimit(std::uint32_t width, std::uint64_t rows) {
+  KsBitmap shape;
+  return rows <= UINT32_MAX &&
+         KsBitmapCreate(&shape, sizeof shape, KS_BITMAP_CALLER, width, static_cast<std::uint32_t>(rows),
+                        kscore::Bgr32::bits, KS_ORDER_BGR, nullptr, 1, nullptr, 0) == SUCCESS;
+}
+
+/**
+ * The rows that are decoded at a time, so that what the decoder holds is bounded: all of them where they are within the
+ * limit for a bitmap. Of a stream with hardly a bit for many samples, as of one colour, they take no more than a 256th
+ * of that. Each time the stream is read from its start.
+ */
+std::uint32_t RowsAtOnce(const Jpeg2000Header &header, std::uint64_t decoded) {
+  constexpr std::uint64_t kSamplesOfASparseByte = 64;
+  constexpr std::uint64_t kShareOfSparse = 256;
+  const std::uint64_t samples = std::uint64_t{header.size.width} * decoded * header.size.height;
+  const bool isSparse = samples / kSamplesOfASparseByte > header.codeStream.size();
+  const std::uint64_t held = isSparse ? decoded * kShareOfSparse : decoded;
+  std::uint32_t rows = header.size.height;
+  while (rows > 1 && !AreWithinLimit(header.size.width, rows * held)) rows = rows / 2;
+  return rows;
+}
+
+/**
+ * Where the rows from `first` on end that are decoded next: a row that all components have a sample in is the next
+ * one's first. Nothing where there is no such row for so long that the components can't be those of a picture.
+ */
+std::optional<std::uint32_t> EndOfRows(const opj_image_t &image, std::uint32_t first, std::uint32_t rowsAtOnce) {
+  constexpr std::uint64_t kMostBetween = 4096;
+  const std::uint64_t height = image.y1 - image.y0;
+  if (first + std::uint64_t{rowsAtOnce} >= height) return static_cast<std::uint32_t>(height);
+  std::uint64_t between = 1;
+  for (std::uint32_t i = 0; i < image.numcomps && between <= kMostBetween; ++i) {
+    between = std::lcm(between, std::uint64_t{std::max(image.comps[i].dy, 1U)});
+  }
+  if (between > kMostBetween) return std::nullopt;
+  const std::uint64_t end = (image.y0 + first + std::max<std::uint64_t>(rowsAtOnce, between)) / between * between;
+  return static_cast<std::uint32_t>(std::min(end - image.y0, height));
+}
+
+/** A stream and what is wanted of it. */
+struct Order {
+  Stream stream;
+  const Jpeg2000Header &header;
+  const KsLoadOptions &options;
+  const Selection &selection;
+};
+
+Look LookOf(const Order &order, const opj_image_t &image) {
+  // Palettes can be left unapplied, so that the components are counted again.
+  const std::uint32_t components = order.selection.components.empty() ? image.numcomps : order.header.size.components;
+  const bool wantsBands = (order.options.loadFlags & KS_LOAD_BANDS) != 0;
+  return {PlacesOf(ChooseChannels(order.options, components), order.selection), components == 1,
+          order.header.colors.isSycc && !wantsBands && components >= 3};
+}
+
+/** Decodes the rows from `*first` on, as many as are decoded at once, and goes on behind them. */
+std::int32_t DecodeRows(const Order &order, std::uint32_t rowsAtOnce, std::uint32_t *first, KsBitmap *target) {
+  const kscodec::Jpeg2000Size &size = order.header.size;
+  Decoder decoder(order.stream, order.header.isJp2);
+  std::int32_t status = decoder.ReadHeader();
+  if (status != SUCCESS) return status;
+  const opj_image_t &image = decoder.Image();
+  if (image.numcomps != size.components || !IsOfSize(image, size.width, size.height)) return ERROR_FILE_FORMAT;
+  const std::optional<std::uint32_t> end = EndOfRows(image, *first, rowsAtOnce);
+  if (!end) return ERROR_NOT_SUPPORTED;
+  const bool isWhole = *first == 0 && *end == size.height;
+  if (!isWhole) status = decoder.TakeRows(*first, *end);
+  if (status == SUCCESS) status = decoder.Decode(order.selection.components);
+  if (status != SUCCESS) return status;
+  if (image.numcomps == 0 || !IsOfSize(image, size.width, *end - *first)) return ERROR_FILE_FORMAT;
+  status = Write(image, LookOf(order, image), order.header, *first, target);
+  *first = *end;
+  return status;
+}
+
 std::int32_t Decode(Stream stream, const KsLoadOptions &options, KsBitmap *target) {
   const std::optional<Jpeg2000Header> header = kscodec::ReadJpeg2000Header(stream);
   if (!header) return ERROR_FILE_FORMAT;
@@ -339,24 +445,12 @@ std::int32_t Decode(Stream stream, const KsLoadOptions &options, KsBitmap *targe
   std::int32_t status = CheckBitmapSize(info);
   if (status == SUCCESS) status = CheckDecodedSize(*header, selection.decoded);
   if (status == SUCCESS && !kscodec::IsPlausible(*header, coding)) status = ERROR_FILE_FORMAT;
-  if (status != SUCCESS) return status;
 
-  Decoder decoder(stream, header->isJp2);
-  status = decoder.ReadHeader();
-  if (status != SUCCESS) return status;
-  const bool isSame = decoder.Image().numcomps == header->size.components && IsOfSize(decoder.Image(), *header);
-  if (!isSame) return ERROR_FILE_FORMAT;
-  status = decoder.Decode(selection.components);
-  if (status != SUCCESS) return status;
-
-  const opj_image_t &image = decoder.Image();
-  if (image.numcomps == 0 || !IsOfSize(image, *header)) return ERROR_FILE_FORMAT;
-  // Palettes can be left unapplied, so that the components are counted again.
-  const std::uint32_t components = selection.components.empty() ? image.numcomps : header->size.components;
-  const bool wantsBands = (options.loadFlags & KS_LOAD_BANDS) != 0;
-  const bool isGray = components == 1;
-  const Channels places = PlacesOf(ChooseChannels(options, components), selection);
-  return Write(image, places, isGray, *header, header->colors.isSycc && !wantsBands && components >= 3, target);
+  const std::uint32_t rowsAtOnce = status == SUCCESS ? RowsAtOnce(*header, selection.decoded) : 0;
+  for (std::uint32_t first = 0; first < header->size.height && status == SUCCESS;) {
+    status = DecodeRows({stream, *header, options, selection}, rowsAtOnce, &first, target);
+  }
+  return status;
 }
 
 // ---- the codec ------------------------------------------------------------------------------------------------------

@@ -239,20 +239,17 @@ Jpeg2000Coding ReadJpeg2000Coding(const Jpeg2000Header &header) {
 }
 
 bool IsPlausible(const Jpeg2000Header &header, const Jpeg2000Coding &coding) {
-  constexpr double kSamplesOfAByte = 4096;
+  constexpr double kSamplesOfAByte = 1024;
   constexpr double kSamplesOfNone = 64 << 20;
-  constexpr double kHeldOfNone = 96 << 20;
   constexpr double kTilePartHeader = 14;
-  constexpr double kPacketsOfAByte = 64;
+  constexpr double kPacketsOfAByte = 8;
   constexpr double kPacketsOfNone = 65536;
-  constexpr double kCodeBlocksOfAByte = 64;
+  constexpr double kCodeBlocksOfAByte = 8;
   constexpr double kCodeBlocksOfNone = 262144;
   const Jpeg2000Size &size = header.size;
   const auto bytes = static_cast<double>(header.codeStream.size());
   const double samples = static_cast<double>(size.width) * size.height * size.components;
-  const double ofATile = static_cast<double>(size.tileWidth) * size.tileHeight * size.components;
   if (samples > kSamplesOfAByte * bytes + kSamplesOfNone) return false;
-  if (size.tiles > 1 && samples + ofATile > kSamplesOfAByte * bytes + kHeldOfNone) return false;
   if (static_cast<double>(size.tiles) * (kTilePartHeader + size.components) > bytes) return false;
   if (coding.codeBlocks > kCodeBlocksOfAByte * bytes + kCodeBlocksOfNone) return false;
   return coding.packets <= kPacketsOfAByte * bytes + kPacketsOfNone;

@@ -51,11 +51,10 @@ Jpeg2000Coding ReadJpeg2000Coding(const Jpeg2000Header &header);
 
 /**
  * Whether a stream is long enough for what it claims, so that a few bytes can't ask for much memory and time:
- *   - no more than 4096 samples for each byte, and 64 Mi for none, far beyond what pictures are compressed to;
- *     where there are several tiles, the decoder holds one beside the picture, and 96 Mi are allowed for both;
+ *   - no more than 1024 samples for each byte, and 64 Mi for none, far beyond what pictures are compressed to;
  *   - the tiles each have their header, of 14 bytes, and a byte for each component;
- *   - no more than 64 packets for each byte, and 65536 for none, where sound streams have one byte for each at least;
- *   - no more than 64 code blocks for each byte, and 262144 for none, which are four times those of 8192 by 8192 pixels
+ *   - no more than 8 packets for each byte, and 65536 for none, where sound streams have one byte for each at least;
+ *   - no more than 8 code blocks for each byte, and 262144 for none, which are four times those of 8192 by 8192 pixels
  *     of one colour in blocks of 32 by 32.
  */
 bool IsPlausible(const Jpeg2000Header &header, const Jpeg2000Coding &coding);

@@ -230,6 +230,35 @@ class PictureTest : public ServiceTestWith<PictureCase> {
         samples[number][row * extent.width + column] + (component.isSigned ? 1 << (component.bits - 1) : 0);
     return std::lround(static_cast<double>(value) * full / ((1 << component.bits) - 1));
   }
+
+  void ExpectPicture(const Bytes &stream, const Samples &samples) const {
+    const PictureCase &picture = GetParam();
+    const Recipe &recipe = picture.recipe;
+    KsLocalBitmap bitmap;
+    ASSERT_EQ(Load(stream, bitmap, Options(picture.bands)), SUCCESS);
+    ASSERT_EQ(bitmap->width, recipe.width);
+    ASSERT_EQ(bitmap->height, recipe.height);
+    ASSERT_EQ(bitmap->bitsPerPixel, picture.bits);
+    const std::map<uint32_t, uint32_t> orders = {{8, KS_ORDER_PALETTE}, {16, KS_ORDER_GRAY}, {24, KS_ORDER_BGR}};
+    EXPECT_EQ(bitmap->order, orders.at(picture.bits));
+    const uint32_t ownFull = (1u << recipe.components[0].bits) - 1;
+    const Bytes storage = StorageOf(*bitmap.Get());
+    for (uint32_t y = 0; y < recipe.height; ++y) {
+      for (uint32_t x = 0; x < recipe.width; ++x) {
+        if (picture.bits == 24) {
+          const std::array<int, 3> color = ColorAt(bitmap, x, y);
+          for (size_t i = 0; i < 3; ++i) {
+            ASSERT_EQ(color[i], Expected(samples, picture.shown[i], x, y, 255)) << x << ", " << y << " channel " << i;
+          }
+        } else {
+          const uint32_t full = picture.bits == 16 ? 65535 : ownFull;
+          ASSERT_EQ(static_cast<long>(PixelOf(*bitmap.Get(), storage, x, y)),
+                    Expected(samples, picture.shown[0], x, y, full))
+              << x << ", " << y;
+        }
+      }
+    }
+  }
 };
 
 TEST_P(PictureTest, ComesAsItWasEncoded) {
@@ -247,30 +276,12 @@ TEST_P(PictureTest, ComesAsItWasEncoded) {
   EXPECT_EQ(info.components, recipe.components.size());
   EXPECT_EQ(info.bits, recipe.components[0].bits);
 
-  KsLocalBitmap bitmap;
-  ASSERT_EQ(Load(stream, bitmap, Options(picture.bands)), SUCCESS);
-  ASSERT_EQ(bitmap->width, recipe.width);
-  ASSERT_EQ(bitmap->height, recipe.height);
-  ASSERT_EQ(bitmap->bitsPerPixel, picture.bits);
-  const std::map<uint32_t, uint32_t> orders = {{8, KS_ORDER_PALETTE}, {16, KS_ORDER_GRAY}, {24, KS_ORDER_BGR}};
-  EXPECT_EQ(bitmap->order, orders.at(picture.bits));
-  const uint32_t ownFull = (1u << recipe.components[0].bits) - 1;
-  const Bytes storage = StorageOf(*bitmap.Get());
-  for (uint32_t y = 0; y < recipe.height; ++y) {
-    for (uint32_t x = 0; x < recipe.width; ++x) {
-      if (picture.bits == 24) {
-        const std::array<int, 3> color = ColorAt(bitmap, x, y);
-        for (size_t i = 0; i < 3; ++i) {
-          ASSERT_EQ(color[i], Expected(samples, picture.shown[i], x, y, 255)) << x << ", " << y << " channel " << i;
-        }
-      } else {
-        const uint32_t full = picture.bits == 16 ? 65535 : ownFull;
-        ASSERT_EQ(static_cast<long>(PixelOf(*bitmap.Get(), storage, x, y)),
-                  Expected(samples, picture.shown[0], x, y, full))
-            << x << ", " << y;
-      }
-    }
-  }
+  ExpectPicture(stream, samples);
+  // Decoded some rows at a time, where its samples don't fit below the limit of a bitmap.
+  const uint64_t bytesOfAPixel = std::max<uint64_t>(recipe.components.size(), picture.bits / 8);
+  KsSetBitmapLimit(uint64_t{recipe.width + 3} * recipe.height * bytesOfAPixel);
+  ExpectPicture(stream, samples);
+  KsSetBitmapLimit(0);
 }
 
 using Components = std::vector<Component>;
@@ -457,6 +468,22 @@ TEST_F(Jpeg2000Test, BitmapLimitBoundsThePictureAndWhatIsDecodedForIt) {
   EXPECT_EQ(load(mixed, 5 * kPixels), SUCCESS);
 }
 
+TEST_F(Jpeg2000Test, AnEmptyPictureOfMostPixelsIsDecodedInParts) {
+  // Of one colour but for two pixels far apart, so that parts that changed places would show.
+  const Recipe recipe = {.name = "", .components = Equal(1), .width = 4096, .height = 1024};
+  Samples samples = {std::vector<int32_t>(size_t{recipe.width} * recipe.height, 90)};
+  samples[0][size_t{300} * recipe.width + 7] = 200;
+  samples[0][size_t{1023} * recipe.width + 4000] = 30;
+  const Bytes stream = Encode(recipe, samples);
+  ASSERT_LT(stream.size(), samples[0].size() / 64);
+  KsSetBitmapLimit(samples[0].size());
+  KsLocalBitmap bitmap;
+  EXPECT_EQ(Load(stream, bitmap), SUCCESS);
+  KsSetBitmapLimit(0);
+  ASSERT_NE(bitmap->pixels, nullptr);
+  EXPECT_TRUE(std::equal(samples[0].begin(), samples[0].end(), bitmap->pixels));
+}
+
 struct ClaimCase {
   const char *name;
   void (*change)(Bytes &stream, size_t style); /**< `style` is where the COD marker stands */
@@ -491,7 +518,6 @@ void SetSize(Bytes &stream, uint32_t width, uint32_t height, uint32_t tile) {
 INSTANTIATE_TEST_SUITE_P(
     Claims, ClaimTest,
     testing::Values(ClaimCase{"60000 by 60000", [](Bytes &stream, size_t) { SetSize(stream, 60000, 60000, 60000); }},
-                    ClaimCase{"two large tiles", [](Bytes &stream, size_t) { SetSize(stream, 8192, 8000, 8191); }},
                     ClaimCase{"one row", [](Bytes &stream, size_t) { SetSize(stream, 4000000000, 1, 4000000000); }},
                     ClaimCase{"65025 tiles", [](Bytes &stream, size_t) { SetSize(stream, 255, 255, 1); }},
                     ClaimCase{"65535 layers", [](Bytes &stream, size_t style) { PutBig(stream, style + 6, 65535, 2); }},
