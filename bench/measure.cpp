@@ -3,10 +3,10 @@
 #include "internal/ksclasses_.h"
 #include "ksntfx.h"
 
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <memory>
 #include <vector>
@@ -18,6 +18,12 @@ std::int32_t CountRow(std::uint64_t, KsBitmap *, void *, std::uint32_t, std::uin
   // The number is the address that the request carried.
   *reinterpret_cast<std::uint64_t *>(rows) += count;  // NOLINT(performance-no-int-to-ptr)
   return SUCCESS;
+}
+
+double ProcessorSeconds() {
+  timespec time{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
 }  // namespace
@@ -72,9 +78,9 @@ void CopyNewCanvas(std::uint32_t side, std::uint32_t bits) {
 }
 
 double SecondsOf(const std::function<void()> &work) {
-  const auto start = std::chrono::steady_clock::now();
+  const double start = ProcessorSeconds();
   work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  return ProcessorSeconds() - start;
 }
 
 bool RatioTable::ReportContext(const Context &) {

@@ -27,6 +27,7 @@ void CopyBytes(std::uint8_t *canvas, std::size_t bytes);
 /** Copies as many bytes as a square canvas has into a new one. */
 void CopyNewCanvas(std::uint32_t side, std::uint32_t bits);
 
+/** The seconds of a processor that `work` takes, the system's share included: what else runs counts little. */
 double SecondsOf(const std::function<void()> &work);
 
 /** Prints a table of ratios, which mean more than times on machines that differ. */

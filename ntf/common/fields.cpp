@@ -9,16 +9,18 @@
 
 namespace {
 
-constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
-
 /** The date of a segment that is appended to a file without one. */
 constexpr std::string_view kDateForUndatedFile = "50020530010101";
 
 enum DatePartIndex { kCentury, kYear, kMonth, kDay, kHour, kMinute, kSecond };
 
+bool IsWhiteSpace(char character) {
+  return character == ' ' || (character >= '\t' && character <= '\r');
+}
+
 std::string_view WithoutLeadingSpace(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(kWhiteSpace);
-  return first == std::string_view::npos ? std::string_view() : text.substr(first);
+  while (!text.empty() && IsWhiteSpace(text.front())) text.remove_prefix(1);
+  return text;
 }
 
 DateParts SplitDateTime(std::string_view date) {

@@ -112,10 +112,20 @@ void PrepareVector(KsVector *vector) {
   vector->flags = kVectorFlags;
 }
 
+namespace {
+
+GraphicSubheader DefaultGraphic() {
+  GraphicSubheader graphic{};
+  SetDefaults(kGraphicTable, &graphic);
+  return graphic;
+}
+
+}  // namespace
+
 void GraphicSubheaderInit(GraphicSubheader *record, NitfFile *file) {
-  *record = GraphicSubheader{};
+  static const GraphicSubheader fresh = DefaultGraphic();
+  *record = fresh;
   PrepareVector(&record->vector);
-  SetDefaults(kGraphicTable, record);
   record->file = file;
 }
 

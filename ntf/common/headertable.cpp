@@ -74,8 +74,7 @@ std::span<const HeaderRow> SecurityRows() {
   return kSecurityRows;
 }
 
-bool IsPresent(const HeaderRow &row, const char *base, bool nitf20, std::uint8_t securityRules) {
-  if (row.kind == HeaderRow::Kind::Text && WidthOf(row, nitf20) == 0) return false;
+bool IsCalledFor(const HeaderRow &row, const char *base, bool nitf20, std::uint8_t securityRules) {
   if (row.countedBy != HeaderRow::kNowhere && LengthAt(base, row.countedBy) == 0) return false;
   if ((securityRules & kEventAlways) != 0 && row.present == DowngradeByEvent) return true;
   return row.present == nullptr || row.present(base, nitf20);
@@ -104,10 +103,7 @@ void SetDefaults(const HeaderTable &table, void *record) {
 HeaderReader::HeaderReader(NitfFile &source, void *target)
     : file(&source), record(target), nitf20(source.nitf20Layout != 0) {
   const std::int64_t here = KsSeek(file->fileHandle, 0, KS_SEEK_CURRENT);
-  const std::int64_t end = KsSeek(file->fileHandle, 0, KS_SEEK_END);
-  KsSeek(file->fileHandle, here, KS_SEEK_START);
   position = static_cast<std::uint64_t>(std::max<std::int64_t>(here, 0));
-  fileSize = static_cast<std::uint64_t>(std::max<std::int64_t>(end, 0));
 }
 
 void HeaderReader::ReplayFrom(const StreamFileHeader &stream) {
@@ -122,6 +118,13 @@ void HeaderReader::CountReplayed() {
 }
 
 std::int32_t HeaderReader::Read(const HeaderTable &table) {
+  const std::int32_t status = ReadRows(table);
+  KsSeek(file->fileHandle, static_cast<std::int64_t>(position), KS_SEEK_START);
+  aheadStart = aheadEnd = 0;
+  return status;
+}
+
+std::int32_t HeaderReader::ReadRows(const HeaderTable &table) {
   for (const HeaderRow &row : table.rows) {
     const std::int32_t status = ReadRow(row, static_cast<char *>(record), table.terminates);
     if (status == SUCCESS) continue;
@@ -139,7 +142,7 @@ void HeaderReader::DropData(const HeaderTable &table, std::uint32_t countedBy) {
   }
 }
 
-std::int32_t HeaderReader::ReadRow(const HeaderRow &row, char *base, bool terminates) {
+std::int32_t HeaderReader::ReadDecodedRow(const HeaderRow &row, char *base, bool terminates) {
   switch (row.kind) {
     case HeaderRow::Kind::Text:
       return IsPresent(row, base, nitf20, securityRules) ? ReadText(row, base, terminates) : SUCCESS;
@@ -154,23 +157,27 @@ std::int32_t HeaderReader::ReadRow(const HeaderRow &row, char *base, bool termin
 }
 
 std::int32_t HeaderReader::ReadText(const HeaderRow &row, char *base, bool terminates) {
-  const std::uint32_t width = WidthOf(row, nitf20);
-  char *text = base + row.place;
-  const std::int32_t taken = Take(text, width);
+  const std::int32_t taken = TakeText(row, base, terminates);
   if (taken != SUCCESS) return taken;
-  if (terminates) text[width] = '\0';
-  const std::string_view field(text, width);
+  const std::string_view text(base + row.place, WidthOf(row, nitf20));
+  StoreNumbers(row, base, text);
+  if (row.decode == nullptr) return SUCCESS;
+  if (row.decode == CheckClassification && (securityRules & kCheckClassification) == 0) return SUCCESS;
+  return row.decode(*this, text);
+}
+
+/** What the field says as a number, beside its text. */
+void HeaderReader::StoreNumbers(const HeaderRow &row, char *base, std::string_view field) {
   if (row.allNinesUnknown && AllNines(field)) sawUnknown = true;
   if (row.number != HeaderRow::kNowhere) {
     const std::int32_t number = ParseNumber(field);
     std::memcpy(base + row.number, &number, sizeof number);
   }
   if (row.halves != HeaderRow::kNowhere) {
-    const std::int32_t halves[2] = {ParseNumber(field.substr(0, width / 2)), ParseNumber(field.substr(width / 2))};
+    const std::size_t half = field.size() / 2;
+    const std::int32_t halves[2] = {ParseNumber(field.substr(0, half)), ParseNumber(field.substr(half))};
     std::memcpy(base + row.halves, halves, sizeof halves);
   }
-  if (row.decode == CheckClassification && (securityRules & kCheckClassification) == 0) return SUCCESS;
-  return row.decode == nullptr ? SUCCESS : row.decode(*this, field);
 }
 
 std::int32_t HeaderReader::ReadSecurity(const HeaderRow &row, bool terminates) {
@@ -195,10 +202,22 @@ std::int32_t HeaderReader::ReadData(const HeaderRow &row, char *base) {
   return status;
 }
 
-std::int32_t HeaderReader::Take(void *buffer, std::uint64_t bytes) {
-  if (bytes > budget - used) return kBudgetSpent;
-  used += bytes;
-  if (KsRead(file->fileHandle, buffer, bytes) != bytes) return ERROR_FILE_READ;
+/** Takes what is read ahead, and the rest from the file: right into the buffer where it is long. */
+std::int32_t HeaderReader::TakeBeyond(char *buffer, std::uint64_t bytes) {
+  const std::uint32_t held = aheadEnd - aheadStart;
+  std::memcpy(buffer, ahead + aheadStart, held);
+  aheadStart = aheadEnd = 0;
+  const std::uint64_t missing = bytes - held;
+  std::uint64_t taken = 0;
+  if (missing >= kReadAhead) {
+    taken = KsRead(file->fileHandle, buffer + held, missing);
+  } else {
+    aheadEnd = static_cast<std::uint32_t>(KsRead(file->fileHandle, ahead, kReadAhead));
+    taken = std::min<std::uint64_t>(missing, aheadEnd);
+    std::memcpy(buffer + held, ahead, taken);
+    aheadStart = static_cast<std::uint32_t>(taken);
+  }
+  if (taken != missing) return ERROR_FILE_READ;
   position += bytes;
   return SUCCESS;
 }
@@ -222,8 +241,15 @@ std::int32_t HeaderReader::TakeNew(char **buffer, std::uint64_t bytes) {
 }
 
 bool HeaderReader::Holds(std::uint64_t count, std::uint64_t bytes) const {
+  // What is read ahead is there, and the system need not be asked.
+  const std::uint64_t ready = aheadEnd - aheadStart;
+  if (bytes == 0 || count <= ready / bytes) return true;
+  const std::int64_t here = KsSeek(file->fileHandle, 0, KS_SEEK_CURRENT);
+  const std::int64_t end = KsSeek(file->fileHandle, 0, KS_SEEK_END);
+  KsSeek(file->fileHandle, here, KS_SEEK_START);
+  const auto fileSize = static_cast<std::uint64_t>(std::max<std::int64_t>(end, 0));
   const std::uint64_t left = fileSize > position ? fileSize - position : 0;
-  return bytes == 0 || count <= left / bytes;
+  return count <= left / bytes;
 }
 
 std::int32_t ReadSubheader(HeaderReader &reader, const HeaderTable &table, NitfFile &file,

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <span>
 #include <string>
@@ -61,6 +62,7 @@ struct HeaderRow {
   static constexpr std::uint32_t kNowhere = 0xFFFFFFFF;
 
   Kind kind = Kind::Text;
+  bool isPlain = false; /**< a text where the layout has it, and nothing but a text, as most are */
   std::string_view name{};
   std::uint32_t place = kNowhere; /**< offset of the text, the security group or the data pointer in the record */
   std::uint16_t capacity = 0;     /**< bytes of the text's buffer, the NUL included */
@@ -93,6 +95,14 @@ struct HeaderRow {
     return row;
   }
 
+  /** A copy of the row that is more than a text, or not always there. */
+  template <class Change>
+  constexpr HeaderRow Beyond(Change change) const {
+    HeaderRow row = With(change);
+    row.isPlain = false;
+    return row;
+  }
+
   /** The width in the 2.0 layout, where it is another one. */
   constexpr HeaderRow In20(std::uint16_t width) const {
     return With([&](HeaderRow &row) { row.width20 = width; });
@@ -111,23 +121,23 @@ struct HeaderRow {
   }
   /** The value goes to the u32 at `offset` too. */
   constexpr HeaderRow Number(std::size_t offset) const {
-    return Digits().With([&](HeaderRow &row) { row.number = static_cast<std::uint32_t>(offset); });
+    return Digits().Beyond([&](HeaderRow &row) { row.number = static_cast<std::uint32_t>(offset); });
   }
   /** Two signed numbers of half the width each go to the two i32 at `offset`. */
   constexpr HeaderRow Halves(std::size_t offset) const {
-    return With([&](HeaderRow &row) { row.halves = static_cast<std::uint32_t>(offset); });
+    return Beyond([&](HeaderRow &row) { row.halves = static_cast<std::uint32_t>(offset); });
   }
   constexpr HeaderRow AllNinesUnknown() const {
-    return With([](HeaderRow &row) { row.allNinesUnknown = true; });
+    return Beyond([](HeaderRow &row) { row.allNinesUnknown = true; });
   }
   constexpr HeaderRow If(bool (*condition)(const void *, bool)) const {
-    return With([&](HeaderRow &row) { row.present = condition; });
+    return Beyond([&](HeaderRow &row) { row.present = condition; });
   }
   constexpr HeaderRow CountedBy(std::size_t offset) const {
-    return With([&](HeaderRow &row) { row.countedBy = static_cast<std::uint32_t>(offset); });
+    return Beyond([&](HeaderRow &row) { row.countedBy = static_cast<std::uint32_t>(offset); });
   }
   constexpr HeaderRow Then(std::int32_t (*action)(HeaderReader &, std::string_view)) const {
-    return With([&](HeaderRow &row) { row.decode = action; });
+    return Beyond([&](HeaderRow &row) { row.decode = action; });
   }
   /** A text that is written has blanks behind it, or zeros in front of it. */
   constexpr HeaderRow FillBlanks() const {
@@ -167,6 +177,7 @@ constexpr HeaderRow TextRow(std::string_view name, std::size_t place, std::size_
   row.place = static_cast<std::uint32_t>(place);
   row.capacity = static_cast<std::uint16_t>(capacity);
   row.width21 = row.width20 = width;
+  row.isPlain = true;
   return row;
 }
 
@@ -219,8 +230,8 @@ struct HeaderTable {
 /** The rows of the security group; places count from the group's own. */
 std::span<const HeaderRow> SecurityRows();
 
-/** Whether a layout has a row, and the record calls for it. `securityRules` are those of the group it stands in. */
-bool IsPresent(const HeaderRow &row, const char *base, bool nitf20, std::uint8_t securityRules);
+/** Whether the record calls for a row that has a condition. `securityRules` are those of the group it stands in. */
+bool IsCalledFor(const HeaderRow &row, const char *base, bool nitf20, std::uint8_t securityRules);
 
 /** The number in the length text at `place` of a record. */
 std::int32_t LengthAt(const char *base, std::uint32_t place);
@@ -232,10 +243,20 @@ inline std::uint32_t WidthOf(const HeaderRow &row, bool nitf20) {
   return nitf20 ? row.width20 : row.width21;
 }
 
+/** Whether a layout has a row, and the record calls for it. */
+inline bool IsPresent(const HeaderRow &row, const char *base, bool nitf20, std::uint8_t securityRules) {
+  if (row.kind == HeaderRow::Kind::Text && WidthOf(row, nitf20) == 0) return false;
+  const bool always = row.countedBy == HeaderRow::kNowhere && row.present == nullptr;
+  return always || IsCalledFor(row, base, nitf20, securityRules);
+}
+
 /** Gives all text fields of a record their defaults. */
 void SetDefaults(const HeaderTable &table, void *record);
 
-/** One walk over a header: where the bytes come from, and what they have cost. */
+/**
+ * One walk over a header: where the bytes come from, and what they have cost. Fields are a few bytes each, so they are
+ * taken out of a piece of the file that is read ahead; Read leaves the file behind the last byte that was taken.
+ */
 class HeaderReader {
  public:
   /** Reads from the file's position, as far as the file goes. */
@@ -251,7 +272,15 @@ class HeaderReader {
   void CountReplayed();
 
   /** Reads exactly `bytes` bytes: SUCCESS, kBudgetSpent or ERROR_FILE_READ. */
-  std::int32_t Take(void *buffer, std::uint64_t bytes);
+  std::int32_t Take(void *buffer, std::uint64_t bytes) {
+    if (bytes > budget - used) return kBudgetSpent;
+    used += bytes;
+    if (bytes > aheadEnd - aheadStart) return TakeBeyond(static_cast<char *>(buffer), bytes);
+    std::memcpy(buffer, ahead + aheadStart, bytes);
+    aheadStart += static_cast<std::uint32_t>(bytes);
+    position += bytes;
+    return SUCCESS;
+  }
   /** Reads a decimal number of `width` digits; nines mark an unknown length where `nineIsUnknown`. */
   std::int32_t TakeNumber(std::uint32_t width, bool nineIsUnknown, std::uint32_t *number);
   /** Reads `bytes` bytes into a new buffer with a NUL behind them, which takes the place of `*buffer`. */
@@ -270,15 +299,34 @@ class HeaderReader {
   bool SawUnknown() const { return sawUnknown; }
 
  private:
-  std::int32_t ReadRow(const HeaderRow &row, char *base, bool terminates);
+  /** Reads a row of the part of the record at `base`. */
+  std::int32_t ReadRow(const HeaderRow &row, char *base, bool terminates) {
+    if (!row.isPlain) return ReadDecodedRow(row, base, terminates);
+    return WidthOf(row, nitf20) == 0 ? static_cast<std::int32_t>(SUCCESS) : TakeText(row, base, terminates);
+  }
+  std::int32_t ReadDecodedRow(const HeaderRow &row, char *base, bool terminates);
+  std::int32_t ReadRows(const HeaderTable &table);
+  std::int32_t TakeBeyond(char *buffer, std::uint64_t bytes);
+  std::int32_t TakeText(const HeaderRow &row, char *base, bool terminates) {
+    const std::uint32_t width = WidthOf(row, nitf20);
+    const std::int32_t status = Take(base + row.place, width);
+    if (status == SUCCESS && terminates) base[row.place + width] = '\0';
+    return status;
+  }
   std::int32_t ReadText(const HeaderRow &row, char *base, bool terminates);
+  void StoreNumbers(const HeaderRow &row, char *base, std::string_view field);
   std::int32_t ReadSecurity(const HeaderRow &row, bool terminates);
   std::int32_t ReadData(const HeaderRow &row, char *base);
   void DropData(const HeaderTable &table, std::uint32_t countedBy);
 
+  /** About what a subheader takes. */
+  static constexpr std::uint32_t kReadAhead = 512;
+
   NitfFile *file;
   void *record;
-  std::uint64_t fileSize;
+  char ahead[kReadAhead];
+  std::uint32_t aheadStart = 0; /**< the first byte of `ahead` that was not taken yet */
+  std::uint32_t aheadEnd = 0;
   std::uint64_t position;
   std::uint64_t used = 0;
   std::uint64_t budget = UINT64_MAX;

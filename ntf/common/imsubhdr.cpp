@@ -471,17 +471,27 @@ constexpr HeaderRow kRows[] = {
 
 const HeaderTable kImageTable = {kRows, true, ' '};
 
+namespace {
+
+ImageSubheader DefaultImage() {
+  ImageSubheader image{};
+  SetDefaults(kImageTable, &image);
+  image.representation = kRgb;
+  image.actualBits = image.bitsPerPixel = image.displayLevel = 1;
+  image.rightJustified = 1;
+  image.compression = kUnknownCompression;
+  image.mode = kPixelInterleaved;
+  image.magnification = 1.0;
+  image.rateKind = kRateOther;
+  std::fill(std::begin(image.displayBands), std::end(image.displayBands), -1);
+  return image;
+}
+
+}  // namespace
+
 void ImageSubheaderInit(ImageSubheader *record, NitfFile *file) {
-  *record = ImageSubheader{};
-  SetDefaults(kImageTable, record);
-  record->representation = kRgb;
-  record->actualBits = record->bitsPerPixel = record->displayLevel = 1;
-  record->rightJustified = 1;
-  record->compression = kUnknownCompression;
-  record->mode = kPixelInterleaved;
-  record->magnification = 1.0;
-  record->rateKind = kRateOther;
-  std::fill(std::begin(record->displayBands), std::end(record->displayBands), -1);
+  static const ImageSubheader fresh = DefaultImage();
+  *record = fresh;
   record->file = file;
 }
 

@@ -128,11 +128,14 @@ void CopyCounts(NitfFile *file) {
 
 std::int32_t ReadSubheaders(NitfFile *file, SegmentKind kind, StreamFileHeader &stream) {
   const KindTraits &traits = Traits(kind);
-  std::int32_t index = 0;
-  for (SegmentNode *node = file->*traits.list; node != nullptr; node = node->next) {
-    SeekSegment(file, kind, index++);
+  const std::uint64_t start = StartOfKind(file, kind);
+  std::uint32_t before = 0;  // bytes of the kind, counted on from segment to segment, as SegmentBytes counts them
+  std::uint32_t index = 0;
+  for (SegmentNode *node = file->*traits.list; node != nullptr; node = node->next, ++index) {
+    SeekTo(file, start + before);
     const std::int32_t status = traits.read(node->subheader, *file, stream);
     if (status < SUCCESS) return status;
+    before += SubheaderLength(file, kind, index) + DataLength(file, kind, index);
   }
   return SUCCESS;
 }

@@ -33,12 +33,22 @@ constexpr HeaderRow kRows[] = {
 
 const HeaderTable kTextTable = {kRows};
 
-void TextSubheaderInit(TextSubheader *record, NitfFile *file) {
-  *record = TextSubheader{};
-  SetDefaults(kTextTable, record);
+namespace {
+
+TextSubheader DefaultText() {
+  TextSubheader text{};
+  SetDefaults(kTextTable, &text);
   // The downgrade fields of this kind have no default.
-  for (char &character : record->security.DWNG) character = '\0';
-  for (char &character : record->security.DEVT) character = '\0';
+  for (char &character : text.security.DWNG) character = '\0';
+  for (char &character : text.security.DEVT) character = '\0';
+  return text;
+}
+
+}  // namespace
+
+void TextSubheaderInit(TextSubheader *record, NitfFile *file) {
+  static const TextSubheader fresh = DefaultText();
+  *record = fresh;
   record->file = file;
 }
 
