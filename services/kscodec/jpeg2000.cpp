@@ -151,10 +151,14 @@ class ComponentRows {
   void ForRow(std::uint32_t y, const Put &put) const {
     const OPJ_INT32 *const samples = component.data + std::uint64_t{rows[y]} * component.w;
     const std::int64_t greatest = static_cast<std::int64_t>(scaled.size()) - 1;
+    const auto sampleOf = [&](OPJ_INT32 stored) {
+      return scaled[static_cast<std::uint64_t>(std::clamp<std::int64_t>(stored + shift, 0, greatest))];
+    };
     const std::uint64_t width = columns.size();
-    for (std::uint64_t x = 0; x < width; ++x) {
-      const std::int64_t value = std::int64_t{samples[columns[x]]} + shift;
-      put(x, scaled[static_cast<std::uint64_t>(std::clamp<std::int64_t>(value, 0, greatest))]);
+    if (component.dx == 1 && component.w >= width) {
+      for (std::uint64_t x = 0; x < width; ++x) put(x, sampleOf(samples[x]));
+    } else {
+      for (std::uint64_t x = 0; x < width; ++x) put(x, sampleOf(samples[columns[x]]));
     }
   }
 
