@@ -27,6 +27,7 @@ _ntf_value() {
     create:--text | append:--text) _ntf_files txt ;;
     *:--security) _ntf_words U R C S T ;;
     *:--image | *:--graphic | *:--text | *:--data-extension | *:--title | *:--origin | *:--background | *:--quality) ;;
+    render:--compress) _ntf_words {0..9} ;;
     *:--box | *:--at | *:--level | *:--attach) ;;
     *) return 1 ;;
   esac
@@ -37,7 +38,7 @@ _ntf() {
   local building="--output --force --title --security --origin --background $segments"
   local -A options=(
     [info]='--json'
-    [render]='--output --depth --fixed-canvas --tone-check --vector-render --image --padded --graphic'
+    [render]='--output --depth --compress --fixed-canvas --tone-check --vector-render --image --padded --graphic'
     [text]=''
     [extract]='--output --force --image --graphic --text --data-extension'
     [copy]='--force'
