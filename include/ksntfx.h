@@ -23,11 +23,11 @@
 #define KSNTFX_API __attribute__((visibility("default")))
 #endif
 
-/** The version of the library that this header belongs to: as a text, and in numbers for `#if`. */
+/** The version of the library that this header belongs to, as a text, and behind it in numbers for `#if`. */
 #define KSNTFX_VERSION "0.9.0"
-#define KSNTFX_VERSION_MAJOR 0
-#define KSNTFX_VERSION_MINOR 9
-#define KSNTFX_VERSION_PATCH 0
+#define KSNTFX_VERSION_MAJOR 0 /**< the first number of KSNTFX_VERSION */
+#define KSNTFX_VERSION_MINOR 9 /**< the second */
+#define KSNTFX_VERSION_PATCH 0 /**< the third */
 
 #ifdef __cplusplus
 extern "C" {
