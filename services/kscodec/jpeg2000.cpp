@@ -150,9 +150,13 @@ class ComponentRows {
   template <class Put>
   void ForRow(std::uint32_t y, const Put &put) const {
     const OPJ_INT32 *const samples = component.data + std::uint64_t{rows[y]} * component.w;
-    const std::int64_t greatest = static_cast<std::int64_t>(scaled.size()) - 1;
+    const std::uint64_t levels = scaled.size();
     const auto sampleOf = [&](OPJ_INT32 stored) {
-      return scaled[static_cast<std::uint64_t>(std::clamp<std::int64_t>(stored + shift, 0, greatest))];
+      // What is below 0 is beyond all levels as well, so that sound samples are compared once.
+      const auto level = static_cast<std::uint64_t>(stored + shift);
+      if (level < levels) [[likely]]
+        return scaled[level];
+      return stored < 0 ? scaled.front() : scaled.back();
     };
     const std::uint64_t width = columns.size();
     if (component.dx == 1 && component.w >= width) {
@@ -371,18 +375,20 @@ bool AreWithinLimit(std::uint32_t width, std::uint64_t rows) {
 }
 
 /**
- * The rows that are decoded at a time, so that what the decoder holds is bounded: all of them where they are within the
- * limit for a bitmap. Of a stream with hardly a bit for many samples, as of one colour, they take no more than a 256th
- * of that. Each time the stream is read from its start.
+ * The rows that are decoded at a time, so that what the decoder holds is bounded: its samples are within the limit for
+ * a bitmap, and within a 1024th of that or 64 for each byte of the stream. So few bytes cost little memory; and as each
+ * part reads the stream from its start, long streams have few parts.
  */
 std::uint32_t RowsAtOnce(const Jpeg2000Header &header, std::uint64_t decoded) {
-  constexpr std::uint64_t kSamplesOfASparseByte = 64;
-  constexpr std::uint64_t kShareOfSparse = 256;
-  const std::uint64_t samples = std::uint64_t{header.size.width} * decoded * header.size.height;
-  const bool isSparse = samples / kSamplesOfASparseByte > header.codeStream.size();
-  const std::uint64_t held = isSparse ? decoded * kShareOfSparse : decoded;
+  constexpr std::uint64_t kHeldOfAByte = 64;
+  constexpr std::uint64_t kShareOfAny = 1024;
+  const std::uint64_t rowsOfBytes = kHeldOfAByte * header.codeStream.size() / (header.size.width * decoded);
+  const auto isBounded = [&](std::uint64_t rows) {
+    const std::uint64_t held = rows <= rowsOfBytes ? rows * decoded : rows * decoded * kShareOfAny;
+    return AreWithinLimit(header.size.width, held);
+  };
   std::uint32_t rows = header.size.height;
-  while (rows > 1 && !AreWithinLimit(header.size.width, rows * held)) rows = rows / 2;
+  while (rows > 1 && !isBounded(rows)) rows = rows / 2;
   return rows;
 }
 
