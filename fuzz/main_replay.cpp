@@ -16,7 +16,7 @@ int main(int count, char **arguments) {
   for (const auto &file : files) {
     std::printf("%s\n", file.c_str());
     std::fflush(stdout);
-    FuzzOne(ReadAll(file.string()));
+    FuzzOne(ReadFile(file.string()));
   }
   std::printf("%zu inputs\n", files.size());
   return files.empty() ? 1 : 0;

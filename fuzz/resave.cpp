@@ -30,10 +30,10 @@ void FuzzOne(Input input) {
   const std::string savedAgain = TemporaryPath("saved-again.ntf");
   WriteInput(path, input);
   if (!Save(OpenHandle(path.c_str()), saved)) return;
-  const std::vector<std::uint8_t> bytes = ReadAll(saved);
+  const Bytes bytes = ReadFile(saved);
   const OpenHandle again(saved.c_str());
   if (!Save(again, savedAgain)) return;
   // Lengths are saved as they were read. Where they were wrong, what follows them is read from other places next time.
   const bool sound = bytes.size() == input.size() && ToldBytes(again.Get()->header) == bytes.size();
-  Require(!sound || ReadAll(savedAgain) == bytes, "a saved file comes back as it is");
+  Require(!sound || ReadFile(savedAgain) == bytes, "a saved file comes back as it is");
 }

@@ -3,10 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <unistd.h>
 
 void Require(bool kept, const char *promise) {
   if (kept) return;
@@ -14,29 +10,9 @@ void Require(bool kept, const char *promise) {
   std::abort();
 }
 
-namespace {
-
-/** A folder of this process, removed at its end. */
-class ProcessFolder {
- public:
-  ProcessFolder() : path(std::filesystem::temp_directory_path() / ("ksntfx-fuzz-" + std::to_string(getpid()))) {
-    std::filesystem::create_directories(path);
-  }
-  ProcessFolder(const ProcessFolder &) = delete;
-  ProcessFolder &operator=(const ProcessFolder &) = delete;
-  ~ProcessFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path, ignored);
-  }
-
-  const std::filesystem::path path;
-};
-
-}  // namespace
-
 std::string TemporaryPath(const std::string &name) {
-  static const ProcessFolder folder;
-  return (folder.path / name).string();
+  static const TemporaryFolder folder;
+  return folder.Path(name);
 }
 
 void WriteInput(const std::string &path, Input input) {
@@ -46,12 +22,8 @@ void WriteInput(const std::string &path, Input input) {
   Require(std::fclose(file) == 0 && written == input.size(), "the folder for temporary files has room");
 }
 
-std::vector<std::uint8_t> ReadAll(const std::string &path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-OpenHandle::OpenHandle(const char *path) : status(K_NITFCreateA(&handle, path)) {
+OpenHandle::OpenHandle(const char *path) {
+  const std::int32_t status = K_NITFCreateA(&handle, path);
   Require((status == SUCCESS) == (handle != nullptr), "a handle comes with SUCCESS, and only then");
 }
 

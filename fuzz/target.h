@@ -2,6 +2,7 @@
 // behind in memory, and with every promise of the library kept.
 #pragma once
 
+#include "files.h"
 #include "kskernel.h"
 #include "ksntfx.h"
 
@@ -9,7 +10,6 @@
 #include <cstdint>
 #include <span>
 #include <string>
-#include <vector>
 
 using Input = std::span<const std::uint8_t>;
 
@@ -28,9 +28,6 @@ std::string TemporaryPath(const std::string &name);
 /** Makes `path` a file of these bytes. */
 void WriteInput(const std::string &path, Input input);
 
-/** The bytes of a file, none where it can't be read. */
-std::vector<std::uint8_t> ReadAll(const std::string &path);
-
 /** A handle on a file, empty where it can't be opened. */
 class OpenHandle {
  public:
@@ -40,11 +37,9 @@ class OpenHandle {
   ~OpenHandle();
 
   NitfHandle Get() const { return handle; }
-  std::int32_t Status() const { return status; }
 
  private:
   NitfHandle handle = nullptr;
-  std::int32_t status;
 };
 
 /** A byte string read as choices. Behind its end all is zero. */

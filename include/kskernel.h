@@ -348,6 +348,8 @@ KS_API uint64_t KsSetBitmapLimit(uint64_t bytes);
 
 /* ---- combining and painting -------------------------------------------------------------------------------------- */
 
+#define KS_COMBINE_COPY 288u /**< the operation that copies */
+
 /**
  * Copies `source`, from its pixel (`sourceLeft`, `sourceTop`), over the rectangle of `target` with its upper left
  * corner at (`left`, `top`), unscaled, as far as both reach: the rectangle is clipped on all sides, positions may be
@@ -357,7 +359,8 @@ KS_API uint64_t KsSetBitmapLimit(uint64_t bytes);
  *   - indices of 1 and 8 bits become their palette's colours, and the gray ramp without a palette;
  *   - grays of 12 and 16 bits give their high eight bits;
  *   - colours become grays by (77 red + 151 green + 28 blue) / 256, or the nearest colour of a target's palette.
- * `operation` is 288 (copy), `flags` 0. -2 without storage, -16 where there is no conversion, or for another operation.
+ * `operation` is KS_COMBINE_COPY, `flags` 0. -2 without storage, -16 where there is no conversion, or for another
+ * operation.
  */
 KS_API int32_t KsCombine(KsBitmap *target, int32_t left, int32_t top, int32_t width, int32_t height,
                          const KsBitmap *source, int32_t sourceLeft, int32_t sourceTop, uint32_t operation,

@@ -12,9 +12,6 @@
 
 namespace {
 
-/** Three digits count the segments of a kind. */
-constexpr std::uint32_t kMostSegments = 999;
-
 /** What the kinds differ in where a segment is added. */
 struct AppendedKind {
   SegmentKind kind;
@@ -180,9 +177,8 @@ std::int32_t SetBands(ImageSubheader *image, const BandLayout &layout) {
   return status == SUCCESS ? ImageSetMode(image, layout.mode) : status;
 }
 
-/** One block, in samples of 8 bits; a block too large for its field is told as 0, which means the whole image. */
+/** One block, in samples of 8 bits; one as wide or high as the limit is told as 0, which means the whole image. */
 void SetSize(ImageSubheader *image, const KsBitmap &bitmap) {
-  constexpr std::uint32_t kWidestBlock = 8191;
   constexpr std::uint32_t kSampleBits = 8;
   SetNumber(image->ABPP, &image->actualBits, kSampleBits);
   SetNumber(image->NBPP, &image->bitsPerPixel, kSampleBits);
@@ -190,8 +186,8 @@ void SetSize(ImageSubheader *image, const KsBitmap &bitmap) {
   SetNumber(image->NBPC, &image->blocksPerColumn, 1);
   SetNumber(image->NROWS, &image->rows, bitmap.height);
   SetNumber(image->NCOLS, &image->columns, bitmap.width);
-  SetNumber(image->NPPBH, &image->blockWidth, bitmap.width <= kWidestBlock ? bitmap.width : 0);
-  SetNumber(image->NPPBV, &image->blockHeight, bitmap.height <= kWidestBlock ? bitmap.height : 0);
+  SetNumber(image->NPPBH, &image->blockWidth, bitmap.width < kWidestBlock ? bitmap.width : 0);
+  SetNumber(image->NPPBV, &image->blockHeight, bitmap.height < kWidestBlock ? bitmap.height : 0);
 }
 
 std::int32_t SetForm(ImageSubheader *image, const BandLayout &layout) {
@@ -276,7 +272,6 @@ std::int32_t AppendImage(NitfFile *file, const KsBitmap *bitmap, std::uint32_t f
                          std::uint32_t quality) {
   constexpr std::uint32_t kFixedBytes = 430;  // COMRAT is among them
   constexpr std::uint32_t kBandBytes = 13;
-  constexpr std::uint32_t kHighestLevel = 999;
   std::int32_t status = CheckImage(file, bitmap, format, bits, quality);
   if (status != SUCCESS) return status;
   NewSegment<ImageSubheader> image(file, kImages);

@@ -31,7 +31,7 @@ std::int32_t BlockRows::BeginBlock(std::uint32_t rows) {
 std::int32_t BlockRows::End() {
   if (direct) return SUCCESS;
   return KsCombine(strip, stripLeft, 0, static_cast<std::int32_t>(blockWidth), static_cast<std::int32_t>(rowCount),
-                   block.Get(), 0, 0, 288, 0);
+                   block.Get(), 0, 0, KS_COMBINE_COPY, 0);
 }
 
 std::int32_t BlockReader::Open() {

@@ -4,8 +4,8 @@
 #include "handlimg.h"
 #include "handllbl.h"
 #include "internal/ksclasses_.h"
+#include "painting.h"
 #include "platform.h"
-#include "selected_palette.h"
 
 #include <algorithm>
 #include <array>
@@ -219,14 +219,12 @@ std::uint32_t CanvasWithoutImages(const DisplayList &list, std::uint32_t texts) 
 
 // ---- placing an image ---------------------------------------------------------------------------------------------
 
-constexpr std::uint32_t kCombineCopy = 288;
-
 /**
  * The colour that TPXCD stands for: its palette entry, or black in an image without a palette. An index behind the
  * palette names no colour, and the image is painted whole.
  */
-std::int32_t PadColor(const KsBitmap *bitmap, const ImageSubheader &image, std::uint32_t *color, bool *transparent) {
-  *color = 0;
+std::int32_t PadColor(const KsBitmap *bitmap, const ImageSubheader &image, KsPaletteEntry *color, bool *transparent) {
+  *color = {};
   *transparent = true;
   if (bitmap->colorCount == 0) return SUCCESS;
   KsArray<KsPaletteEntry> entries;
@@ -234,25 +232,18 @@ std::int32_t PadColor(const KsBitmap *bitmap, const ImageSubheader &image, std::
   KsBitmapGetPalette(bitmap, 0, bitmap->colorCount, entries.Get());
   const std::uint32_t index = image.padCode[0];
   *transparent = index < bitmap->colorCount;
-  if (!*transparent) return SUCCESS;
-  const KsPaletteEntry &entry = entries[index];
-  *color = std::uint32_t{entry.blue} << 16 | std::uint32_t{entry.green} << 8 | entry.red;
+  if (*transparent) *color = entries[index];
   return SUCCESS;
 }
 
 std::int32_t PaintImage(KsDeviceContext *context, const KsBitmap *bitmap, const ImageSubheader &image,
                         const KsRect &place) {
-  if (image.padCode != nullptr) {
-    std::uint32_t color = 0;
-    bool transparent = false;
-    const std::int32_t status = PadColor(bitmap, image, &color, &transparent);
-    if (status != SUCCESS) return status;
-    if (transparent) {
-      return KsPaintTransparent(context, bitmap, nullptr, nullptr, &place, nullptr, 1000, 1, 1, 1, 1, 1, 1, 1, color, 0,
-                                0, KS_ROP_COPY);
-    }
-  }
-  return KsPaintBitmap(context, bitmap, nullptr, nullptr, &place, nullptr, KS_ROP_COPY);
+  if (image.padCode == nullptr) return PaintWhole(context, bitmap, place);
+  KsPaletteEntry color;
+  bool transparent = false;
+  const std::int32_t status = PadColor(bitmap, image, &color, &transparent);
+  if (status != SUCCESS) return status;
+  return transparent ? PaintTransparent(context, bitmap, place, color) : PaintWhole(context, bitmap, place);
 }
 
 /** Puts the parts of one image on the canvas. */
@@ -263,7 +254,7 @@ class ImagePlacer final : public ImagePartSink {
       : context(deviceContext),
         canvas(canvasBitmap),
         image(header),
-        quantised(image.compression == kC4 || image.compression == kM4),
+        quantised(IsVectorQuantised(image)),
         left(Add(image.locationColumn, offset.column)),
         top(Add(image.locationRow, offset.row)) {}
 
@@ -285,7 +276,7 @@ class ImagePlacer final : public ImagePartSink {
     const auto height = static_cast<std::int32_t>(quantised    ? rows
                                                   : isEnlarged ? rowsLeft
                                                                : std::min<std::uint64_t>(rows, rowsLeft));
-    if (context == nullptr) return KsCombine(canvas, left, placeTop, width, height, part, 0, 0, kCombineCopy, 0);
+    if (context == nullptr) return KsCombine(canvas, left, placeTop, width, height, part, 0, 0, KS_COMBINE_COPY, 0);
     KsRect place;
     platform::SetRect(&place, left, placeTop, Add(left, width), Add(placeTop, height));
     const SelectedPalette palette(context, part);

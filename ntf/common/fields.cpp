@@ -137,10 +137,6 @@ void FormatDateTime(char *target, const DateParts &p) {
                 p[3][0], p[3][1], p[4][0], p[4][1], p[5][0], p[5][1], p[6][0], p[6][1]);
 }
 
-void FormatDate(char *target, const std::array<DatePart, 4> &p) {
-  FormatBounded(target, 9, "%c%c%c%c%c%c%c%c", p[0][0], p[0][1], p[1][0], p[1][1], p[2][0], p[2][1], p[3][0], p[3][1]);
-}
-
 DateParts EarlierDate(const char *date, bool secondsToo) {
   if (date[0] == '\0') return SplitDateTime(kDateForUndatedFile);
   DateParts parts = SplitDateTime(std::string_view(date, 14));

@@ -70,9 +70,6 @@ inline std::string_view BufferText(const char *buffer, std::size_t capacity) {
 /** Joins the seven parts of a date into `target`, 15 bytes. */
 void FormatDateTime(char *target, const DateParts &parts);
 
-/** Joins century, year, month and day into `target`, 9 bytes. */
-void FormatDate(char *target, const std::array<DatePart, 4> &parts);
-
 /**
  * The date that is written into a segment appended to a file dated `date` (14 characters): one part of it goes down by
  * one, the first of second (with `secondsToo`), minute, hour, day, month, year, century that is above 1. An empty date

@@ -65,10 +65,6 @@ bool IsUncompressed(const ImageSubheader &image) {
   return image.compression == kNC || image.compression == kNM;
 }
 
-bool IsVectorQuantised(const ImageSubheader &image) {
-  return image.compression == kC4 || image.compression == kM4;
-}
-
 ImageSource OpenSource(const NitfFile *file, ImageSubheader *image, std::uint32_t index) {
   const std::int64_t end = KsSeek(file->fileHandle, 0, KS_SEEK_END);
   return {file, image, DataLength(file, SegmentKind::Image, index), SeekSegmentData(file, SegmentKind::Image, index),

@@ -9,8 +9,6 @@
 namespace {
 
 constexpr std::int32_t kLineStep = 20;
-constexpr int kTransparent = 1;
-constexpr int kOpaque = 2;
 
 void WriteLines(KsDeviceContext *context, std::string_view text, std::int32_t x, std::int32_t y) {
   constexpr std::string_view kLineEnds = "\r\n";
@@ -33,7 +31,7 @@ std::int32_t DrawLabel(KsDeviceContext *context, NitfFile *file, std::uint32_t i
   const int saved = platform::SaveDC(context);
   platform::SetTextColor(context, label.textColor);
   platform::SetBkColor(context, label.backgroundColor);
-  platform::SetBkMode(context, label.backgroundColor != 0 ? kOpaque : kTransparent);
+  platform::SetBkMode(context, label.backgroundColor != 0 ? platform::OPAQUE : platform::TRANSPARENT);
   const std::string_view text(data.bytes.Get(), data.length);
   WriteLines(context, text.substr(0, text.find('\0')), Add(label.locationColumn, offset.column),
              Add(label.locationRow, offset.row));

@@ -27,11 +27,6 @@ const Record &Image(const void *record) {
   return *static_cast<const Record *>(record);
 }
 
-/** The widest and highest block that a caller may ask for (MIL-STD-2500C, table A-3, NPPBH). */
-constexpr std::uint32_t kWidestBlock = 8192;
-
-constexpr std::uint32_t kHighestLevel = 999;
-
 // ---- comments: NICOM, and behind it the pointer to the array
 
 constexpr std::size_t kCommentWidth = sizeof(*Record::comments) - 1;

@@ -529,19 +529,12 @@ bool HasMaskTable(std::uint32_t compression) {
          compression == kM5;
 }
 
-std::string_view CompressionText(std::uint32_t compression) {
-  return ImageCodeText(kCompressions, compression);
-}
-std::string_view RepresentationText(std::uint32_t representation) {
-  return ImageCodeText(kRepresentations, representation);
-}
 std::string_view BandRepresentationText(std::uint32_t representation) {
   return ImageCodeText(kBandRepresentations, representation);
 }
 
 std::uint64_t MaskTableBytes(const ImageSubheader &image) {
-  constexpr std::uint64_t kFixedBytes = 4 + 2 + 2 + 2;
   const std::uint64_t entries = std::uint64_t{image.maskEntries} * 4;
   const std::uint64_t tables = (image.blockMaskLength != 0 ? entries : 0) + (image.padMaskLength != 0 ? entries : 0);
-  return HasMaskTable(image.compression) ? kFixedBytes + PadCodeBytes(image) + tables : 0;
+  return HasMaskTable(image.compression) ? kMaskHeaderBytes + PadCodeBytes(image) + tables : 0;
 }

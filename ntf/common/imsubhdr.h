@@ -49,8 +49,15 @@ enum ImageMode : std::uint32_t { kBlockInterleaved, kPixelInterleaved, kRowInter
 /** COMRAT of bi-level images. */
 enum RateKind : std::uint32_t { kRate1D, kRate2DS, kRate2DH, kRateOther };
 
-/** The widest and highest block that NPPBH and NPPBV can tell. */
+/** The widest and highest block that NPPBH and NPPBV can tell, and the one that they may (MIL-STD-2500C, table A-3). */
 constexpr std::uint32_t kWidestBlockField = 9999;
+constexpr std::uint32_t kWidestBlock = 8192;
+
+/** The highest level that IDLVL can tell. */
+constexpr std::uint32_t kHighestLevel = 999;
+
+/** Bytes of the mask table in front of TPXCD: IMDATOFF, BMRLNTH, TMRLNTH, TPXCDLNTH. */
+constexpr std::uint32_t kMaskHeaderBytes = 4 + 2 + 2 + 2;
 
 /** An entry of BMR or TMR that says: not recorded. */
 constexpr std::uint32_t kNotRecorded = 0xFFFFFFFF;
@@ -169,9 +176,12 @@ double ParseMagnification(std::string_view text);
 /** Whether a mask table stands in front of the image data of an IC. */
 bool HasMaskTable(std::uint32_t compression);
 
-/** The text of a stored IC, IREP or IREPBAND; empty for a number without one. */
-std::string_view CompressionText(std::uint32_t compression);
-std::string_view RepresentationText(std::uint32_t representation);
+/** Whether the data of an image are codes of kernels. */
+inline bool IsVectorQuantised(const ImageSubheader &image) {
+  return image.compression == kC4 || image.compression == kM4;
+}
+
+/** The text of a stored IREPBAND; empty for a number without one. */
 std::string_view BandRepresentationText(std::uint32_t representation);
 
 /** The IREPBAND of a band; kBandNone where the record holds none. */

@@ -1,7 +1,7 @@
 #include "lbsubhdr.h"
 
+#include "color_field.h"
 #include "fields.h"
-#include "headerwriter.h"
 #include "internal/ksclasses_.h"
 #include "nitffile.h"
 #include "strmfhdr.h"
@@ -14,22 +14,9 @@ std::int32_t CheckMarker(HeaderReader &reader, std::string_view text) {
   return SUCCESS;
 }
 
-template <std::uint32_t LabelSubheader::*color>
-std::int32_t PackColor(HeaderReader &reader, std::string_view text) {
-  const auto byte = [&](std::size_t index) { return std::uint32_t{static_cast<std::uint8_t>(text[index])}; };
-  reader.As<LabelSubheader>().*color = byte(0) | byte(1) << 8 | byte(2) << 16;
-  return SUCCESS;
-}
-
-template <std::uint32_t LabelSubheader::*color>
-std::int32_t WriteColor(HeaderWriter &writer) {
-  const std::uint32_t value = writer.As<LabelSubheader>().*color;
-  const std::uint8_t bytes[] = {static_cast<std::uint8_t>(value), static_cast<std::uint8_t>(value >> 8),
-                                static_cast<std::uint8_t>(value >> 16)};
-  return writer.Bytes(bytes, sizeof bytes);
-}
-
 using Record = LabelSubheader;
+using TextColor = ColorField<&Record::textColor>;
+using BackgroundColor = ColorField<&Record::backgroundColor>;
 
 constexpr HeaderRow kRows[] = {
     TextRow(NITF_TEXT(Record, LA), 2).Default("LA").Then(CheckMarker),
@@ -42,16 +29,12 @@ constexpr HeaderRow kRows[] = {
     TextRow(NITF_TEXT(Record, LDLVL), 3).Number(offsetof(Record, displayLevel)),
     TextRow(NITF_TEXT(Record, LALVL), 3).Number(offsetof(Record, attachmentLevel)),
     TextRow(NITF_TEXT(Record, LLOC), 10).Halves(offsetof(Record, locationRow)),
-    TextRow(NITF_TEXT(Record, LTC), 3)
-        .Binary()
-        .Default("\x01\x01\x01")
-        .Then(PackColor<&Record::textColor>)
-        .Writes(WriteColor<&Record::textColor>),
+    TextRow(NITF_TEXT(Record, LTC), 3).Binary().Default("\x01\x01\x01").Then(TextColor::Read).Writes(TextColor::Write),
     TextRow(NITF_TEXT(Record, LBC), 3)
         .Binary()
         .Default("\xFF\xFF\xFF")
-        .Then(PackColor<&Record::backgroundColor>)
-        .Writes(WriteColor<&Record::backgroundColor>),
+        .Then(BackgroundColor::Read)
+        .Writes(BackgroundColor::Write),
     TextRow(NITF_TEXT(Record, LXSHDL), 5).Digits(),
     TextRow(NITF_TEXT(Record, LXSOFL), 3).Digits().CountedBy(offsetof(Record, LXSHDL)),
     BytesRow("LXSHD", offsetof(Record, extendedData), offsetof(Record, LXSHDL), 3),

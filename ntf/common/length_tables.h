@@ -12,6 +12,9 @@ struct LengthColumn {
   bool writtenAsRead = false;           /**< and `outTable` follows */
 };
 
+/** Three digits count the segments of a kind. */
+constexpr std::uint32_t kMostSegments = 999;
+
 /** The segment lengths of one kind, which follow the kind's count in the header. */
 struct LengthTable {
   std::uint32_t NitfHeader::*count; /**< entries in force */

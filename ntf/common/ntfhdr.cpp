@@ -1,7 +1,7 @@
 #include "ntfhdr.h"
 
+#include "color_field.h"
 #include "fields.h"
-#include "headerwriter.h"
 #include "internal/ksclasses_.h"
 #include "ksntfx.h"
 #include "length_tables.h"
@@ -38,12 +38,6 @@ std::int32_t CheckComplianceLevel(HeaderReader &reader, std::string_view text) {
   return SUCCESS;
 }
 
-std::int32_t PackBackground(HeaderReader &reader, std::string_view text) {
-  const auto byte = [&](std::size_t index) { return std::uint32_t{static_cast<std::uint8_t>(text[index])}; };
-  Header(reader).backgroundColorValue = byte(0) | byte(1) << 8 | byte(2) << 16;
-  return SUCCESS;
-}
-
 std::int32_t SetBothFileLengths(HeaderReader &reader, std::string_view text) {
   Header(reader).fileLength = Header(reader).fileLengthOut = static_cast<std::uint32_t>(ParseNumber(text));
   return SUCCESS;
@@ -57,9 +51,6 @@ std::int32_t SetBothHeaderLengths(HeaderReader &reader, std::string_view text) {
 std::int32_t CheckNoReservedSegments(HeaderReader &, std::string_view text) {
   return text == "000" ? SUCCESS : ERROR_FILE_FORMAT;
 }
-
-/** Three digits count the segments of a kind. More is a number with a minus sign, for which no file is long enough. */
-constexpr std::uint32_t kMostSegments = 999;
 
 bool RenewTable(NitfHeader &header, std::uint32_t *NitfHeader::*table, std::uint32_t count) {
   if (table == nullptr) return true;
@@ -94,6 +85,7 @@ std::int32_t ReadLengths(HeaderReader &reader) {
   const std::uint32_t count = header.*lengths.count;
   // Between the old tables' release and the new ones' creation no table may be thought to be longer than it is.
   header.*lengths.count = 0;
+  // More is a number with a minus sign, for which no file is long enough.
   if (count > kMostSegments) return ERROR_FILE_READ;
   if (!RenewTables(header, lengths, count)) return ERROR_NO_MEMORY;
   header.*lengths.count = count;
@@ -111,14 +103,6 @@ std::int32_t ReadLabelLengths(HeaderReader &reader) {
 
 const NitfHeader &Header(const HeaderWriter &writer) {
   return writer.As<NitfHeader>();
-}
-
-/** FBKGC goes out as the colour that the header holds. */
-std::int32_t WriteBackground(HeaderWriter &writer) {
-  const std::uint32_t color = Header(writer).backgroundColorValue;
-  const std::uint8_t bytes[] = {static_cast<std::uint8_t>(color), static_cast<std::uint8_t>(color >> 8),
-                                static_cast<std::uint8_t>(color >> 16)};
-  return writer.Bytes(bytes, sizeof bytes);
 }
 
 /** The number in the text FL, of up to 12 digits; files may be longer than 32 bits tell. */
@@ -180,6 +164,8 @@ std::int32_t WriteTableLengths(HeaderWriter &writer) {
   return WriteLengths(writer, lengths, Header(writer).*lengths.count);
 }
 
+using Background = ColorField<&NitfHeader::backgroundColorValue>;
+
 constexpr HeaderRow kRows[] = {
     TextRow(NITF_TEXT(NitfHeader, FHDR), 4).Default("NITF").Then(CheckMagic),
     TextRow(NITF_TEXT(NitfHeader, FVER), 5).Default("02.10").Then(CheckVersion),
@@ -192,7 +178,7 @@ constexpr HeaderRow kRows[] = {
     TextRow(NITF_TEXT(NitfHeader, FSCOP), 5).Digits(),
     TextRow(NITF_TEXT(NitfHeader, FSCPYS), 5).Digits(),
     TextRow(NITF_TEXT(NitfHeader, ENCRYP), 1).Digits(),
-    TextRow(NITF_TEXT(NitfHeader, FBKGC), 3).Only21().Binary().Then(PackBackground).Writes(WriteBackground),
+    TextRow(NITF_TEXT(NitfHeader, FBKGC), 3).Only21().Binary().Then(Background::Read).Writes(Background::Write),
     TextRow(NITF_TEXT(NitfHeader, ONAME), 24).In20(27).Blank(),
     TextRow(NITF_TEXT(NitfHeader, OPHONE), 18).Blank(),
     TextRow(NITF_TEXT(NitfHeader, FL), 12).Digits().AllNinesUnknown().Then(SetBothFileLengths).Writes(WriteFileLength),

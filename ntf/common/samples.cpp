@@ -13,10 +13,6 @@ bool IsScaled(std::uint32_t bits, std::uint32_t actualBits) {
   return actualBits != bits && actualBits >= 9 && actualBits <= 16;
 }
 
-std::uint32_t BigEndian32(const std::uint8_t *bytes) {
-  return BigEndian16(bytes) << 16 | BigEndian16(bytes + 2);
-}
-
 void PutLittleEndian16(std::uint8_t *bytes, std::uint32_t value) {
   bytes[0] = static_cast<std::uint8_t>(value);
   bytes[1] = static_cast<std::uint8_t>(value >> 8);
@@ -75,4 +71,22 @@ SampleConversion ChooseConversion(std::uint32_t bits, std::uint32_t actualBits) 
   if (bits >= 17 && bits <= 32) return Spread32;
   if (bits == 16 && actualBits == 16) return Swap16;
   return IsScaled(bits, actualBits) ? Scale16 : nullptr;
+}
+
+void UnpackBits(const std::uint8_t *source, std::uint64_t from, std::uint32_t count, std::uint8_t *row) {
+  const std::uint8_t *bytes = source + from / 8;
+  const auto shift = static_cast<unsigned>(from % 8);
+  const std::uint64_t whole = count / 8;
+  if (shift == 0) {
+    std::memcpy(row, bytes, whole);
+  } else {
+    for (std::uint64_t at = 0; at < whole; ++at) {
+      row[at] = static_cast<std::uint8_t>(bytes[at] << shift | bytes[at + 1] >> (8 - shift));
+    }
+  }
+  const unsigned rest = count % 8;
+  if (rest == 0) return;
+  unsigned last = static_cast<unsigned>(bytes[whole]) << shift;
+  if (shift + rest > 8) last |= static_cast<unsigned>(bytes[whole + 1]) >> (8 - shift);
+  row[whole] = static_cast<std::uint8_t>(last & (0xFF00U >> rest));
 }

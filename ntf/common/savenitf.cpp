@@ -3,6 +3,7 @@
 #include "fields.h"
 #include "headerwriter.h"
 #include "internal/ksclasses_.h"
+#include "samples.h"
 #include "vq.h"
 
 #include <algorithm>
@@ -102,9 +103,7 @@ std::uint64_t RecordedBlocks(const ImageSubheader &image) {
   const std::uint64_t blocks = std::uint64_t{image.blocksPerRow} * image.blocksPerColumn;
   if (image.blockMaskLength == 0 || image.blockMask == nullptr) return blocks;
   for (std::uint64_t block = 0; block < blocks; ++block) {
-    const std::uint8_t *const entry = image.blockMask[block];
-    const bool listed = block < image.maskEntries;
-    if (!listed || !std::all_of(entry, entry + 4, [](std::uint8_t byte) { return byte == 0xFF; })) ++recorded;
+    if (block >= image.maskEntries || BigEndian32(image.blockMask[block]) != kNotRecorded) ++recorded;
   }
   return recorded;
 }
@@ -171,12 +170,11 @@ std::int32_t KNitfSaveFile::WriteImage(KsHandle out, NitfFile *file, std::uint32
   std::int32_t status = WriteImageSubheader(out, file, index);
   if (status != SUCCESS) return status;
   const ImageSubheader &image = *FindImage(file, index);
-  const NitfHeader &header = file->header;
   const bool measured = image.maskDataOffset != 0 && image.compression == kM4;
   const std::int64_t subheaderEnd = KsSeek(out, 0, KS_SEEK_CURRENT);
   if (measured) {
     const auto length = static_cast<std::uint32_t>(subheaderEnd - *mark - maskBytes);
-    if (length != Entry(header.imageSubheaderLengths, header.imageTableCount, index)) {
+    if (length != SubheaderLength(file, SegmentKind::Image, index)) {
       lengthsPatched = 1;
       status = PatchImageSubheaderLength(file, out, index, length);
     }
@@ -186,7 +184,7 @@ std::int32_t KNitfSaveFile::WriteImage(KsHandle out, NitfFile *file, std::uint32
   if (status != SUCCESS || !measured) return status;
   lengthsPatched = 1;
   const auto length = static_cast<std::uint32_t>(*mark - subheaderEnd + maskBytes);
-  if (length == Entry(header.imageDataLengths, header.imageTableCount, index)) return SUCCESS;
+  if (length == DataLength(file, SegmentKind::Image, index)) return SUCCESS;
   return PatchImageDataLength(file, out, index, length);
 }
 
@@ -197,8 +195,7 @@ std::int32_t KNitfSaveFile::WriteImageBody(KsHandle out, NitfFile *file, const I
     const std::uint32_t told = Entry(header.imageDataLengthsOut, header.imageTableCount, index);
     return WriteAll(out, image.memoryData, HeldBytes(image, told));
   }
-  const bool quantised = image.compression == kC4 || image.compression == kM4;
-  return quantised ? WriteVqImageData(out, file, image, index) : WriteImageData(out, file, index);
+  return IsVectorQuantised(image) ? WriteVqImageData(out, file, image, index) : WriteImageData(out, file, index);
 }
 
 std::int32_t KNitfSaveFile::WriteDataExtension(KsHandle out, NitfFile *file, std::uint32_t index) {
@@ -229,31 +226,28 @@ std::int32_t KNitfSaveFile::WriteDataExtensionSubheader(KsHandle out, NitfFile *
   return WriteSubheader(*this, out, file, SegmentKind::DataExtension, index, kDataExtensionTable);
 }
 
-std::int32_t KNitfSaveFile::Patch(KsHandle out, std::uint32_t offset, std::uint32_t width, std::uint32_t length) {
+/** Overwrites one length of image `index`, whose column of the table begins at `offset`. */
+std::int32_t KNitfSaveFile::Patch(NitfFile *file, KsHandle out, const LengthColumn &column, std::uint32_t offset,
+                                  std::uint32_t index, std::uint32_t length) {
+  constexpr std::uint32_t kRowBytes = kImageLengths.subheader.width + kImageLengths.data.width;
   char digits[12];
   FormatBounded(digits, sizeof digits, "%d", static_cast<std::int32_t>(length));
-  KsSeek(out, offset, KS_SEEK_START);
-  const std::int32_t status = WriteField(nullptr, out, digits, width, "0");
+  KsSeek(out, std::int64_t{imageTableOffset} + offset + kRowBytes * index, KS_SEEK_START);
+  const std::int32_t status = WriteField(nullptr, out, digits, column.width, "0");
   KsSeek(out, 0, KS_SEEK_END);
+  std::uint32_t *const table = file->header.*column.outTable;
+  if (status == SUCCESS && table != nullptr && index < file->header.imageTableCount) table[index] = length;
   return status;
 }
 
 std::int32_t KNitfSaveFile::PatchImageSubheaderLength(NitfFile *file, KsHandle out, std::uint32_t index,
                                                       std::uint32_t length) {
-  const std::int32_t status = Patch(out, imageTableOffset + 16 * index, 6, length);
-  NitfHeader &header = file->header;
-  const bool listed = header.imageSubheaderLengthsOut != nullptr && index < header.imageTableCount;
-  if (status == SUCCESS && listed) header.imageSubheaderLengthsOut[index] = length;
-  return status;
+  return Patch(file, out, kImageLengths.subheader, 0, index, length);
 }
 
 std::int32_t KNitfSaveFile::PatchImageDataLength(NitfFile *file, KsHandle out, std::uint32_t index,
                                                  std::uint32_t length) {
-  const std::int32_t status = Patch(out, imageTableOffset + 16 * index + 6, 10, length);
-  NitfHeader &header = file->header;
-  const bool listed = header.imageDataLengthsOut != nullptr && index < header.imageTableCount;
-  if (status == SUCCESS && listed) header.imageDataLengthsOut[index] = length;
-  return status;
+  return Patch(file, out, kImageLengths.data, kImageLengths.subheader.width, index, length);
 }
 
 std::int32_t KNitfSaveFile::WriteImageData(KsHandle out, NitfFile *file, std::uint32_t index) {
@@ -270,7 +264,7 @@ std::int32_t KNitfSaveFile::WriteImageData(KsHandle out, NitfFile *file, std::ui
     }
     KsSeek(out, place + Entry(header.imageSubheaderLengthsOut, count, index), KS_SEEK_START);
   }
-  return CopyBody(out, file, SegmentKind::Image, index, Entry(header.imageDataLengths, count, index));
+  return CopyBody(out, file, SegmentKind::Image, index, DataLength(file, SegmentKind::Image, index));
 }
 
 std::int32_t KNitfSaveFile::WriteVqImageData(KsHandle out, NitfFile *file, const ImageSubheader &image,
@@ -303,7 +297,7 @@ std::int32_t KNitfSaveFile::WriteGraphicData(KsHandle out, NitfFile *file, std::
   const NitfHeader &header = file->header;
   return WriteBody<GraphicSubheader>(out, file, SegmentKind::Graphic, index,
                                      Entry(header.graphicDataLengthsOut, header.graphicTableCount, index),
-                                     Entry(header.graphicDataLengths, header.graphicTableCount, index));
+                                     DataLength(file, SegmentKind::Graphic, index));
 }
 
 std::int32_t KNitfSaveFile::WriteLabelData(KsHandle out, NitfFile *file, std::uint32_t index) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "imsubhdr.h"
+#include "length_tables.h"
 #include "nitffile.h"
 
 /**
@@ -57,7 +58,8 @@ class KNitfSaveFile {
   std::int32_t WriteImage(KsHandle out, NitfFile *file, std::uint32_t index, std::int64_t *mark);
   std::int32_t WriteImageBody(KsHandle out, NitfFile *file, const ImageSubheader &image, std::uint32_t index);
   std::int32_t WriteDataExtension(KsHandle out, NitfFile *file, std::uint32_t index);
-  std::int32_t Patch(KsHandle out, std::uint32_t offset, std::uint32_t width, std::uint32_t length);
+  std::int32_t Patch(NitfFile *file, KsHandle out, const LengthColumn &column, std::uint32_t offset,
+                     std::uint32_t index, std::uint32_t length);
 };
 
 /** Whether all numbers fit the fields that they are written to: SUCCESS or ERROR_INVALID_VALUE. Nothing is written. */

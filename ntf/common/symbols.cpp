@@ -2,8 +2,9 @@
 
 #include "fields.h"
 #include "internal/ksclasses_.h"
+#include "painting.h"
 #include "platform.h"
-#include "selected_palette.h"
+#include "samples.h"
 
 #include <algorithm>
 #include <cmath>
@@ -40,38 +41,15 @@ const SymbolColor &ColorOf(const GraphicSubheader &graphic) {
   return found != std::end(kSymbolColors) ? *found : kOtherColor;
 }
 
-std::uint32_t ColorOf(const KsPaletteEntry &entry) {
-  return std::uint32_t{entry.blue} << 16 | std::uint32_t{entry.green} << 8 | entry.red;
-}
-
 // ---- bitmap symbols -----------------------------------------------------------------------------------------------
 
-/** Bits of the data, most significant first, that run on from row to row. */
-class BitRun {
- public:
-  explicit BitRun(std::span<const char> bytes) : data(bytes) {}
-
-  /** Moves `count` bits to the front of `row`; false where the data end before. */
-  bool Take(std::uint8_t *row, std::uint32_t count) {
-    if (count > data.size() * 8 - position) return false;
-    for (std::uint32_t bit = 0; bit < count; ++bit, ++position) {
-      const auto byte = static_cast<std::uint8_t>(data[position / 8]);
-      if ((byte >> (7 - position % 8) & 1) != 0) row[bit / 8] |= static_cast<std::uint8_t>(0x80 >> bit % 8);
-    }
-    return true;
-  }
-
- private:
-  std::span<const char> data;
-  std::uint64_t position = 0;
-};
-
+/** The rows of the data follow each other without fill bits; there are enough of them. */
 std::int32_t FillOneBit(KsBitmap *bitmap, std::span<const char> data) {
   KsArray<std::uint8_t> row;
-  BitRun bits(data);
+  if (!row.Allocate(bitmap->bytesPerLine)) return ERROR_NO_MEMORY;
+  const auto *const bytes = reinterpret_cast<const std::uint8_t *>(data.data());
   for (std::uint32_t y = 0; y < bitmap->height; ++y) {
-    if (!row.Allocate(bitmap->bytesPerLine)) return ERROR_NO_MEMORY;
-    if (!bits.Take(row.Get(), bitmap->width)) return ERROR_FILE_FORMAT;
+    UnpackBits(bytes, std::uint64_t{y} * bitmap->width, bitmap->width, row.Get());
     if (KsBitmapPutRow(bitmap, row.Get(), y, bitmap->bytesPerLine) < 1) return ERROR_FILE_FORMAT;
   }
   return SUCCESS;
@@ -293,10 +271,9 @@ std::int32_t DrawBitmapSymbol(const GraphicSubheader &graphic, std::span<char> d
   const SelectedPalette selected(context, bitmap.Get());
   const SymbolColor &color = ColorOf(graphic);
   if (color.opaque || graphic.bitsPerPixel != 1) {
-    return KsPaintBitmap(context, bitmap.Get(), nullptr, nullptr, &rectangle, nullptr, KS_ROP_COPY);
+    return PaintWhole(context, bitmap.Get(), rectangle);
   }
-  return KsPaintTransparent(context, bitmap.Get(), nullptr, nullptr, &rectangle, nullptr, 1000, 1, 1, 1, 1, 1, 1, 1,
-                            ColorOf(color.clear), 0, 0, KS_ROP_COPY);
+  return PaintTransparent(context, bitmap.Get(), rectangle, color.clear);
 }
 
 std::int32_t BuildObjectSymbol(GraphicSubheader &graphic, KsDeviceContext *context, const DisplayOffset &offset,

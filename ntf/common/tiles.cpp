@@ -127,7 +127,7 @@ class TileDecoder {
     const std::int32_t status =
         KsCombine(target, static_cast<std::int32_t>(LeftOf(block)), static_cast<std::int32_t>(TopOf(block)),
                   static_cast<std::int32_t>(bitmap->width), static_cast<std::int32_t>(bitmap->height), bitmap.Get(), 0,
-                  0, 288, 0);
+                  0, KS_COMBINE_COPY, 0);
     KsBitmapFree(bitmap.Get());
     return status;
   }
@@ -362,6 +362,11 @@ std::int32_t DescribeRaw(KsRawFormatInfo *info, void *userData) {
   return SUCCESS;
 }
 
+/** A stream of JPEG 2000 is the whole image, whatever blocks the header tells. */
+bool IsOneStream(const ImageSubheader &image) {
+  return image.compression == kC8 || image.compression == kM8 || BlockGrid(image).IsSingle();
+}
+
 bool HasStreamsOfBands(const ImageSubheader &image) {
   return image.bandCount > 1 && image.mode == kBandSequential;
 }
@@ -376,15 +381,13 @@ bool HasCodec(const ImageSubheader &image) {
 std::int32_t DecodeCodecImage(FilterLoadRecord *loadContext, const ImageSource &source, KsBitmap *target) {
   const LoadFunctions functions(loadContext);
   const ImageSubheader &image = *source.image;
-  const bool isJpeg2000 = image.compression == kC8 || image.compression == kM8;
-  if (BlockGrid(image).IsSingle() || isJpeg2000) return DecodeSingleStream(functions, source, target);
+  if (IsOneStream(image)) return DecodeSingleStream(functions, source, target);
   if (HasStreamsOfBands(image)) return BandWalk(functions, source, target).Run();
   return TileWalk(functions, source, target).Run(nullptr);
 }
 
 bool IsTiled(const ImageSubheader &image) {
-  return HasCodec(image) && image.compression != kC8 && image.compression != kM8 && !BlockGrid(image).IsSingle() &&
-         !HasStreamsOfBands(image);
+  return HasCodec(image) && !IsOneStream(image) && !HasStreamsOfBands(image);
 }
 
 std::int32_t DecodeTilesInParts(FilterLoadRecord *loadContext, const ImageSource &source, ImagePartSink &sink) {

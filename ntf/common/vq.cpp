@@ -422,7 +422,7 @@ std::int32_t ReadWholeVq(VqDecoder &decoder, KsBitmap *target) {
 std::int32_t SkipMaskTable(const NitfFile *file, const ImageSubheader &image) {
   if (!HasMaskTable(image.compression)) return SUCCESS;
   const KsHandle handle = file->fileHandle;
-  std::uint8_t bytes[10];  // IMDATOFF, BMRLNTH, TMRLNTH, TPXCDLNTH
+  std::uint8_t bytes[kMaskHeaderBytes];
   std::int32_t status = ReadBytes(handle, bytes, sizeof bytes);
   if (status == SUCCESS) status = Skip(handle, (BigEndian16(bytes + 8) + 7U) / 8, 1);
   const std::uint64_t blocks = std::uint64_t{image.blocksPerRow} * image.blocksPerColumn;

@@ -60,14 +60,9 @@ int32_t TakeSegment(const Segment &segment, Header *header) {
     case kEoi:
       return ERROR_FILE_FORMAT;
     case kDri:
-      if (segment.body.size() != sizeof(uint16_t)) return ERROR_FILE_FORMAT;
-      header->restartInterval = WordAt(segment.body, 0);
-      return SUCCESS;
+      return segment.body.size() == sizeof(uint16_t) ? SUCCESS : ERROR_FILE_FORMAT;
     case kApp0:
       if (BeginsWith(segment.body, "JFIF\0"sv)) header->hasJfif = true;
-      return SUCCESS;
-    case kApp6:
-      if (header->nitf.empty() && BeginsWith(segment.body, "NITF\0"sv)) header->nitf = segment.body;
       return SUCCESS;
     case kApp14:
       ReadAdobe(segment.body, header);
@@ -100,10 +95,6 @@ uint32_t FormatOfSequential(const Frame &frame) {
   if (frame.components != 1 && frame.components != 3) return KS_FORMAT_JPEG_MANY;
   if (AllOfOneSize(frame)) return KS_FORMAT_JPEG;
   return ChromaIsHalvedAcross(frame) ? KS_FORMAT_JPEG_422 : KS_FORMAT_JPEG_420;
-}
-
-bool IsInOneScan(const Header &header) {
-  return !header.scan.empty() && header.scan[0] == header.frame.components && header.frame.marker != kSof2;
 }
 
 /** Blocks of 8 by 8 samples in all components, or samples where the picture is lossless. */
@@ -219,6 +210,10 @@ bool IsPlausible(const Header &header, const PictureInfo &info) {
   const uint64_t bitmapBytes = uint64_t{info.width} * info.height * DepthOfBitmap(info) / 8;
   if (bitmapBytes <= (IsInOneScan(header) ? kBytesOfNone : kBytesOfNone / 2)) return true;
   return CodedUnits(header.frame) <= header.entropy.size() * 8;
+}
+
+bool IsInOneScan(const Header &header) {
+  return !header.scan.empty() && header.scan[0] == header.frame.components && header.frame.marker != kSof2;
 }
 
 bool IsRgb(const Header &header) {

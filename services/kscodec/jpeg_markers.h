@@ -27,7 +27,6 @@ enum Marker : std::uint8_t {
   kDqt = 0xDB,
   kDri = 0xDD,
   kApp0 = 0xE0,
-  kApp6 = 0xE6,
   kApp14 = 0xEE
 };
 
@@ -77,11 +76,9 @@ struct Frame {
 /** All in front of the first scan that matters to a decoder. The spans look into the stream. */
 struct Header {
   Frame frame;
-  std::uint16_t restartInterval = 0; /**< in minimum coded units, 0 for none */
   bool hasJfif = false;
   bool hasAdobe = false;
   std::uint8_t adobeTransform = 0; /**< with hasAdobe: 0 none, 1 YCbCr, 2 YCCK */
-  Stream nitf;                     /**< the body of the APP6 segment of NITF, its identifier first; empty for none */
   Stream scan;                     /**< the body of the first scan header */
   Stream entropy;                  /**< what follows it */
 };
@@ -113,6 +110,9 @@ std::int32_t Describe(const Frame &frame, PictureInfo *info);
  * of 8 by 8 samples, or for each sample of a lossless picture. No Huffman code is shorter.
  */
 bool IsPlausible(const Header &header, const PictureInfo &info);
+
+/** Whether the first scan has all components and all of their coefficients. */
+bool IsInOneScan(const Header &header);
 
 /** Whether three components are red, green and blue rather than luminance and chrominance. */
 bool IsRgb(const Header &header);

@@ -122,9 +122,6 @@ class Picture {
  */
 using ScanDecoder = std::int32_t (*)(const Scan &scan, const Tables &tables, Picture &picture, BitReader &bits);
 
-/** Reads all segments of a stream that ReadHeader gave SUCCESS for, and has its scans decoded. */
-std::int32_t DecodeScans(Stream stream, Picture &picture, ScanDecoder decoder);
-
 /** Sequential DCT of 8 or 12 bits (SOF0 and SOF1), with any number of components. */
 std::int32_t DecodeSequential(const Scan &scan, const Tables &tables, Picture &picture, BitReader &bits);
 

@@ -18,7 +18,6 @@ namespace {
 using kscodec::jpeg::SaveOrder;
 
 constexpr uint32_t kRowsAtATime = 16;
-constexpr uint32_t kCombineCopy = 288;
 
 /** Huffman tables are fitted to a picture whose coefficients may be held meanwhile, two bytes a sample. */
 constexpr uint64_t kMostHeldCoefficientBytes = uint64_t{1} << 30;
@@ -151,7 +150,7 @@ void WriteRows(Encoder *encoder, const KsBitmap &bitmap, KsBitmap *strip) {
   while (jpeg->next_scanline < jpeg->image_height) {
     const uint32_t count = std::min<uint32_t>(kRowsAtATime, jpeg->image_height - jpeg->next_scanline);
     const int32_t status = KsCombine(strip, 0, 0, static_cast<int32_t>(strip->width), static_cast<int32_t>(count),
-                                     &bitmap, 0, static_cast<int32_t>(jpeg->next_scanline), kCombineCopy, 0);
+                                     &bitmap, 0, static_cast<int32_t>(jpeg->next_scanline), KS_COMBINE_COPY, 0);
     if (status != SUCCESS) Leave(state, status);
     JSAMPROW rows[kRowsAtATime];
     for (uint32_t i = 0; i < count; ++i) rows[i] = kscore::RowOf(*strip, i);

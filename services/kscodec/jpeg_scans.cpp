@@ -92,15 +92,7 @@ bool AllAreScanned(Picture &picture) {
                      [](const Plane &plane) { return plane.isScanned; });
 }
 
-}  // namespace
-
-Tables::Tables() {
-  for (std::size_t i = 0; i < kStandardDc.size(); ++i) {
-    dc[i].Build(kStandardDc[i]);
-    ac[i].Build(kStandardAc[i]);
-  }
-}
-
+/** Reads all segments of a stream that ReadHeader gave SUCCESS for, and has its scans decoded. */
 std::int32_t DecodeScans(Stream stream, Picture &picture, ScanDecoder decoder) {
   Tables tables;
   constexpr std::size_t kStartOfImage = 2;
@@ -122,13 +114,21 @@ std::int32_t DecodeScans(Stream stream, Picture &picture, ScanDecoder decoder) {
   return SUCCESS;
 }
 
+}  // namespace
+
+Tables::Tables() {
+  for (std::size_t i = 0; i < kStandardDc.size(); ++i) {
+    dc[i].Build(kStandardDc[i]);
+    ac[i].Build(kStandardAc[i]);
+  }
+}
+
 std::int32_t DecodeOwn(Stream stream, const Header &header, const Plan &plan, const KsBitmap &target) {
   try {
     const bool isLossless = header.frame.marker == kSof3;
     constexpr std::uint32_t kTransformed = 8;
     Picture picture(header.frame, isLossless ? 1 : kTransformed, plan, target);
-    const bool inOneScan = !header.scan.empty() && header.scan[0] == header.frame.components;
-    std::int32_t status = picture.MakePlanes(inOneScan);
+    std::int32_t status = picture.MakePlanes(IsInOneScan(header));
     if (status == SUCCESS) status = DecodeScans(stream, picture, isLossless ? DecodeLossless : DecodeSequential);
     if (status == SUCCESS) picture.WriteRows();
     return status;

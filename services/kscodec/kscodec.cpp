@@ -1,7 +1,6 @@
 #include "kscodec/codec.h"
 #include "kscodec/jpeg2000.h"
 #include "kscodec/jpeg_save.h"
-#include "kscodec/redirect.h"
 #include "kscodec/t4.h"
 #include "kscore/bitmap.h"
 
@@ -13,7 +12,12 @@ using kscodec::Codec;
 using kscodec::PictureInfo;
 using kscodec::Stream;
 
-thread_local kscodec::Redirect redirect = {nullptr, nullptr};
+/** Who answers for a stream that has no header of its own: what KsSetRedirect set in this thread. */
+struct Redirect {
+  KsRedirectCallback callback;
+  void *userData;
+};
+thread_local Redirect redirect = {nullptr, nullptr};
 
 /** The codecs of this build, for streams that tell by their first bytes what they are. */
 constexpr const Codec *kCodecs[] = {
@@ -51,9 +55,9 @@ int32_t LoadWithHeader(Stream stream, const KsLoadOptions &options, KsBitmap *bi
 }
 
 /** A stream without a header: the redirect tells its form, and the pixels go into the bitmap that is there. */
-int32_t LoadRaw(Stream stream, const kscodec::Redirect &answer, KsBitmap *bitmap) {
+int32_t LoadRaw(Stream stream, KsBitmap *bitmap) {
   KsRawFormatInfo info = {};
-  const int32_t status = answer.callback(&info, answer.userData);
+  const int32_t status = redirect.callback(&info, redirect.userData);
   return status == SUCCESS ? kscodec::LoadT4(stream, info, bitmap) : status;
 }
 
@@ -68,7 +72,7 @@ void MakeEmpty(KsBitmap *bitmap) {
 
 /** Bytes of a picture with rows padded to four bytes, or the greatest number where it can't be told in 64 bits. */
 uint64_t PaddedBytes(uint64_t bitsPerPixel, uint32_t width, uint32_t height) {
-  const uint64_t row = (bitsPerPixel * width + 31) / 32 * 4;
+  const uint64_t row = kscore::BytesPerLine(bitsPerPixel, width);
   constexpr uint64_t kMost = std::numeric_limits<uint64_t>::max();
   return row > kMost / height ? kMost : row * height;
 }
@@ -82,14 +86,6 @@ bool IsSaved(uint32_t format) {
 }
 
 }  // namespace
-
-namespace kscodec {
-
-Redirect CurrentRedirect() {
-  return redirect;
-}
-
-}  // namespace kscodec
 
 KsRedirectCallback KsSetRedirect(KsRedirectCallback callback, void *userData) {
   const KsRedirectCallback before = redirect.callback;
@@ -134,8 +130,7 @@ int32_t KsLoadMemory(const void *buffer, KsBitmap *bitmap, uint32_t bitmapSize, 
   const bool hasStream = buffer != nullptr && size != 0;
   if (!hasStream || bitmap == nullptr || bitmapSize != sizeof(KsBitmap)) return ERROR_INVALID_VALUE;
   const Stream stream(static_cast<const uint8_t *>(buffer), size);
-  const kscodec::Redirect answer = kscodec::CurrentRedirect();
-  if (answer.callback != nullptr) return LoadRaw(stream, answer, bitmap);
+  if (redirect.callback != nullptr) return LoadRaw(stream, bitmap);
   MakeEmpty(bitmap);
   if (bits != 0 || order != KS_ORDER_CODEC) return ERROR_NOT_SUPPORTED;
   const KsLoadOptions none = {};

@@ -18,10 +18,6 @@ constexpr uint32_t kMostBitsPerPixel = 255;
 
 std::atomic<uint64_t> bitmapLimit{kFirstBitmapLimit};
 
-uint64_t BytesPerLine(uint32_t bits, uint32_t width) {
-  return (uint64_t{bits} * width + 31) / 32 * 4;
-}
-
 bool IsShape(uint32_t kind, uint32_t width, uint32_t height, uint32_t bits) {
   const bool knownKind = kind == KS_BITMAP_OWN || kind == KS_BITMAP_CALLER;
   return knownKind && width != 0 && height != 0 && bits != 0 && bits <= kMostBitsPerPixel;
@@ -72,7 +68,7 @@ int32_t KsBitmapCreate(KsBitmap *bitmap, uint32_t bitmapSize, uint32_t kind, uin
   if (bitmap == nullptr || bitmapSize != sizeof(KsBitmap)) return ERROR_INVALID_VALUE;
   KsBitmapInit(bitmap, bitmapSize, 0, 0, 0);
   if (!IsShape(kind, width, height, bits)) return ERROR_INVALID_VALUE;
-  const uint64_t bytesPerLine = BytesPerLine(bits, width);
+  const uint64_t bytesPerLine = kscore::BytesPerLine(bits, width);
   if (!IsWithinLimit(bytesPerLine, height)) return ERROR_NO_MEMORY;
   if (bytesPerLine > std::numeric_limits<uint32_t>::max()) return ERROR_INVALID_VALUE;
   bitmap->kind = kind;

@@ -24,6 +24,11 @@ inline std::int32_t CheckPixels(const KsBitmap *bitmap) {
   return HasStorage(*bitmap) ? SUCCESS : ERROR_NO_STORAGE;
 }
 
+/** Bytes from one row to the next: rows are padded to four bytes. */
+constexpr std::uint64_t BytesPerLine(std::uint64_t bitsPerPixel, std::uint32_t width) {
+  return (bitsPerPixel * width + 31) / 32 * 4;
+}
+
 inline std::uint8_t *RowOf(const KsBitmap &bitmap, std::uint64_t row) {
   return bitmap.pixels + row * bitmap.bytesPerLine;
 }

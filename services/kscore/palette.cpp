@@ -16,6 +16,20 @@ KsPaletteEntry GrayEntry(std::uint32_t level) {
   return {gray, gray, gray, 0};
 }
 
+/** Fills `entries` with the gray ramp of `bits` bits. */
+void FillGrayRamp(KsPaletteEntry *entries, std::uint32_t bits) {
+  const std::uint32_t last = EntriesOfDepth(bits) - 1;
+  for (std::uint32_t i = 0; i <= last; ++i) entries[i] = GrayEntry(i * 255 / last);
+}
+
+KsPaletteEntry *EntriesOf(KsPalette *palette) {
+  return reinterpret_cast<KsPaletteEntry *>(palette + 1);
+}
+
+const KsPaletteEntry *EntriesOf(const KsPalette *palette) {
+  return reinterpret_cast<const KsPaletteEntry *>(palette + 1);
+}
+
 /** Puts a palette in the place of the one that the bitmap has. */
 void ReplacePalette(KsBitmap &bitmap, KsPaletteEntry *palette, std::uint32_t count, std::uint32_t capacity) {
   Release(KS_MEMORY_PIXELS, bitmap.palette);
@@ -36,11 +50,6 @@ bool EnsurePalette(KsBitmap &bitmap) {
 
 }  // namespace
 
-void FillGrayRamp(KsPaletteEntry *entries, std::uint32_t bits) {
-  const std::uint32_t last = EntriesOfDepth(bits) - 1;
-  for (std::uint32_t i = 0; i <= last; ++i) entries[i] = GrayEntry(i * 255 / last);
-}
-
 KsPaletteEntry *AllocatePalette(std::uint32_t entries) {
   return static_cast<KsPaletteEntry *>(AllocateZeroed(KS_MEMORY_PIXELS, entries, sizeof(KsPaletteEntry)));
 }
@@ -52,14 +61,6 @@ KsPalette *MakePalette(const KsPaletteEntry *entries, std::uint32_t count) {
   *palette = {count, false};
   std::memcpy(EntriesOf(palette), entries, count * sizeof(KsPaletteEntry));
   return palette;
-}
-
-KsPaletteEntry *EntriesOf(KsPalette *palette) {
-  return reinterpret_cast<KsPaletteEntry *>(palette + 1);
-}
-
-const KsPaletteEntry *EntriesOf(const KsPalette *palette) {
-  return reinterpret_cast<const KsPaletteEntry *>(palette + 1);
 }
 
 }  // namespace kscore

@@ -31,9 +31,6 @@ inline bool HasPalette(const KsBitmap &bitmap) {
   return bitmap.palette != nullptr && bitmap.colorCount != 0;
 }
 
-/** Fills `entries` with the gray ramp of `bits` bits. */
-void FillGrayRamp(KsPaletteEntry *entries, std::uint32_t bits);
-
 /** Storage for a palette with all entries black, or null. */
 KsPaletteEntry *AllocatePalette(std::uint32_t entries);
 
@@ -45,8 +42,5 @@ std::uint8_t NearestIndex(const Bgr *colors, std::uint32_t count, Bgr color);
 
 /** A palette object with a copy of `count` entries, or null. */
 KsPalette *MakePalette(const KsPaletteEntry *entries, std::uint32_t count);
-
-KsPaletteEntry *EntriesOf(KsPalette *palette);
-const KsPaletteEntry *EntriesOf(const KsPalette *palette);
 
 }  // namespace kscore

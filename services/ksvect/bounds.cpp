@@ -50,7 +50,6 @@ class BoundsReader {
 
   /** An ellipse is farthest out at an angle and opposite to it, as far as the arc comes there. */
   void AddFarthest(const Ellipse &ellipse, double angle) const {
-    constexpr double kTurn = 2 * std::numbers::pi;
     for (const double farthest : {angle, angle + std::numbers::pi}) {
       const double behindStart = std::fmod(std::fmod(farthest - ellipse.start, kTurn) + kTurn, kTurn);
       if (ellipse.closure == Closure::Full || behindStart <= ellipse.end - ellipse.start) AddAt(ellipse, farthest);

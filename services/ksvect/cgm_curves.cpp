@@ -1,20 +1,13 @@
 #include "ksvect/cgm_curves.h"
 
 #include <cmath>
-#include <numbers>
 
 namespace ksvect::cgm {
 namespace {
 
-constexpr double kTurn = 2 * std::numbers::pi;
-
 /** Lines for a whole turn of an arc: they keep within a three thousandth of the radius. */
 constexpr double kLinesOfTurn = 128;
 constexpr int kLinesOfBezier = 32;
-
-double Cross(Point a, Point b) {
-  return a.x * b.y - a.y * b.x;
-}
 
 double Angle(Point ray) {
   return std::atan2(ray.y, ray.x);
@@ -39,8 +32,8 @@ Ellipse CircularArc(Point center, double radius, const Rays &rays, Closure closu
 
 Ellipse EllipticalArc(Point center, Point first, Point second, const Rays &rays, Closure closure) {
   Ellipse arc{center, first, second, closure};
-  const double area = Cross(first, second);
-  const auto parameter = [&](Point ray) { return std::atan2(Cross(first, ray) / area, Cross(ray, second) / area); };
+  const double area = CrossOf(first, second);
+  const auto parameter = [&](Point ray) { return std::atan2(CrossOf(first, ray) / area, CrossOf(ray, second) / area); };
   arc.end = kTurn;
   if (area != 0) SetAngles(arc, parameter(rays.start), parameter(rays.end));
   return arc;
@@ -51,15 +44,14 @@ Shape ArcThrough(const Point (&points)[3], Closure closure) {
   const Point last = points[2] - points[0];
   if (last == Point{} && middle != Point{}) {
     const Point center = points[0] + middle * 0.5;
-    return CircularArc(center, std::hypot(middle.x, middle.y) / 2, {points[0] - center, points[0] - center}, closure,
-                       false);
+    return CircularArc(center, LengthOf(middle) / 2, {points[0] - center, points[0] - center}, closure, false);
   }
-  const double turn = 2 * Cross(middle, last);
+  const double turn = 2 * CrossOf(middle, last);
   const double middleSquare = middle.x * middle.x + middle.y * middle.y;
   const double lastSquare = last.x * last.x + last.y * last.y;
   const Point toCenter = {(last.y * middleSquare - middle.y * lastSquare) / turn,
                           (middle.x * lastSquare - last.x * middleSquare) / turn};
-  const double radius = std::hypot(toCenter.x, toCenter.y);
+  const double radius = LengthOf(toCenter);
   if (turn == 0 || !(radius <= kGreatestNumber)) {
     std::vector<Point> line(std::begin(points), std::end(points));
     if (closure == Closure::Open) return Polyline{std::move(line)};

@@ -20,6 +20,15 @@ enum ElementClass : unsigned {
 /** The numbers of a class have 7 bits. */
 constexpr unsigned kElementNumbers = 128;
 
+/** The length in a short header, and the first byte of a string, that say: a word with the length follows. */
+constexpr unsigned kLongForm = 31;
+constexpr unsigned kLongString = 255;
+/** In such a word: another part follows this one. */
+constexpr unsigned kMoreFollows = 0x8000;
+
+/** The precision of the colours of cells that stands for that of all colours. */
+constexpr unsigned kLocalPrecision = 0;
+
 enum DelimiterElement : unsigned {
   kNoOperation,
   kBeginMetafile,

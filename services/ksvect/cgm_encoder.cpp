@@ -12,15 +12,9 @@ namespace {
 constexpr std::size_t kWord = 2;
 /** Bytes in front of an element's parameters while it grows: room for the long form of its header. */
 constexpr std::size_t kLongHeader = 2 * kWord;
-/** The length in a header of the short form that says that a long one follows. */
-constexpr std::size_t kLongForm = 31;
 constexpr std::size_t kGreatestLength = 0x7FFF;
 /** Of a part of a longer element: the greatest even one, so that no part but the last can want filling up. */
 constexpr std::size_t kPartLength = 0x7FFE;
-/** In front of a part, or of a part of a string: another one follows. */
-constexpr std::size_t kMoreFollows = 0x8000;
-/** The first byte of a string whose length has a word of its own. */
-constexpr std::uint8_t kLongString = 255;
 constexpr double kFixedOne = 65536;
 
 /** The greatest component that a scaled direction has in each form; whole, and in none of them at an end of a range. */

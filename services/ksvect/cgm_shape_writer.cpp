@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <span>
 #include <variant>
 #include <vector>
@@ -12,7 +11,6 @@
 namespace ksvect::cgm {
 namespace {
 
-constexpr double kTurn = 2 * std::numbers::pi;
 /** How far the halves of a circle may differ, against its radius. */
 constexpr double kRoundness = 1e-9;
 
@@ -23,20 +21,15 @@ constexpr unsigned kFinal = 1;  /**< the text is complete */
 constexpr unsigned kPacked = 1; /**< all cells one after another */
 constexpr unsigned kPie = 0;
 constexpr unsigned kChord = 1;
-constexpr std::uint32_t kLocalPrecision = 0; /**< that of all colours */
 
 double Dot(Point a, Point b) {
   return a.x * b.x + a.y * b.y;
 }
 
-double Cross(Point a, Point b) {
-  return a.x * b.y - a.y * b.x;
-}
-
 /** Whether the diameters are those of a circle. */
 bool IsCircle(const Ellipse &ellipse) {
-  const double radius = std::hypot(ellipse.first.x, ellipse.first.y);
-  return std::abs(std::hypot(ellipse.second.x, ellipse.second.y) - radius) <= kRoundness * radius &&
+  const double radius = LengthOf(ellipse.first);
+  return std::abs(LengthOf(ellipse.second) - radius) <= kRoundness * radius &&
          std::abs(Dot(ellipse.first, ellipse.second)) <= kRoundness * radius * radius;
 }
 
@@ -104,7 +97,7 @@ class ShapeWriter {
     } else {
       // A circle's arc runs from x to y in the metafile; one that runs the other way is an ellipse's, which has the
       // direction of its diameters.
-      const double direction = Cross(ellipse.first, ellipse.second);
+      const double direction = CrossOf(ellipse.first, ellipse.second);
       WriteArc(ellipse, circle && (encoder.IsUpsideDown() ? direction < 0 : direction > 0));
     }
   }
@@ -122,7 +115,7 @@ class ShapeWriter {
     const std::size_t parameters = encoder.Begin({kPrimitives, circle ? kCircle : cgm::kEllipse});
     encoder.Place(ellipse.center);
     if (circle) {
-      encoder.Vdc(std::hypot(ellipse.first.x, ellipse.first.y));
+      encoder.Vdc(LengthOf(ellipse.first));
     } else {
       encoder.Place(ellipse.center + ellipse.first);
       encoder.Place(ellipse.center + ellipse.second);
@@ -153,7 +146,7 @@ class ShapeWriter {
       encoder.Drop(parameters);
       return WriteSliver(ellipse);
     }
-    if (circle) encoder.Vdc(std::hypot(ellipse.first.x, ellipse.first.y));
+    if (circle) encoder.Vdc(LengthOf(ellipse.first));
     if (!open) encoder.Enumeration(ellipse.closure == Closure::Pie ? kPie : kChord);
     encoder.End(parameters);
   }

@@ -1,14 +1,8 @@
 #include "ksvect/cgm_stream.h"
 
+#include "ksvect/cgm_elements.h"
+
 namespace ksvect::cgm {
-namespace {
-
-/** A length of the short header that says: a word with the length follows. */
-constexpr unsigned kLongForm = 31;
-/** In that word: another partition follows this one. */
-constexpr unsigned kMorePartitions = 0x8000;
-
-}  // namespace
 
 ElementStream::Step ElementStream::Next(Element &element) {
   // A single byte is padding behind the last element.
@@ -39,11 +33,11 @@ bool ElementStream::Partition(std::size_t length, std::span<const std::uint8_t> 
 
 bool ElementStream::LongParameters(std::span<const std::uint8_t> &parameters) {
   unsigned word = 0;
-  if (!Word(word) || !Partition(word & ~kMorePartitions, parameters)) return false;
-  if ((word & kMorePartitions) == 0) return true;
+  if (!Word(word) || !Partition(word & ~kMoreFollows, parameters)) return false;
+  if ((word & kMoreFollows) == 0) return true;
   joined.assign(parameters.begin(), parameters.end());
-  while ((word & kMorePartitions) != 0) {
-    if (!Word(word) || !Partition(word & ~kMorePartitions, parameters)) return false;
+  while ((word & kMoreFollows) != 0) {
+    if (!Word(word) || !Partition(word & ~kMoreFollows, parameters)) return false;
     joined.insert(joined.end(), parameters.begin(), parameters.end());
   }
   parameters = joined;

@@ -30,8 +30,6 @@ constexpr const char *kFontNames[] = {"TIMES_ROMAN", "TIMES_ITALIC",      "TIMES
 /** The text precision that makes height, orientation and the like exact: stroke. */
 constexpr unsigned kStroke = 2;
 
-/** Cells of a pattern, in the precision of all colours. */
-constexpr std::uint32_t kLocalPrecision = 0;
 /** Numbers of patterns are indices of 16 bits. */
 constexpr int kMostPatterns = 0x7FFF;
 

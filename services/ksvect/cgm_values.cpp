@@ -1,15 +1,13 @@
 #include "ksvect/cgm_values.h"
 
+#include "ksvect/cgm_elements.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
 
 namespace ksvect::cgm {
 namespace {
-
-/** A string of at least 255 bytes: its length is told by words, of which the top bit says that another part follows. */
-constexpr std::uint32_t kLongString = 255;
-constexpr std::uint32_t kMoreParts = 0x8000;
 
 std::uint32_t Component(std::uint32_t value, std::uint32_t least, std::uint32_t greatest) {
   if (greatest <= least || value <= least) return 0;
@@ -108,8 +106,8 @@ std::string Parameters::String() {
   do {
     if (isLong) {
       const std::uint32_t word = Unsigned(2);
-      more = (word & kMoreParts) != 0;
-      length = word & ~kMoreParts;
+      more = (word & kMoreFollows) != 0;
+      length = word & ~kMoreFollows;
     }
     if (!Has(length)) return {};
     const auto part = data.subspan(position, length);

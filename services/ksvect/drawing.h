@@ -2,7 +2,9 @@
 // paints.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
+#include <numbers>
 #include <string>
 #include <variant>
 #include <vector>
@@ -31,6 +33,14 @@ constexpr Point operator-(Point a, Point b) {
 }
 constexpr Point operator*(Point a, double factor) {
   return {a.x * factor, a.y * factor};
+}
+
+inline double LengthOf(Point vector) {
+  return std::hypot(vector.x, vector.y);
+}
+
+constexpr double CrossOf(Point a, Point b) {
+  return a.x * b.y - a.y * b.x;
 }
 
 /** `low` is the lower left corner, `high` the upper right one. */
@@ -180,6 +190,9 @@ enum class Closure : std::uint8_t {
   Pie,   /**< the arc and the center: an area */
   Chord, /**< the arc and the line between its ends: an area */
 };
+
+/** Once round, in radians. */
+constexpr double kTurn = 2 * std::numbers::pi;
 
 /**
  * A circle, an ellipse, or an arc of one: center + cos(t) * first + sin(t) * second, with t from `start` to `end`

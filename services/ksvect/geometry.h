@@ -19,14 +19,6 @@ inline Point Bounded(Point point) {
   return {bound(point.x), bound(point.y)};
 }
 
-inline double LengthOf(Point vector) {
-  return std::hypot(vector.x, vector.y);
-}
-
-constexpr double CrossOf(Point a, Point b) {
-  return a.x * b.y - a.y * b.x;
-}
-
 /** origin + x * p.x + y * p.y */
 struct Affine {
   Point origin;

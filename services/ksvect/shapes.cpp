@@ -3,13 +3,10 @@
 #include "ksvect/stroke.h"
 #include "ksvect/text_layout.h"
 
-#include <numbers>
 #include <utility>
 
 namespace ksvect {
 namespace {
-
-constexpr double kTurn = 2 * std::numbers::pi;
 
 /** The nominal size of markers: pixels. */
 constexpr double kNominalMarker = 8;

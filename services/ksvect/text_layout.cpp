@@ -1,5 +1,8 @@
 #include "ksvect/text_layout.h"
 
+#include <algorithm>
+#include <string>
+#include <string_view>
 #include <utility>
 
 namespace ksvect {
@@ -164,8 +167,7 @@ void Restrict(const Text &text, const TextStyle &style, Layout &layout) {
   }
 }
 
-}  // namespace
-
+/** The characters of UTF-8; a byte that is none of it stands for itself. */
 std::u32string CharactersOf(std::string_view text) {
   std::u32string characters;
   while (!text.empty()) {
@@ -176,6 +178,8 @@ std::u32string CharactersOf(std::string_view text) {
   }
   return characters;
 }
+
+}  // namespace
 
 Layout LayoutOf(const Text &text, const TextStyle &style) {
   Layout layout;

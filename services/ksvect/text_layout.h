@@ -5,13 +5,9 @@
 #include "ksvect/painter.h"
 #include "ksvect/tiles.h"
 
-#include <string>
-#include <string_view>
+#include <vector>
 
 namespace ksvect {
-
-/** The characters of UTF-8; a byte that is none of it stands for itself. */
-std::u32string CharactersOf(std::string_view text);
 
 /** Characters in a frame of their own: x along the base line, y upwards, a unit the height of the text. */
 struct Layout {

@@ -6,9 +6,7 @@
 #include "png_file.h"
 #include "sample_files.h"
 
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -64,11 +62,6 @@ std::uint32_t RowInReference(const ImageSubheader &image, std::uint32_t row) {
   return image.mode == kPixelInterleaved && (row + 1) % BlockHeight(image) == 0 ? row - 1 : row;
 }
 
-std::string Contents(const std::string &path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 /** Gives the colour of a pixel of image segment 0. */
 using PixelFunction = std::function<Color(std::uint32_t row, std::uint32_t column)>;
 
@@ -79,7 +72,7 @@ class References : public testing::TestWithParam<const char *> {
     const auto referencePath = CorpusFile(std::string(GetParam()) + "_0.ref.png");
     if (!samplePath || !referencePath) GTEST_SKIP() << GetParam() << " or its reference" << kNotAtHand;
     path = *samplePath;
-    reference = DecodePng(Contents(*referencePath));
+    reference = DecodePng(TextOf(ReadFile(*referencePath)));
     ASSERT_EQ(reference.bits, 8);
     ASSERT_EQ(reference.rows.at(0).size(), reference.width * 4) << "red, green, blue and opacity";
     ASSERT_EQ(Load(file.Get(), Wide(path).c_str()), SUCCESS);

@@ -5,7 +5,6 @@
 
 #include <cctype>
 #include <cstdint>
-#include <ostream>
 #include <string>
 
 struct SampleFile {
@@ -18,10 +17,6 @@ struct SampleFile {
   /** Whether the file is accepted. */
   bool Accepted() const { return info == SUCCESS; }
 };
-
-inline void PrintTo(const SampleFile &sample, std::ostream *out) {
-  *out << sample.name;
-}
 
 /** The name of a file as that of a test. */
 inline std::string TestName(const std::string &fileName) {

@@ -45,7 +45,7 @@ TEST_P(SavedSamples, KeepTheirBodiesAndTheirPicture) {
   Save(*path, saved);
   Save(saved, again);
   EXPECT_EQ(Bodies(saved), Bodies(*path));
-  EXPECT_EQ(ReadBytes(again), ReadBytes(saved));
+  EXPECT_EQ(ReadFile(again), ReadFile(saved));
   const Composition before = Compose(*path);
   const Composition after = Compose(saved);
   EXPECT_EQ(after.status, before.status);

@@ -16,43 +16,35 @@ namespace {
 constexpr std::uint32_t kWidth = 40;
 constexpr std::uint32_t kHeight = 24;
 
-/** A handle on an opened or a blank file, with a folder for what it saves. */
-class Authored {
+/** A handle on an opened or a blank file, with what is added to it. */
+class Authored : public Opened {
  public:
-  explicit Authored(const Bytes &source = {}) {
-    if (!source.empty()) WriteFile(Path("in.ntf"), source);
-    EXPECT_EQ(K_NITFCreateA(&handle, source.empty() ? nullptr : Path("in.ntf").c_str()), SUCCESS);
-  }
-  Authored(const Authored &) = delete;
-  Authored &operator=(const Authored &) = delete;
-  ~Authored() { K_NITFDestroy(&handle); }
+  using Opened::Opened;
 
   std::int32_t Image(std::uint32_t format = KS_FORMAT_JPEG, std::uint32_t bits = 24, std::uint32_t width = kWidth,
                      std::uint32_t height = kHeight) {
     KsLocalBitmap bitmap;
     EXPECT_EQ(Picture(bitmap, width, height), SUCCESS);
-    return K_NITFAppendImageSegment(handle, bitmap.Get(), format, bits, 2);
+    return K_NITFAppendImageSegment(Get(), bitmap.Get(), format, bits, 2);
   }
   std::int32_t Graphic(KsRect rectangle = {5, 6, 30, 20}) {
     KsLocalVector drawing;
     Draw(drawing.Get());
-    return K_NITFAppendGraphicSegment(handle, drawing.Get(), &rectangle);
+    return K_NITFAppendGraphicSegment(Get(), drawing.Get(), &rectangle);
   }
   std::int32_t Text(const std::string &text = "some words\n") {
     WriteFile(Path("note.txt"), Bytes(text.begin(), text.end()));
-    return K_NITFAppendTextSegmentA(handle, Path("note.txt").c_str());
+    return K_NITFAppendTextSegmentA(Get(), Path("note.txt").c_str());
   }
   /** The file that a save writes, whose length must be what it says. */
   Bytes Saved() {
-    EXPECT_EQ(K_NITFSaveFileA(handle, Path("out.ntf").c_str()), SUCCESS);
-    Bytes saved = ReadBytes(Path("out.ntf"));
-    EXPECT_EQ(std::to_string(saved.size()), std::to_string(std::atoll(handle->header.FL)));
-    EXPECT_EQ(handle->header.fileLength, saved.size());
-    EXPECT_EQ(handle->header.fileLengthOut, saved.size());
+    Bytes saved = Opened::Saved();
+    const NitfHeader &header = Get()->header;
+    EXPECT_EQ(std::to_string(saved.size()), std::to_string(std::atoll(header.FL)));
+    EXPECT_EQ(header.fileLength, saved.size());
+    EXPECT_EQ(header.fileLengthOut, saved.size());
     return saved;
   }
-  std::string Path(const std::string &name) const { return folder.Path(name); }
-  NitfFile *operator->() const { return handle; }
 
   /** A picture of smooth colours. */
   static std::int32_t Picture(KsLocalBitmap &bitmap, std::uint32_t width, std::uint32_t height) {
@@ -80,11 +72,6 @@ class Authored {
     box.box.brush = {sizeof box.box.brush, 1, 0x0000FF, {}};
     EXPECT_EQ(KsVectorAddObject(drawing, 0, KS_VECTOR_BOX, &box, 0), SUCCESS);
   }
-
-  NitfHandle handle = nullptr;
-
- private:
-  TemporaryFolder folder;
 };
 
 NitfBuilder SourceFile() {
@@ -119,9 +106,9 @@ TEST(Append, ImageHasTheHeaderOfItsStream) {
     EXPECT_EQ(header.imageSubheaderLengths[0], layout.subheaderBytes);
     EXPECT_EQ(header.headerLengthOut, 388U + 16);
     EXPECT_EQ(file.Saved().size(), 388 + 16 + layout.subheaderBytes + header.imageDataLengths[0]);
-    const LoadedFile read(ReadBytes(file.Path("out.ntf")));
+    LoadedFile read(ReadFile(file.Path("out.ntf")));
     ASSERT_EQ(read.status, SUCCESS);
-    const ImageSubheader &image = const_cast<LoadedFile &>(read).Image(0);
+    const ImageSubheader &image = read.Image(0);
     EXPECT_STREQ(image.IREP, layout.representation);
     ASSERT_EQ(image.bandCount, layout.bands.size());
     EXPECT_TRUE(std::equal(layout.bands.begin(), layout.bands.end(), image.bandRepresentation));
@@ -138,27 +125,27 @@ TEST(Append, ImageHasTheHeaderOfItsStream) {
 TEST(Append, LevelsRiseAndOthersAttachToTheLowest) {
   Authored file;
   ASSERT_EQ(file.Graphic(), SUCCESS);
-  EXPECT_EQ(FindGraphic(file.handle, 0)->attachmentLevel, 0U) << "nothing to be attached to";
+  EXPECT_EQ(FindGraphic(file.Get(), 0)->attachmentLevel, 0U) << "nothing to be attached to";
   ASSERT_EQ(file.Image(), SUCCESS);
   ASSERT_EQ(file.Graphic(), SUCCESS);
   ASSERT_EQ(file.Text(), SUCCESS);
-  EXPECT_STREQ(FindGraphic(file.handle, 0)->SDLVL, "001");
-  EXPECT_STREQ(FindImage(file.handle, 0)->IDLVL, "002");
-  EXPECT_STREQ(FindGraphic(file.handle, 1)->SDLVL, "003");
-  EXPECT_STREQ(FindGraphic(file.handle, 1)->SALVL, "001");
-  EXPECT_STREQ(FindGraphic(file.handle, 1)->SBND1, "0000500006");
-  EXPECT_STREQ(FindGraphic(file.handle, 1)->SBND2, "0003000020");
-  EXPECT_STREQ(FindText(file.handle, 0)->TXTALVL, "001");
+  EXPECT_STREQ(FindGraphic(file.Get(), 0)->SDLVL, "001");
+  EXPECT_STREQ(FindImage(file.Get(), 0)->IDLVL, "002");
+  EXPECT_STREQ(FindGraphic(file.Get(), 1)->SDLVL, "003");
+  EXPECT_STREQ(FindGraphic(file.Get(), 1)->SALVL, "001");
+  EXPECT_STREQ(FindGraphic(file.Get(), 1)->SBND1, "0000500006");
+  EXPECT_STREQ(FindGraphic(file.Get(), 1)->SBND2, "0003000020");
+  EXPECT_STREQ(FindText(file.Get(), 0)->TXTALVL, "001");
   EXPECT_EQ(file->header.graphicSubheaderLengths[1], 258U);
   EXPECT_EQ(file->header.textSubheaderLengths[0], 282U);
   EXPECT_EQ(file->header.headerLengthOut, 388U + 16 + 2 * 10 + 9);
-  EXPECT_EQ(K_NITFGetGraphicHeaderCount(file.handle), 2);
+  EXPECT_EQ(K_NITFGetGraphicHeaderCount(file.Get()), 2);
   EXPECT_STREQ(file->header.NUMS, "") << "the text is the writer's to make";
   file.Saved();
 
-  FindImage(file.handle, 0)->displayLevel = 999;
+  FindImage(file.Get(), 0)->displayLevel = 999;
   ASSERT_EQ(file.Image(), SUCCESS);
-  EXPECT_EQ(FindImage(file.handle, 1)->displayLevel, 1U) << "no level is left: its default";
+  EXPECT_EQ(FindImage(file.Get(), 1)->displayLevel, 1U) << "no level is left: its default";
 }
 
 TEST(Append, DatesLieBeforeThatOfTheFile) {
@@ -171,8 +158,8 @@ TEST(Append, DatesLieBeforeThatOfTheFile) {
     std::copy_n(date, std::char_traits<char>::length(date) + 1, file->header.FDT);
     ASSERT_EQ(file.Image(), SUCCESS);
     ASSERT_EQ(file.Text(), SUCCESS);
-    EXPECT_STREQ(FindImage(file.handle, 0)->IDATIM, image);
-    EXPECT_STREQ(FindText(file.handle, 0)->TXTDT, text);
+    EXPECT_STREQ(FindImage(file.Get(), 0)->IDATIM, image);
+    EXPECT_STREQ(FindText(file.Get(), 0)->TXTDT, text);
   }
 }
 
@@ -180,8 +167,8 @@ TEST(Append, BlocksTooWideForTheirFieldAreTheWholeImage) {
   Authored file;
   ASSERT_EQ(file.Image(KS_FORMAT_JPEG, 8, 8191, 1), SUCCESS);
   ASSERT_EQ(file.Image(KS_FORMAT_JPEG, 8, 1, 8192), SUCCESS);
-  EXPECT_STREQ(FindImage(file.handle, 0)->NPPBH, "8191");
-  EXPECT_STREQ(FindImage(file.handle, 1)->NPPBV, "0000");
+  EXPECT_STREQ(FindImage(file.Get(), 0)->NPPBH, "8191");
+  EXPECT_STREQ(FindImage(file.Get(), 1)->NPPBV, "0000");
   const Composition picture = (file.Saved(), Compose(file.Path("out.ntf")));
   EXPECT_EQ(picture.status, SUCCESS);
   EXPECT_EQ(picture.width, 8191U);
@@ -212,25 +199,25 @@ TEST(Append, PictureDrawingAndTextComeBack) {
         }
       }
     }
-    const Authored again(ReadBytes(file.Path("out.ntf")));
+    const Authored again(ReadFile(file.Path("out.ntf")));
     char words[20] = "?";
     std::uint32_t length = 99;
-    EXPECT_EQ(K_NITFGetTextSegment(again.handle, 0, words, &length), SUCCESS);
+    EXPECT_EQ(K_NITFGetTextSegment(again.Get(), 0, words, &length), SUCCESS);
     EXPECT_STREQ(words, "some words\n");
-    EXPECT_EQ(K_NITFGetTextSegment(again.handle, 1, words, &length), SUCCESS);
+    EXPECT_EQ(K_NITFGetTextSegment(again.Get(), 1, words, &length), SUCCESS);
     EXPECT_EQ(length, 0U);
   }
 }
 
 TEST(Append, OpenedFileKeepsItsBodies) {
   Authored file(SourceFile().Build());
-  const std::int64_t graphics = SeekEndOfImages(file.handle);
+  const std::int64_t graphics = SeekEndOfImages(file.Get());
   ASSERT_EQ(file.Image(), SUCCESS);
   ASSERT_EQ(file.Graphic(), SUCCESS);
   ASSERT_EQ(file.Text(), SUCCESS);
-  EXPECT_EQ(SeekEndOfImages(file.handle), graphics);
-  EXPECT_EQ(FindImage(file.handle, 1)->displayLevel, 8U);
-  EXPECT_EQ(FindGraphic(file.handle, 1)->attachmentLevel, 5U);
+  EXPECT_EQ(SeekEndOfImages(file.Get()), graphics);
+  EXPECT_EQ(FindImage(file.Get(), 1)->displayLevel, 8U);
+  EXPECT_EQ(FindGraphic(file.Get(), 1)->attachmentLevel, 5U);
   const Bytes saved = file.Saved();
   LoadedFile read(saved);
   ASSERT_EQ(read.status, SUCCESS);
@@ -272,7 +259,7 @@ TEST(Append, RefusalsComeInTheirOrderAndChangeNothing) {
   ASSERT_EQ(Authored::Picture(good, 4, 4), SUCCESS);
   ASSERT_EQ(Authored::Picture(wide, 65536, 1), SUCCESS);
   const auto image = [&](KsBitmap *bitmap, std::uint32_t format, std::uint32_t bits, std::uint32_t quality) {
-    return K_NITFAppendImageSegment(file.handle, bitmap, format, bits, quality);
+    return K_NITFAppendImageSegment(file.Get(), bitmap, format, bits, quality);
   };
   EXPECT_EQ(K_NITFAppendImageSegment(nullptr, good.Get(), 10, 24, 2), NITF_NULL_HANDLE);
   EXPECT_EQ(image(nullptr, 9, 7, 1), ERROR_NO_STORAGE);
@@ -289,21 +276,21 @@ TEST(Append, RefusalsComeInTheirOrderAndChangeNothing) {
   KsLocalVector empty;
   Authored::Draw(drawing.Get());
   Authored::Draw(far.Get(), 99998);
-  const auto graphic = [&](KsVector *vector) { return K_NITFAppendGraphicSegment(file.handle, vector, &rectangle); };
+  const auto graphic = [&](KsVector *vector) { return K_NITFAppendGraphicSegment(file.Get(), vector, &rectangle); };
   EXPECT_EQ(K_NITFAppendGraphicSegment(nullptr, nullptr, &rectangle), NITF_NULL_HANDLE);
-  EXPECT_EQ(K_NITFAppendGraphicSegment(file.handle, nullptr, nullptr), NITF_NULL_HANDLE);
+  EXPECT_EQ(K_NITFAppendGraphicSegment(file.Get(), nullptr, nullptr), NITF_NULL_HANDLE);
   EXPECT_EQ(graphic(nullptr), NITF_NULL_DATA);
   EXPECT_EQ(graphic(empty.Get()), NITF_EMPTY_DRAWING);
   EXPECT_EQ(graphic(far.Get()), ERROR_INVALID_VALUE);
   EXPECT_EQ(K_NITFSetVectorHandle(nullptr, 0, drawing.Get()), NITF_NULL_HANDLE);
-  EXPECT_EQ(K_NITFSetVectorHandle(file.handle, 1, nullptr), ERROR_INVALID_VALUE);
-  EXPECT_EQ(K_NITFSetVectorHandle(file.handle, 0, nullptr), NITF_NULL_DATA);
-  EXPECT_EQ(K_NITFSetVectorHandle(file.handle, 0, empty.Get()), NITF_EMPTY_DRAWING);
+  EXPECT_EQ(K_NITFSetVectorHandle(file.Get(), 1, nullptr), ERROR_INVALID_VALUE);
+  EXPECT_EQ(K_NITFSetVectorHandle(file.Get(), 0, nullptr), NITF_NULL_DATA);
+  EXPECT_EQ(K_NITFSetVectorHandle(file.Get(), 0, empty.Get()), NITF_EMPTY_DRAWING);
 
   EXPECT_EQ(K_NITFAppendTextSegmentA(nullptr, "x"), NITF_NULL_HANDLE);
   EXPECT_EQ(K_NITFAppendTextSegmentA(nullptr, "\xff"), ERROR_NO_MEMORY);
-  EXPECT_EQ(K_NITFAppendTextSegmentA(file.handle, nullptr), NITF_NO_TEXT_FILE);
-  EXPECT_EQ(K_NITFAppendTextSegmentA(file.handle, file.Path("none").c_str()), NITF_NO_TEXT_FILE);
+  EXPECT_EQ(K_NITFAppendTextSegmentA(file.Get(), nullptr), NITF_NO_TEXT_FILE);
+  EXPECT_EQ(K_NITFAppendTextSegmentA(file.Get(), file.Path("none").c_str()), NITF_NO_TEXT_FILE);
   EXPECT_EQ(file.Text(std::string(100000, 'x')), ERROR_INVALID_VALUE);
   EXPECT_EQ(file.Saved(), before);
   EXPECT_EQ(file.Text(std::string(99999, 'x')), SUCCESS);
@@ -333,8 +320,8 @@ void FailEachAllocation(Authored &file, Call call) {
 TEST(Append, RunsOutOfMemoryAnywhereWithoutATrace) {
   const auto blocks = LiveBlocks();
   {
-    for (const Bytes &source : {Bytes(), SourceFile().Build()}) {
-      Authored file(source);
+    for (const bool isBlank : {true, false}) {
+      Authored file = isBlank ? Authored() : Authored(SourceFile().Build());
       KsLocalBitmap bitmap;
       ASSERT_EQ(Authored::Picture(bitmap, 9, 9), SUCCESS);
       KsLocalVector drawing;
@@ -343,17 +330,16 @@ TEST(Append, RunsOutOfMemoryAnywhereWithoutATrace) {
       const std::u16string path = Wide(file.Path("note.txt"));
       WriteFile(file.Path("note.txt"), {'x'});
       for (int round = 0; round < 2; ++round) {
-        FailEachAllocation(file, [&] { return K_NITFAppendImageSegment(file.handle, bitmap.Get(), 10, 24, 2); });
-        FailEachAllocation(file, [&] { return K_NITFAppendGraphicSegment(file.handle, drawing.Get(), &rectangle); });
+        FailEachAllocation(file, [&] { return K_NITFAppendImageSegment(file.Get(), bitmap.Get(), 10, 24, 2); });
+        FailEachAllocation(file, [&] { return K_NITFAppendGraphicSegment(file.Get(), drawing.Get(), &rectangle); });
       }
       KsLocalVector other;
       Authored::Draw(other.Get(), 300);
-      EXPECT_EQ(K_NITFSetVectorHandle(file.handle, 0, other.Get()), SUCCESS);
+      EXPECT_EQ(K_NITFSetVectorHandle(file.Get(), 0, other.Get()), SUCCESS);
       // The file layer takes memory too: a text that can't be opened for want of it is one that isn't there.
       const Bytes before = file.Saved();
       std::int64_t allowed = 0;
-      for (; KsFailAllocationsAfter(allowed), K_NITFAppendTextSegment(file.handle, path.c_str()) != SUCCESS;
-           ++allowed) {
+      for (; KsFailAllocationsAfter(allowed), K_NITFAppendTextSegment(file.Get(), path.c_str()) != SUCCESS; ++allowed) {
         KsFailAllocationsAfter(-1);
         ASSERT_EQ(file.Saved(), before) << allowed;
       }
@@ -389,7 +375,7 @@ TEST(Append, AnySequenceKeepsTheLengths) {
         case 4: {
           KsLocalVector drawing;
           for (std::uint32_t box = 0; box < size % 5 + 1; ++box) Authored::Draw(drawing.Get(), size);
-          EXPECT_EQ(K_NITFSetVectorHandle(file->handle, 0, drawing.Get()),
+          EXPECT_EQ(K_NITFSetVectorHandle(file->Get(), 0, drawing.Get()),
                     counts[1] != 0 ? SUCCESS : ERROR_INVALID_VALUE);
           break;
         }
@@ -397,7 +383,7 @@ TEST(Append, AnySequenceKeepsTheLengths) {
           file->Saved();
       }
       const NitfHeader &header = (*file)->header;
-      ASSERT_EQ(CountImages(file->handle), counts[0]);
+      ASSERT_EQ(CountImages(file->Get()), counts[0]);
       ASSERT_EQ(header.imageTableCount, counts[0]);
       ASSERT_EQ(header.graphicTableCount, counts[1]);
       ASSERT_EQ(header.textTableCount, counts[2]);
@@ -420,31 +406,31 @@ TEST(VectorHandle, GivesTheFilesDrawingAndSavesTheOneThatWasSet) {
   Authored made;
   ASSERT_EQ(made.Graphic({0, 0, 50, 20}), SUCCESS);
   ASSERT_EQ(made.Graphic({0, 0, 80, 20}), SUCCESS);
-  EXPECT_EQ(K_NITFGetVectorHandle(made.handle, 0), nullptr) << "it isn't in a file yet";
-  EXPECT_NE(KsVectorIsEmpty(&FindGraphic(made.handle, 0)->vector), 0);
+  EXPECT_EQ(K_NITFGetVectorHandle(made.Get(), 0), nullptr) << "it isn't in a file yet";
+  EXPECT_NE(KsVectorIsEmpty(&FindGraphic(made.Get(), 0)->vector), 0);
   EXPECT_EQ(K_NITFGetVectorHandle(nullptr, 0), nullptr);
 
   Authored file(made.Saved());
-  EXPECT_EQ(K_NITFGetVectorHandle(file.handle, 2), nullptr);
-  KsVector *const second = K_NITFGetVectorHandle(file.handle, 1);
-  ASSERT_EQ(second, &FindGraphic(file.handle, 1)->vector);
+  EXPECT_EQ(K_NITFGetVectorHandle(file.Get(), 2), nullptr);
+  KsVector *const second = K_NITFGetVectorHandle(file.Get(), 1);
+  ASSERT_EQ(second, &FindGraphic(file.Get(), 1)->vector);
   EXPECT_EQ(Width(second), 80);
-  EXPECT_NE(KsVectorIsEmpty(&FindGraphic(file.handle, 0)->vector), 0) << "the other one is left alone";
+  EXPECT_NE(KsVectorIsEmpty(&FindGraphic(file.Get(), 0)->vector), 0) << "the other one is left alone";
   Authored::Draw(second, 300);
-  ASSERT_EQ(K_NITFSetVectorHandle(file.handle, 1, second), SUCCESS) << "the handle's own drawing, changed";
+  ASSERT_EQ(K_NITFSetVectorHandle(file.Get(), 1, second), SUCCESS) << "the handle's own drawing, changed";
   const std::uint32_t length = file->header.graphicDataLengthsOut[1];
-  ASSERT_EQ(K_NITFSetVectorHandle(file.handle, 1, second), SUCCESS);
+  ASSERT_EQ(K_NITFSetVectorHandle(file.Get(), 1, second), SUCCESS);
   EXPECT_EQ(file->header.graphicDataLengthsOut[1], length);
   EXPECT_EQ(Width(second), 302);
 
   const Authored again(file.Saved());
-  EXPECT_EQ(Width(K_NITFGetVectorHandle(again.handle, 1)), 302);
-  EXPECT_EQ(Width(K_NITFGetVectorHandle(again.handle, 0)), 50);
-  EXPECT_EQ(Width(K_NITFGetVectorHandle(file.handle, 1)), 80) << "what the file holds";
+  EXPECT_EQ(Width(K_NITFGetVectorHandle(again.Get(), 1)), 302);
+  EXPECT_EQ(Width(K_NITFGetVectorHandle(again.Get(), 0)), 50);
+  EXPECT_EQ(Width(K_NITFGetVectorHandle(file.Get(), 1)), 80) << "what the file holds";
 
   ASSERT_EQ(file.Graphic(), SUCCESS);
   ASSERT_EQ(file.Text(std::string(5000, 'x')), SUCCESS);
-  EXPECT_EQ(K_NITFGetVectorHandle(file.handle, 2), nullptr) << "no other segment's bytes are taken for it";
+  EXPECT_EQ(K_NITFGetVectorHandle(file.Get(), 2), nullptr) << "no other segment's bytes are taken for it";
 }
 
 }  // namespace

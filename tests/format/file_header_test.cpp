@@ -1,7 +1,6 @@
 #include "harness.h"
 #include "strmfhdr.h"
 
-#include <cstring>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -53,15 +52,8 @@ class StreamFile {
     const Bytes subheader = sound.ImageSubheader(0);
     replacement.insert(replacement.end(), subheader.begin(), subheader.end());
     replacement.resize(std::min(replacement.size(), replacementBytes));
-    char length[8];
-    std::snprintf(length, sizeof length, "%07zu", replacement.size());
-    Bytes file = unknown.Build();
-    Put(file, length);
-    Put(file, "\x0A\x6E\x1D\x97");
-    file.insert(file.end(), replacement.begin(), replacement.end());
-    Put(file, "\x0E\xCA\x14\xBF");
-    Put(file, lastLength.empty() ? length : lastLength);
-    Put(file, padding);
+    Bytes file = WithStreamHeader(unknown.Build(), replacement, lastLength);
+    file.insert(file.end(), padding.begin(), padding.end());
     return file;
   }
 
@@ -72,7 +64,6 @@ class StreamFile {
   static ImageSpec Picture(std::uint32_t rows) {
     return {.rows = rows, .columns = 4, .data = Bytes(std::size_t{4} * rows, 7)};
   }
-  static void Put(Bytes &file, const std::string &text) { file.insert(file.end(), text.begin(), text.end()); }
 };
 
 TEST(StreamFile, TakesItsLengthsFromTheReplacementData) {

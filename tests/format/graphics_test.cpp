@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <ostream>
 
 #include <gtest/gtest.h>
 
@@ -51,10 +50,6 @@ struct Placed {
   GraphicSpec graphic;
   KsRect ink;
 };
-
-std::ostream &operator<<(std::ostream &out, const Placed &placed) {
-  return out << placed.name;
-}
 
 class PlacedDrawings : public testing::TestWithParam<Placed> {};
 

@@ -6,7 +6,6 @@
 #include "opened_file.h"
 
 #include <algorithm>
-#include <ostream>
 
 #include <gtest/gtest.h>
 
@@ -69,15 +68,14 @@ const RecordKind kText =
 
 /** One segment of each kind, in which all optional fields are there. */
 NitfBuilder FullFile() {
-  ImageSpec image;
-  image.rows = 3;
-  image.columns = 2;
-  image.data = {1, 2, 3, 4, 5, 6};
+  ImageSpec image = SixPixels({{"ICORDS", "U"},
+                               {"IGEOLO", std::string(60, '5')},
+                               {"ICOM1", "a comment"},
+                               {"UDID", "user"},
+                               {"IXSHD", "tags"},
+                               {"ISCODE", "AB"},
+                               {"ISSRDT", "20200102"}});
   image.compression = "C3";
-  image.fields = {{"ICORDS", "U"},        {"IGEOLO", std::string(60, '5')},
-                  {"ICOM1", "a comment"}, {"UDID", "user"},
-                  {"IXSHD", "tags"},      {"ISCODE", "AB"},
-                  {"ISSRDT", "20200102"}};
   return NitfBuilder()
       .Field("FSCODE", "XY")
       .Field("FSDGDT", "20300405")
@@ -98,10 +96,6 @@ struct Member {
   std::string changed; /**< what is set */
   std::string written; /**< what a save then writes; empty where the field is not written */
 };
-
-std::ostream &operator<<(std::ostream &out, const Member &member) {
-  return out << member.kind->name << member.name;
-}
 
 std::string Padded(std::string text, std::size_t width, char fill) {
   if (fill == '0') return std::string(width - std::min(width, text.size()), '0') + text;

@@ -6,19 +6,14 @@
 #include <array>
 #include <cstring>
 #include <limits>
-#include <ostream>
 
 #include <gtest/gtest.h>
 
 namespace {
 
 ImageSpec SmallImage(const std::string &compression = "NC", const FieldTexts &fields = {}) {
-  ImageSpec image;
-  image.rows = 3;
-  image.columns = 2;
-  image.data = {1, 2, 3, 4, 5, 6};
+  ImageSpec image = SixPixels(fields);
   image.compression = compression;
-  image.fields = fields;
   return image;
 }
 
@@ -107,10 +102,6 @@ struct Refusal {
   std::uint32_t number;
   std::uint32_t ImageSubheader::*decoded; /**< stays as it was */
 };
-
-std::ostream &operator<<(std::ostream &out, const Refusal &refusal) {
-  return out << refusal.name;
-}
 
 class Refusals : public testing::TestWithParam<Refusal> {};
 
@@ -325,10 +316,6 @@ struct ExtensionKind {
   std::string (*get)(NitfHandle);
   bool emptyIsNull; /**< what a Get gives where the length leaves no bytes */
 };
-
-std::ostream &operator<<(std::ostream &out, const ExtensionKind &kind) {
-  return out << kind.name;
-}
 
 template <class GotRecord, std::size_t length, std::size_t data>
 ExtensionKind Extension(const char *name, bool emptyIsNull) {

@@ -10,24 +10,14 @@
 #include <csignal>
 #include <cstring>
 #include <filesystem>
-#include <ostream>
 #include <sys/resource.h>
 
 #include <gtest/gtest.h>
 
 namespace {
 
-ImageSpec SmallImage(const FieldTexts &fields = {}) {
-  ImageSpec image;
-  image.rows = 3;
-  image.columns = 2;
-  image.data = {1, 2, 3, 4, 5, 6};
-  image.fields = fields;
-  return image;
-}
-
 ImageSpec MaskedImage() {
-  ImageSpec image = SmallImage();
+  ImageSpec image = SixPixels();
   image.compression = "NM";
   image.blockWidth = 1;
   image.mask = MaskSpec{{0, 0xFFFFFFFF}, {0xFFFFFFFF, 0}, Bytes{1, 2, 3}};
@@ -63,10 +53,6 @@ struct Kept {
   NitfBuilder file;
 };
 
-std::ostream &operator<<(std::ostream &out, const Kept &kept) {
-  return out << kept.name;
-}
-
 class KeptFiles : public testing::TestWithParam<Kept> {};
 
 TEST_P(KeptFiles, ComeBackByteForByteAndAgain) {
@@ -82,14 +68,14 @@ TEST_P(KeptFiles, ComeBackByteForByteAndAgain) {
 }
 
 ImageSpec TableImage() {
-  ImageSpec image = SmallImage({{"ICOM1", "a comment"}, {"UDID", "user"}, {"IXSHD", "extended"}});
+  ImageSpec image = SixPixels({{"ICOM1", "a comment"}, {"UDID", "user"}, {"IXSHD", "extended"}});
   image.representation = "RGB/LUT";
   image.bands = {{"LU", 3, {10, 11, 20, 21, 30, 31}}};
   return image;
 }
 
 ImageSpec ManyBands() {
-  ImageSpec image = SmallImage();
+  ImageSpec image = SixPixels();
   image.representation = "MULTI";
   image.bands.assign(12, {"", 0, {}});
   image.data.assign(72, 9);
@@ -100,11 +86,11 @@ INSTANTIATE_TEST_SUITE_P(
     Save, KeptFiles,
     testing::Values(
         Kept{"HeaderData", NitfBuilder().Field("UDHD", "user data").Field("XHD", "more").Field("FTITLE", "A title")},
-        Kept{"Nsif", NitfBuilder().Field("FHDR", "NSIF").Image(SmallImage())},
-        Kept{"Images", NitfBuilder().Image(TableImage()).Image(SmallImage()).Image(ManyBands())},
-        Kept{"MaskedImage", NitfBuilder().Image(MaskedImage()).Image(SmallImage())},
-        Kept{"Quantised", NitfBuilder().Image(QuantisedImage("C4")).Image(SmallImage())},
-        Kept{"MaskedQuantised", NitfBuilder().Image(QuantisedImage("M4")).Image(SmallImage()).Image(MaskedImage())},
+        Kept{"Nsif", NitfBuilder().Field("FHDR", "NSIF").Image(SixPixels())},
+        Kept{"Images", NitfBuilder().Image(TableImage()).Image(SixPixels()).Image(ManyBands())},
+        Kept{"MaskedImage", NitfBuilder().Image(MaskedImage()).Image(SixPixels())},
+        Kept{"Quantised", NitfBuilder().Image(QuantisedImage("C4")).Image(SixPixels())},
+        Kept{"MaskedQuantised", NitfBuilder().Image(QuantisedImage("M4")).Image(SixPixels()).Image(MaskedImage())},
         Kept{"Others", NitfBuilder()
                            .Graphic({1, 0, 5, -7, 'C', Bytes(2000, 7), {{"SXSHD", "tags"}}})
                            .Graphic({2, 1, 0, 0, 'B', {}, {}})
@@ -123,7 +109,7 @@ TEST(Save, BlankHandleIsAHeaderOfItsDefaults) {
   EXPECT_EQ(K_NITFGetStatus(handle), NITF_STATUS_EMPTY | NITF_STATUS_HEADER);
   ASSERT_EQ(K_NITFSaveFileA(handle, folder.Path("blank.ntf").c_str()), SUCCESS);
   K_NITFDestroy(&handle);
-  const Bytes bytes = ReadBytes(folder.Path("blank.ntf"));
+  const Bytes bytes = ReadFile(folder.Path("blank.ntf"));
   const std::string file(bytes.begin(), bytes.end());
   const std::string expected = "NITF02.1003BF01" + std::string(10, '0') + "20050101010101" + std::string(80, ' ') +
                                "U" + std::string(166, ' ') + std::string(11, '0') + std::string(3, '\0') +
@@ -142,14 +128,10 @@ struct Rendered {
   std::string compression = "NC";
 };
 
-std::ostream &operator<<(std::ostream &out, const Rendered &rendered) {
-  return out << rendered.name;
-}
-
 class RenderedFields : public testing::TestWithParam<Rendered> {
  protected:
   static ImageSpec With(const FieldTexts &fields) {
-    ImageSpec image = SmallImage(fields);
+    ImageSpec image = SixPixels(fields);
     image.compression = GetParam().compression;
     return image;
   }
@@ -193,7 +175,7 @@ TEST(Save, ColorOfADrawingIsC) {
 
 TEST(Save, MaskedQuantisedDataAreMeasuredAndTheImagesBehindStayWhole) {
   const auto file = [](const Bytes &behind) {
-    return NitfBuilder().Image(QuantisedImage("M4", behind)).Image(MaskedImage()).Image(SmallImage()).Build();
+    return NitfBuilder().Image(QuantisedImage("M4", behind)).Image(MaskedImage()).Image(SixPixels()).Build();
   };
   const Bytes whole = file({});
   Bytes saved = Opened(file({9, 9, 9, 9, 9})).Saved();
@@ -205,7 +187,7 @@ TEST(Save, MaskedQuantisedDataAreMeasuredAndTheImagesBehindStayWhole) {
 }
 
 TEST(Save, EntriesThatAreNotThereAreBlank) {
-  ImageSpec spec = SmallImage();
+  ImageSpec spec = SixPixels();
   const Opened opened(NitfBuilder().Image(spec).Build());
   ImageSubheader &image = *FindImage(opened.operator->(), 0);
   image.NICOM[0] = '2';
@@ -304,7 +286,7 @@ TEST_P(Layout20, ReadsWhatItWrites) {
   const KsHandle again = KsOpen(Wide(folder.Path("again")).c_str(), KS_OPEN_CREATE, KS_MODE_CREATE);
   ASSERT_EQ(Write(save, again, read.Get(), kind), SUCCESS);
   ASSERT_EQ(KsClose(again), SUCCESS);
-  EXPECT_EQ(ReadBytes(folder.Path("again")), ReadBytes(folder.Path("subheader"))) << fields;
+  EXPECT_EQ(ReadFile(folder.Path("again")), ReadFile(folder.Path("subheader"))) << fields;
   if (kind == SegmentKind::Graphic) {
     EXPECT_EQ(FindGraphic(read.Get(), 0)->lut[2], 0x474849U);
     EXPECT_NE(fields.find("SSDEVT=an event"), std::string::npos);
@@ -328,24 +310,24 @@ TEST(Handle, TellsItsStates) {
   EXPECT_EQ(K_NITFCreateA(&none, "/no/such/file"), ERROR_NO_FILE);
   EXPECT_EQ(none, nullptr);
   EXPECT_EQ(Opened(NitfBuilder().Field("FVER", "02.00").Build()).status, NITF_UNSUPPORTED_VERSION);
-  const Opened loaded(NitfBuilder().Image(SmallImage()).Build());
+  const Opened loaded(NitfBuilder().Image(SixPixels()).Build());
   EXPECT_EQ(K_NITFGetStatus(loaded.operator->()), NITF_STATUS_HEADER);
 }
 
 TEST(Save, OntoItsOwnSourceIsRefused) {
-  const Bytes file = NitfBuilder().Image(SmallImage()).Build();
+  const Bytes file = NitfBuilder().Image(SixPixels()).Build();
   const Opened opened(file);
   std::filesystem::create_symlink(opened.Path("in.ntf"), opened.Path("link.ntf"));
   std::filesystem::create_hard_link(opened.Path("in.ntf"), opened.Path("other.ntf"));
   for (const char *name : {"in.ntf", "./in.ntf", "link.ntf", "other.ntf"}) {
     EXPECT_EQ(opened.Save(name), ERROR_FILE_WRITE) << name;
-    EXPECT_EQ(ReadBytes(opened.Path("in.ntf")), file) << name;
+    EXPECT_EQ(ReadFile(opened.Path("in.ntf")), file) << name;
   }
   EXPECT_EQ(opened.Saved(), file);
 }
 
 TEST(Save, NumbersWiderThanTheirFieldAreRefusedBeforeAnythingIsWritten) {
-  const Opened opened(NitfBuilder().Image(SmallImage()).Build());
+  const Opened opened(NitfBuilder().Image(SixPixels()).Build());
   WriteFile(opened.Path("out.ntf"), {1, 2, 3});
   ImageSubheader &image = *FindImage(opened.operator->(), 0);
   const ImageSubheader before = image;
@@ -358,12 +340,12 @@ TEST(Save, NumbersWiderThanTheirFieldAreRefusedBeforeAnythingIsWritten) {
   refused(&ImageSubheader::bitsPerPixel, 100);
   refused(&ImageSubheader::blocksPerColumn, 10000);
   refused(&ImageSubheader::blockWidth, 10000);
-  EXPECT_EQ(ReadBytes(opened.Path("out.ntf")), (Bytes{1, 2, 3}));
+  EXPECT_EQ(ReadFile(opened.Path("out.ntf")), (Bytes{1, 2, 3}));
 }
 
 TEST(Save, SourcesThatAreCutOffAreTold) {
   NitfBuilder builder;
-  builder.Image(SmallImage()).Text({"some words", {}}).DataExtension({"D", {}, Bytes(100, 1)});
+  builder.Image(SixPixels()).Text({"some words", {}}).DataExtension({"D", {}, Bytes(100, 1)});
   const Opened opened(builder.Build());
   ASSERT_EQ(opened.status, SUCCESS);
   std::filesystem::resize_file(opened.Path("in.ntf"), builder.Build().size() - 1);

@@ -75,7 +75,7 @@ TEST_P(Shortage, OfASave) {
     return status;
   });
   ASSERT_TRUE(saved);
-  EXPECT_EQ(ReadBytes(opened.Path("short.ntf")), whole);
+  EXPECT_EQ(ReadFile(opened.Path("short.ntf")), whole);
   EXPECT_EQ(opened.Saved(), whole) << "the handle is as it was";
 }
 
@@ -133,7 +133,7 @@ TEST_F(ShortageOfAuthoring, IsAStatusEverywhere) {
 
 TEST_F(ShortageOfAuthoring, OrADrawingThatIsNotThere) {
   ASSERT_EQ(Author(), SUCCESS);
-  const Opened opened(ReadBytes(folder.Path("out.ntf")));
+  const Opened opened(ReadFile(folder.Path("out.ntf")));
   FailEachAllocation([&] {
     NitfHandle handle = nullptr;
     std::int32_t status = K_NITFCreate(&handle, out.c_str());

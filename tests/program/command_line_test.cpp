@@ -1,8 +1,6 @@
 // What the command line takes, and how it tells what it doesn't.
 #include "program_test.h"
 
-#include <ostream>
-
 namespace {
 
 struct Usage {
@@ -10,10 +8,6 @@ struct Usage {
   std::vector<std::string> arguments;
   std::string words; /* expected in what is printed */
 };
-
-std::ostream &operator<<(std::ostream &stream, const Usage &usage) {
-  return stream << usage.name;
-}
 
 std::string NameOf(const testing::TestParamInfo<Usage> &info) {
   return info.param.name;

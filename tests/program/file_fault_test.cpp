@@ -2,22 +2,11 @@
 #include "program_test.h"
 
 #include <filesystem>
-#include <ostream>
 
 namespace {
 
 NitfBuilder SmallFile(const FieldTexts &imageFields = {}) {
-  ImageSpec image;
-  image.rows = 2;
-  image.columns = 3;
-  image.data = {1, 2, 3, 4, 5, 6};
-  image.fields = imageFields;
-  return NitfBuilder().Image(image);
-}
-
-std::string Text(const NitfBuilder &builder) {
-  const Bytes bytes = builder.Build();
-  return {bytes.begin(), bytes.end()};
+  return NitfBuilder().Image(SmallImage(imageFields));
 }
 
 /** A file that the library refuses, and the end of its error line. */
@@ -26,10 +15,6 @@ struct Fault {
   std::string file;
   std::string line;
 };
-
-std::ostream &operator<<(std::ostream &stream, const Fault &fault) {
-  return stream << fault.name;
-}
 
 class RefusedFile : public ProgramTest, public testing::WithParamInterface<Fault> {};
 
@@ -58,17 +43,19 @@ TEST_P(RefusedFile, LeavesAnExistingPictureAlone) {
   EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"bad.ntf", "out.png"}));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Program, RefusedFile,
-    testing::Values(
-        Fault{"Empty", "", "ends too early, or can't be read (status -7)"},
-        Fault{"Truncated", Text(SmallFile()).substr(0, 300), "ends too early, or can't be read (status -7)"},
-        Fault{"NoNitf", std::string(500, 'x'), "is not a NITF file, or a header field is wrong (status -9)"},
-        Fault{"Version", Text(SmallFile().Field("FVER", "02.00")), "version is not 02.10 (status -78)"},
-        Fault{"Compliance", Text(SmallFile().Field("CLEVEL", "05")), "compliance level is not 03 (status -700001)"},
-        Fault{"PixelType", Text(SmallFile({{"PVTYPE", "R"}})),
-              "pixel value type is neither INT nor B (status -700000)"}),
-    [](const auto &test) { return test.param.name; });
+INSTANTIATE_TEST_SUITE_P(Program, RefusedFile,
+                         testing::Values(Fault{"Empty", "", "ends too early, or can't be read (status -7)"},
+                                         Fault{"Truncated", TextOf(SmallFile().Build()).substr(0, 300),
+                                               "ends too early, or can't be read (status -7)"},
+                                         Fault{"NoNitf", std::string(500, 'x'),
+                                               "is not a NITF file, or a header field is wrong (status -9)"},
+                                         Fault{"Version", TextOf(SmallFile().Field("FVER", "02.00").Build()),
+                                               "version is not 02.10 (status -78)"},
+                                         Fault{"Compliance", TextOf(SmallFile().Field("CLEVEL", "05").Build()),
+                                               "compliance level is not 03 (status -700001)"},
+                                         Fault{"PixelType", TextOf(SmallFile({{"PVTYPE", "R"}}).Build()),
+                                               "pixel value type is neither INT nor B (status -700000)"}),
+                         [](const auto &test) { return test.param.name; });
 
 using FileFault = ProgramTest;
 

@@ -3,19 +3,12 @@
 #include <algorithm>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <spawn.h>
 #include <stdexcept>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
-
-std::string Contents(const std::string &path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 /** Starts the program with its outputs in files, and waits for its end: the exit code, or -1. */
 int Spawn(const std::string &folder, std::vector<std::string> arguments, const std::string &output,
@@ -45,13 +38,22 @@ int Spawn(const std::string &folder, std::vector<std::string> arguments, const s
 
 }  // namespace
 
+ImageSpec SmallImage(const FieldTexts &fields) {
+  ImageSpec image;
+  image.rows = 2;
+  image.columns = 3;
+  image.data = {1, 2, 3, 4, 5, 6};
+  image.fields = fields;
+  return image;
+}
+
 ProgramRun ProgramTest::Run(const std::vector<std::string> &arguments, const std::string &outputFile) const {
   const std::string output = outputFile.empty() ? logs.Path("output") : outputFile;
   const std::string errors = logs.Path("errors");
   ProgramRun run;
   run.exitCode = Spawn(folder.Path(""), arguments, output, errors);
-  if (outputFile.empty()) run.output = Contents(output);
-  run.errors = Contents(errors);
+  if (outputFile.empty()) run.output = TextOf(ReadFile(output));
+  run.errors = TextOf(ReadFile(errors));
   return run;
 }
 
@@ -60,7 +62,7 @@ void ProgramTest::WriteText(const std::string &name, const std::string &text) co
 }
 
 std::string ProgramTest::ReadText(const std::string &name) const {
-  return Contents(PathOf(name));
+  return TextOf(ReadFile(PathOf(name)));
 }
 
 std::vector<std::string> ProgramTest::FilesInFolder() const {

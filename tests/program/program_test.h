@@ -15,6 +15,9 @@ struct ProgramRun {
   std::string errors;
 };
 
+/** An image of 3 x 2 pixels, 1 to 6. */
+ImageSpec SmallImage(const FieldTexts &fields = {});
+
 /** Has an empty folder for the files of a test. */
 class ProgramTest : public testing::Test {
  protected:

@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <ostream>
 
 #include <png.h>
 
@@ -166,10 +165,6 @@ struct ImageCase {
   std::vector<std::array<int, 3>> palette;
   int (*shown)(std::uint32_t sample); /* the picture's sample */
 };
-
-std::ostream &operator<<(std::ostream &stream, const ImageCase &image) {
-  return stream << image.name;
-}
 
 class ImageOfItsOwnDepth : public ProgramTest, public testing::WithParamInterface<ImageCase> {
  protected:

@@ -2,22 +2,12 @@
 #include "program_test.h"
 
 #include <filesystem>
-#include <ostream>
 
 #include <nlohmann/json.hpp>
 
 namespace {
 
 using Json = nlohmann::json;
-
-ImageSpec SmallImage(const FieldTexts &fields = {}) {
-  ImageSpec image;
-  image.rows = 2;
-  image.columns = 3;
-  image.data = {1, 2, 3, 4, 5, 6};
-  image.fields = fields;
-  return image;
-}
 
 NitfBuilder FullFile() {
   return NitfBuilder()
@@ -26,10 +16,6 @@ NitfBuilder FullFile() {
       .Text({"some words", {{"TXTITL", "A note"}}})
       .Text({"caf\xe9\x1b[2J\n", {}})
       .DataExtension({"SAMPLE_DES", "user data", {7, 8, 9}});
-}
-
-std::string Text(const Bytes &bytes) {
-  return {bytes.begin(), bytes.end()};
 }
 
 class Segments : public ProgramTest {
@@ -48,17 +34,17 @@ TEST_F(Segments, TextIsPrintedAsItsBytes) {
 
 TEST_F(Segments, ExtractWritesBodiesAndAManifest) {
   ASSERT_EQ(Run({"extract", "a.ntf", "-o", "out/deep"}).exitCode, 0);
-  EXPECT_EQ(ReadText("out/deep/image-000.raw"), Text({1, 2, 3, 4, 5, 6}));
+  EXPECT_EQ(ReadText("out/deep/image-000.raw"), TextOf({1, 2, 3, 4, 5, 6}));
   EXPECT_EQ(ReadText("out/deep/graphic-000.cgm"), "draw");
   EXPECT_EQ(ReadText("out/deep/text-000.txt"), "some words");
-  EXPECT_EQ(ReadText("out/deep/des-000.bin"), Text({7, 8, 9}));
+  EXPECT_EQ(ReadText("out/deep/des-000.bin"), TextOf({7, 8, 9}));
   const Json manifest = Json::parse(ReadText("out/deep/manifest.json"));
   ASSERT_EQ(manifest["segments"].size(), 5U);
   const Json &text = manifest["segments"][2];
   EXPECT_EQ(text["kind"], "text");
   EXPECT_EQ(text["file"], "text-000.txt");
   EXPECT_EQ(text["subheader"]["TXTITL"], "A note");
-  const std::string file = Text(FullFile().Build());
+  const std::string file = TextOf(FullFile().Build());
   EXPECT_EQ(file.substr(text["offset"], text["bytes"]), "some words");
 }
 
@@ -97,7 +83,7 @@ TEST_F(Segments, ExtractOverwritesNothingAndFollowsNoLink) {
 
 TEST_F(Segments, CopyIsTheSameFile) {
   ASSERT_EQ(Run({"copy", "a.ntf", "b.ntf"}).exitCode, 0);
-  EXPECT_EQ(ReadText("b.ntf"), Text(FullFile().Build()));
+  EXPECT_EQ(ReadText("b.ntf"), TextOf(FullFile().Build()));
   WriteText("c.ntf", "older");
   const ProgramRun taken = Run({"copy", "a.ntf", "c.ntf"});
   EXPECT_EQ(taken.exitCode, 1);
@@ -105,7 +91,7 @@ TEST_F(Segments, CopyIsTheSameFile) {
   EXPECT_EQ(ReadText("c.ntf"), "older");
   for (const char *target : {"c.ntf", "a.ntf"}) {
     EXPECT_EQ(Run({"copy", "a.ntf", target, "--force"}).exitCode, 0);
-    EXPECT_EQ(ReadText(target), Text(FullFile().Build()));
+    EXPECT_EQ(ReadText(target), TextOf(FullFile().Build()));
   }
   EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"a.ntf", "b.ntf", "c.ntf"}));
 }
@@ -126,10 +112,6 @@ struct Faulty {
   NitfBuilder file;
   std::string finding;
 };
-
-std::ostream &operator<<(std::ostream &out, const Faulty &faulty) {
-  return out << faulty.name;
-}
 
 class FaultyFile : public ProgramTest, public testing::WithParamInterface<Faulty> {};
 

@@ -14,34 +14,12 @@ KsHandle OpenToCreate(const fs::path &path) {
   return KsOpen(path.u16string().c_str(), KS_OPEN_CREATE, KS_MODE_CREATE);
 }
 
-void Store(const fs::path &path, const Bytes &bytes) {
-  std::ofstream stream(path, std::ios::binary);
-  stream.write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-}
-
-Bytes Stored(const fs::path &path) {
-  std::ifstream stream(path, std::ios::binary);
-  return Bytes(std::istreambuf_iterator<char>(stream), {});
-}
-
 template <class Base>
 class WithFolder : public Base {
- protected:
-  void SetUp() override {
-    Base::SetUp();
-    const auto *const test = testing::UnitTest::GetInstance()->current_test_info();
-    std::string name = std::string("services_") + test->test_suite_name() + "_" + test->name();
-    for (char &c : name) c = c == '/' ? '_' : c;
-    folder = fs::path(testing::TempDir()) / name;
-    fs::remove_all(folder);
-    fs::create_directories(folder);
-  }
-  void TearDown() override {
-    fs::remove_all(folder);
-    Base::TearDown();
-  }
+  TemporaryFolder temporary;
 
-  fs::path folder;
+ protected:
+  const fs::path folder = temporary.Path("");
 };
 
 using FileTest = WithFolder<ServiceTest>;
@@ -92,7 +70,7 @@ class FileModelTest : public WithFolder<ServiceTestWith<uint32_t>> {
 
 TEST_P(FileModelTest, ReadsWhatTheFileHas) {
   model = RandomBytes(900000, GetParam());
-  Store(folder / "read", model);
+  WriteFile(folder / "read", model);
   file = OpenToRead(folder / "read");
   ASSERT_NE(file, KS_INVALID_HANDLE);
   for (int step = 0; step < 400 && !HasFatalFailure(); ++step) random() % 3 == 0 ? Seek() : Read();
@@ -107,13 +85,13 @@ TEST_P(FileModelTest, WritesReadsAndPatchesInAnyOrder) {
     kind < 2 ? Seek() : kind < 4 ? Read() : Write();
   }
   EXPECT_EQ(KsClose(file), SUCCESS);
-  EXPECT_TRUE(Stored(folder / "written") == model);
+  EXPECT_TRUE(ReadFile(folder / "written") == model);
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, FileModelTest, testing::Range(1u, 9u));
 
 TEST_F(FileTest, FileThatShrinksEndsEarlier) {
-  Store(folder / "file", RandomBytes(1000000, 1));
+  WriteFile(folder / "file", RandomBytes(1000000, 1));
   const KsHandle file = OpenToRead(folder / "file");
   Bytes buffer(600000);
   EXPECT_EQ(KsRead(file, buffer.data(), 10), 10u);
@@ -128,7 +106,7 @@ TEST_F(FileTest, FileThatShrinksEndsEarlier) {
 }
 
 TEST_F(FileTest, SeekNeverGoesBeforeTheStartOrBeyondThePositions) {
-  Store(folder / "file", Bytes(100));
+  WriteFile(folder / "file", Bytes(100));
   const KsHandle file = OpenToRead(folder / "file");
   KsSeek(file, 40, KS_SEEK_START);
   EXPECT_EQ(KsSeek(file, -41, KS_SEEK_CURRENT), -1);
@@ -159,17 +137,17 @@ TEST_F(FileTest, NoFileIsHarmless) {
 }
 
 TEST_F(FileTest, ReadingHandleDoesNotWrite) {
-  Store(folder / "file", Bytes(5, 7));
+  WriteFile(folder / "file", Bytes(5, 7));
   const KsHandle file = OpenToRead(folder / "file");
   EXPECT_EQ(KsWrite(file, "x", 1), 0u);
   EXPECT_EQ(KsClose(file), ERROR_FILE_WRITE);
-  EXPECT_EQ(Stored(folder / "file"), Bytes(5, 7));
+  EXPECT_EQ(ReadFile(folder / "file"), Bytes(5, 7));
 }
 
 TEST_F(FileTest, CreatingEmptiesAnOlderFile) {
-  Store(folder / "file", Bytes(5, 7));
+  WriteFile(folder / "file", Bytes(5, 7));
   EXPECT_EQ(KsClose(OpenToCreate(folder / "file")), SUCCESS);
-  EXPECT_TRUE(Stored(folder / "file").empty());
+  EXPECT_TRUE(ReadFile(folder / "file").empty());
 }
 
 #ifdef __linux__
@@ -189,7 +167,7 @@ uint64_t ProcessCounter(const std::string &name) {
 TEST_F(FileTest, RowsOfThreePlanesReadTwiceCostFewSystemCalls) {
   constexpr int64_t plane = 1 << 20;
   constexpr int64_t row = 4000;
-  Store(folder / "file", Bytes(3 * plane));
+  WriteFile(folder / "file", Bytes(3 * plane));
   const KsHandle file = OpenToRead(folder / "file");
   Bytes buffer(row);
   const uint64_t before = ProcessCounter("syscr");
@@ -204,7 +182,7 @@ TEST_F(FileTest, RowsOfThreePlanesReadTwiceCostFewSystemCalls) {
 }
 
 TEST_F(FileTest, ScatteredHeadersDoNotReadTheBodiesBetween) {
-  Store(folder / "file", {});
+  WriteFile(folder / "file", {});
   fs::resize_file(folder / "file", uint64_t{200} << 20);
   const KsHandle file = OpenToRead(folder / "file");
   Bytes buffer(400);

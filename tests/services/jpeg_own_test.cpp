@@ -12,11 +12,6 @@ namespace {
 constexpr uint32_t kWidth = 21;
 constexpr uint32_t kHeight = 19;
 
-int32_t Load(const Bytes &stream, KsLocalBitmap &bitmap, const KsLoadOptions *options = nullptr) {
-  return KsLoadMemory(stream.data(), bitmap.Get(), sizeof(KsBitmap), 0, KS_ORDER_CODEC, stream.size(), options,
-                      nullptr);
-}
-
 /** Noise, with the greatest steps that there are in the first row. */
 uint32_t Noise(uint32_t bits, uint32_t component, uint32_t x, uint32_t y) {
   if (y == 0) return (x & 1) << (bits - 1);
@@ -102,7 +97,7 @@ TEST_P(LosslessJpeg, GivesTheSamplesThatWentIn) {
         spec.restartRows = restartRows;
         spec.pointTransform = pointTransform;
         KsLocalBitmap bitmap;
-        ASSERT_EQ(Load(EncodeJpeg(spec), bitmap), SUCCESS);
+        ASSERT_EQ(LoadStream(EncodeJpeg(spec), bitmap), SUCCESS);
         ASSERT_NO_FATAL_FAILURE(ExpectSamples(spec, *bitmap.Get(), bands, 0)) << bits << " bits";
       }
     }
@@ -151,7 +146,7 @@ TEST_P(OwnJpeg, GivesTheBandsThatAreAskedFor) {
   for (const std::array<uint32_t, 3> bands : {kFirstThree, std::array<uint32_t, 3>{last, 0, last / 2}}) {
     KsLocalBitmap bitmap;
     const KsLoadOptions options = Bands(bands);
-    ASSERT_EQ(Load(stream, bitmap, &options), SUCCESS);
+    ASSERT_EQ(LoadStream(stream, bitmap, &options), SUCCESS);
     ExpectSamples(spec, *bitmap.Get(), bands, tolerance);
   }
 }
@@ -175,12 +170,12 @@ void ExpectSameInPlace(const Bytes &stream, const KsBitmap &expected) {
 TEST_P(OwnJpeg, BreaksOffWithTheRowsThatItHas) {
   const Bytes stream = EncodeJpeg(GetParam().spec);
   KsLocalBitmap whole;
-  ASSERT_EQ(Load(stream, whole), SUCCESS);
+  ASSERT_EQ(LoadStream(stream, whole), SUCCESS);
   uint32_t before = 0;
   for (size_t size = 3; size < stream.size(); ++size) {
     KsLocalBitmap bitmap;
     const Bytes cut(stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(size));
-    const int32_t status = Load(cut, bitmap);
+    const int32_t status = LoadStream(cut, bitmap);
     ASSERT_TRUE(status == ERROR_FILE_FORMAT || status == SUCCESS) << size << ": " << status;
     if (status != SUCCESS) continue;
     ASSERT_NO_FATAL_FAILURE(ExpectSameInPlace(cut, *bitmap.Get()));
@@ -197,21 +192,7 @@ TEST_P(OwnJpeg, BreaksOffWithTheRowsThatItHas) {
 }
 
 TEST_P(OwnJpeg, GivesAStatusOrAPictureForAnyChangedByte) {
-  KsSetBitmapLimit(uint64_t{1} << 22);
-  const Bytes stream = EncodeJpeg(GetParam().spec);
-  for (size_t i = 0; i < stream.size(); ++i) {
-    for (const int change : {0x01, 0x10, 0x80, 0xFF}) {
-      Bytes damaged = stream;
-      damaged[i] = static_cast<uint8_t>(damaged[i] ^ change);
-      KsLocalBitmap bitmap;
-      const int32_t status = Load(damaged, bitmap);
-      EXPECT_TRUE(status == SUCCESS || status == ERROR_FILE_FORMAT || status == ERROR_NOT_SUPPORTED ||
-                  status == ERROR_NO_MEMORY)
-          << i << ": " << status;
-      EXPECT_EQ(bitmap->pixels != nullptr, status == SUCCESS);
-    }
-  }
-  KsSetBitmapLimit(0);
+  LoadWithChangedBytes(EncodeJpeg(GetParam().spec));
 }
 
 const std::vector<JpegSampling> kHalved = {{2, 2}, {1, 1}, {2, 1}};
@@ -242,7 +223,7 @@ TEST_F(OwnJpegTest, ThreeComponentsOfTwelveBitsAreLumaAndDifferences) {
     return std::array<uint32_t, 3>{1224, 1357, 4095}[component];
   };
   KsLocalBitmap bitmap;
-  ASSERT_EQ(Load(EncodeJpeg(spec), bitmap), SUCCESS);
+  ASSERT_EQ(LoadStream(EncodeJpeg(spec), bitmap), SUCCESS);
   const std::array<uint8_t, 3> red = {0, 0, 255};
   for (uint32_t i = 0; i < 3; ++i) EXPECT_NEAR(bitmap->pixels[i], red[i], 2);
 }
@@ -256,7 +237,7 @@ TEST_F(OwnJpegTest, RestartsWithinARowOfALosslessPictureAreDamage) {
   ASSERT_NE(found, stream.end());
   found[5] = kWidth - 1;
   KsLocalBitmap bitmap;
-  EXPECT_EQ(Load(stream, bitmap), ERROR_FILE_FORMAT);
+  EXPECT_EQ(LoadStream(stream, bitmap), ERROR_FILE_FORMAT);
 }
 
 }  // namespace

@@ -98,9 +98,7 @@ TEST_P(JpegSave, ComesBack) {
   ASSERT_EQ(Create(expected, kWidth, kHeight, form.bits), SUCCESS);
   ASSERT_EQ(KsCombine(expected.Get(), 0, 0, kWidth, kHeight, source.Get(), 0, 0, 288, 0), SUCCESS);
   KsLocalBitmap loaded;
-  ASSERT_EQ(KsLoadMemory(saved.stream.data(), loaded.Get(), sizeof(KsBitmap), 0, KS_ORDER_CODEC, saved.stream.size(),
-                         nullptr, nullptr),
-            SUCCESS);
+  ASSERT_EQ(LoadStream(saved.stream, loaded), SUCCESS);
   ASSERT_EQ(loaded->bitsPerPixel, form.bits);
   EXPECT_LE(Difference(*loaded.Get(), *expected.Get()), 3);
   KsFileInfo info = {};

@@ -1,7 +1,6 @@
 // JPEG through the codec front: what is told of a stream, and the pixels it gives. Streams are encoded here from known
 // components, so that the picture expected can be told without a decoder.
 #include "jpeg_builder.h"
-#include "kscodec/jpeg_markers.h"
 #include "service_test.h"
 
 #include <algorithm>
@@ -129,11 +128,6 @@ Bytes Joined(Bytes first, const Bytes &second) {
   return first;
 }
 
-int32_t Load(const Bytes &stream, KsLocalBitmap &bitmap, const KsLoadOptions *options = nullptr) {
-  return KsLoadMemory(stream.data(), bitmap.Get(), sizeof(KsBitmap), 0, KS_ORDER_CODEC, stream.size(), options,
-                      nullptr);
-}
-
 KsLoadOptions Options(uint32_t flags, std::array<uint32_t, 3> bands = {}) {
   KsLoadOptions options;
   EXPECT_EQ(KsLoadOptionsInit(&options, sizeof options), SUCCESS);
@@ -211,7 +205,7 @@ TEST_P(JpegKind, IsToldAndDecoded) {
   EXPECT_EQ(info.pageNumber, 1u);
   const KsLoadOptions options = Options(kind.flags, kind.asked);
   KsLocalBitmap bitmap;
-  ASSERT_EQ(Load(stream, bitmap, &options), SUCCESS);
+  ASSERT_EQ(LoadStream(stream, bitmap, &options), SUCCESS);
   ExpectPicture(*bitmap.Get(), kind.route, kind.bands, kind.tolerance);
 }
 
@@ -273,8 +267,8 @@ class JpegTest : public ServiceTest {
   void ExpectSamePicture(const Bytes &stream, const Bytes &other) {
     KsLocalBitmap bitmap;
     KsLocalBitmap otherBitmap;
-    ASSERT_EQ(Load(stream, bitmap), SUCCESS);
-    ASSERT_EQ(Load(other, otherBitmap), SUCCESS);
+    ASSERT_EQ(LoadStream(stream, bitmap), SUCCESS);
+    ASSERT_EQ(LoadStream(other, otherBitmap), SUCCESS);
     EXPECT_EQ(StorageOf(*bitmap.Get()), StorageOf(*otherBitmap.Get()));
   }
 };
@@ -295,7 +289,7 @@ TEST_F(JpegTest, FillBytesMayStandInFrontOfTheStream) {
 
 TEST_F(JpegTest, StreamsWithoutQuantisationAreDamaged) {
   KsLocalBitmap bitmap;
-  EXPECT_EQ(Load(WithoutSegments(Encode({.components = 1}), 0xDB, 1), bitmap), ERROR_FILE_FORMAT);
+  EXPECT_EQ(LoadStream(WithoutSegments(Encode({.components = 1}), 0xDB, 1), bitmap), ERROR_FILE_FORMAT);
 }
 
 TEST_F(JpegTest, APrefixTakesTheTilesOwnStartIntoItsSegment) {
@@ -309,12 +303,6 @@ TEST_F(JpegTest, APrefixTakesTheTilesOwnStartIntoItsSegment) {
     ASSERT_EQ(Inform(prefixed, &info), SUCCESS);
     ASSERT_EQ(Inform(tile, &plain), SUCCESS);
     EXPECT_EQ(std::memcmp(&info, &plain, sizeof info), 0);
-    kscodec::jpeg::Header header;
-    ASSERT_EQ(ReadHeader(prefixed, &header), SUCCESS);
-    ASSERT_EQ(header.nitf.size(), 23u);
-    EXPECT_EQ(header.nitf.data(), prefixed.data() + 6);
-    EXPECT_EQ(header.nitf[22], 0xD8);
-    EXPECT_EQ(header.hasJfif, encoding.jfif);
   }
 }
 
@@ -325,49 +313,24 @@ struct DamageCase {
   Encoding encoding;
 };
 
-/** The limit is kept low, as a changed size may ask for gigabytes. */
 class JpegDamage : public ServiceTestWith<DamageCase> {
  protected:
-  JpegDamage() { KsSetBitmapLimit(uint64_t{1} << 20); }
-  ~JpegDamage() override { KsSetBitmapLimit(0); }
-
-  /** The status, for a picture that is either complete or not there at all. */
-  static int32_t LoadAny(const Bytes &stream) {
-    KsLocalBitmap bitmap;
-    const int32_t status = Load(stream, bitmap);
-    EXPECT_EQ(bitmap->pixels != nullptr, status == SUCCESS);
-    EXPECT_EQ(bitmap->width != 0, status == SUCCESS);
-    KsFileInfo info;
-    const int32_t told = Inform(stream, &info);
-    EXPECT_TRUE(status != SUCCESS || told == SUCCESS) << told;
-    return status;
-  }
+  Bytes stream = Encode(GetParam().encoding, 19, 11);
 };
 
 TEST_P(JpegDamage, AStreamThatBreaksOffGivesWhatItHas) {
-  const Bytes stream = Encode(GetParam().encoding, 19, 11);
   const Place scan = Find(stream, 0xDA);
   for (size_t size = 1; size < stream.size(); ++size) {
     const bool headerIsWhole = size >= scan.position + scan.length;
     const int32_t damaged = size < 3 ? ERROR_NOT_SUPPORTED : ERROR_FILE_FORMAT;
-    EXPECT_EQ(LoadAny(Bytes(stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(size))),
+    EXPECT_EQ(LoadDamaged(Bytes(stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(size))),
               headerIsWhole ? SUCCESS : damaged)
         << size;
   }
 }
 
 TEST_P(JpegDamage, AChangedByteGivesAStatusOrAPicture) {
-  const Bytes stream = Encode(GetParam().encoding, 19, 11);
-  for (size_t i = 0; i < stream.size(); ++i) {
-    for (const int change : {0x01, 0x10, 0x80, 0xFF}) {
-      Bytes damaged = stream;
-      damaged[i] = static_cast<uint8_t>(damaged[i] ^ change);
-      const int32_t status = LoadAny(damaged);
-      EXPECT_TRUE(status == SUCCESS || status == ERROR_FILE_FORMAT || status == ERROR_NOT_SUPPORTED ||
-                  status == ERROR_NO_MEMORY)
-          << i << ": " << status;
-    }
-  }
+  LoadWithChangedBytes(stream);
 }
 
 INSTANTIATE_TEST_SUITE_P(Streams, JpegDamage,
@@ -382,8 +345,8 @@ TEST_F(JpegTest, RowsInFrontOfABreakAreWhole) {
   const Bytes half(stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(stream.size() * 3 / 4));
   KsLocalBitmap whole;
   KsLocalBitmap broken;
-  ASSERT_EQ(Load(stream, whole), SUCCESS);
-  ASSERT_EQ(Load(half, broken), SUCCESS);
+  ASSERT_EQ(LoadStream(stream, whole), SUCCESS);
+  ASSERT_EQ(LoadStream(half, broken), SUCCESS);
   constexpr std::ptrdiff_t kWholeRows = 16 * std::ptrdiff_t{kWidth};
   EXPECT_TRUE(std::equal(whole->pixels, whole->pixels + kWholeRows, broken->pixels));
   EXPECT_NE(StorageOf(*whole.Get()), StorageOf(*broken.Get()));
@@ -399,7 +362,7 @@ TEST_F(JpegTest, EndlessScansAreRefused) {
     for (int i = 0; i < times; ++i) many.insert(many.end(), scan.begin(), scan.end());
     many.insert(many.end(), {0xFF, 0xD9});
     KsLocalBitmap bitmap;
-    return Load(many, bitmap);
+    return LoadStream(many, bitmap);
   };
   EXPECT_EQ(repeated(300), SUCCESS);
   EXPECT_EQ(repeated(600), ERROR_FILE_FORMAT);
@@ -413,7 +376,7 @@ TEST_F(JpegTest, AShortStreamHoldsNoHugePicture) {
       stream[at + 1] = static_cast<uint8_t>(side);
     }
     KsLocalBitmap bitmap;
-    return Load(stream, bitmap);
+    return LoadStream(stream, bitmap);
   };
   const Bytes sequential = Encode({.components = 1});
   EXPECT_EQ(load(sequential, 0xC0, 8192), SUCCESS);
@@ -424,7 +387,7 @@ TEST_F(JpegTest, AShortStreamHoldsNoHugePicture) {
   EXPECT_EQ(load(EncodeJpeg(lossless), 0xC3, 65000), ERROR_FILE_FORMAT);
   // The shortest codes that there are: one bit for the level of a block, one for its end.
   KsLocalBitmap black;
-  EXPECT_EQ(Load(Encode({.components = 1, .isBlank = true}, 9000, 9000), black), SUCCESS);
+  EXPECT_EQ(LoadStream(Encode({.components = 1, .isBlank = true}, 9000, 9000), black), SUCCESS);
 }
 
 // ---- headers --------------------------------------------------------------------------------------------------------
@@ -466,7 +429,7 @@ TEST_P(JpegHeader, IsToldOrRefused) {
   EXPECT_EQ(info.formatId, header.format);
   EXPECT_EQ(info.bitsPerPixel, header.bitsPerPixel);
   KsLocalBitmap bitmap;
-  EXPECT_EQ(Load(exact, bitmap), header.loaded);
+  EXPECT_EQ(LoadStream(exact, bitmap), header.loaded);
   EXPECT_EQ(bitmap->pixels, nullptr);
 }
 
@@ -506,10 +469,10 @@ TEST_F(JpegTest, TheBitmapLimitHolds) {
   KsLocalBitmap bitmap;
   constexpr uint64_t kBytes = uint64_t{kWidth} * 3 * kHeight;
   KsSetBitmapLimit(kBytes - 1);
-  EXPECT_EQ(Load(stream, bitmap), ERROR_NO_MEMORY);
+  EXPECT_EQ(LoadStream(stream, bitmap), ERROR_NO_MEMORY);
   EXPECT_EQ(bitmap->pixels, nullptr);
   KsSetBitmapLimit(kBytes);
-  EXPECT_EQ(Load(stream, bitmap), SUCCESS);
+  EXPECT_EQ(LoadStream(stream, bitmap), SUCCESS);
   KsSetBitmapLimit(0);
 }
 
@@ -518,11 +481,11 @@ TEST_F(JpegTest, ALoadReplacesWhatTheBitmapHeld) {
   KsLocalBitmap bitmap;
   const Palette palette = RandomPalette(256, 1);
   ASSERT_EQ(Create(bitmap, 3, 3, 8, palette.data()), SUCCESS);
-  ASSERT_EQ(Load(stream, bitmap), SUCCESS);
+  ASSERT_EQ(LoadStream(stream, bitmap), SUCCESS);
   EXPECT_EQ(bitmap->width, kWidth);
   EXPECT_EQ(bitmap->palette, nullptr);
   KsFailAllocationsAfter(0);
-  EXPECT_EQ(Load(stream, bitmap), ERROR_NO_MEMORY);
+  EXPECT_EQ(LoadStream(stream, bitmap), ERROR_NO_MEMORY);
   EXPECT_EQ(bitmap->pixels, nullptr);
 }
 
@@ -540,7 +503,7 @@ TEST_F(JpegTest, DecodesInPlaceWhereSizeAndDepthFit) {
   EXPECT_EQ(load(kWidth, kHeight), SUCCESS);
   KsLocalBitmap alone;
   KsLocalBitmap expected;
-  ASSERT_EQ(Load(stream, alone), SUCCESS);
+  ASSERT_EQ(LoadStream(stream, alone), SUCCESS);
   ASSERT_EQ(Create(expected, kWidth + 3, kHeight + 2, 24), SUCCESS);
   KsCombine(expected.Get(), 2, 1, kWidth, kHeight, alone.Get(), 0, 0, 288, 0);
   EXPECT_EQ(StorageOf(*whole.Get()), StorageOf(*expected.Get()));
@@ -551,7 +514,7 @@ TEST_F(JpegTest, ARedirectLeavesTheBitmapToTheRawStream) {
   KsLocalBitmap bitmap;
   ASSERT_EQ(Create(bitmap, 3, 3, 1), SUCCESS);
   KsSetRedirect(redirect, nullptr);
-  EXPECT_NE(Load(Encode({}), bitmap), SUCCESS);
+  EXPECT_NE(LoadStream(Encode({}), bitmap), SUCCESS);
   KsSetRedirect(nullptr, nullptr);
   EXPECT_EQ(bitmap->width, 3u);
   EXPECT_EQ(bitmap->bitsPerPixel, 1u);

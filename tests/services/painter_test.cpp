@@ -16,7 +16,6 @@ using namespace ksvect;
 constexpr Color kWhite = 0xFFFFFF;
 constexpr Color kRed = 0x0000FF;
 constexpr Color kBlue = 0xFF0000;
-constexpr double kTurn = 2 * std::numbers::pi;
 
 Style Solid(Color color) {
   Style style;

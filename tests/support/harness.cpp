@@ -1,15 +1,8 @@
 #include "harness.h"
 
 #include <filesystem>
-#include <stdexcept>
 
 namespace {
-
-std::string MakeFolder() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "ksntfx-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
-  return pattern;
-}
 
 struct Delivery {
   Composition *composition;
@@ -39,13 +32,6 @@ auto WithFile(const NitfBuilder &builder, Work work) {
 }
 
 }  // namespace
-
-TemporaryFolder::TemporaryFolder() : folder(MakeFolder()) {}
-
-TemporaryFolder::~TemporaryFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(folder, ignored);
-}
 
 std::u16string Wide(const std::string &narrow) {
   return std::filesystem::path(narrow).u16string();
@@ -124,10 +110,4 @@ PlatformWatch::PlatformWatch() {
 
 PlatformWatch::~PlatformWatch() {
   KsSetPlatformHandlers(nullptr);
-}
-
-std::array<std::int64_t, KS_MEMORY_KINDS> LiveBlocks() {
-  std::array<std::int64_t, KS_MEMORY_KINDS> counts{};
-  for (std::uint32_t kind = 0; kind < KS_MEMORY_KINDS; ++kind) counts[kind] = KsLiveBlocks(kind);
-  return counts;
 }

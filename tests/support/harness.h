@@ -1,29 +1,14 @@
-// What tests need of the library and of files: composing through the filter entries, and a place for temporary files.
+// What tests need of the library: composing through the filter entries, and loaded files.
 #pragma once
 
 #include "kskernel.h"
 #include "ksntfx.h"
+#include "live_blocks.h"
 #include "nitf_builder.h"
 #include "nitffile.h"
 
-#include <array>
 #include <string>
 #include <vector>
-
-/** A folder of its own that is removed at the end. */
-class TemporaryFolder {
- public:
-  TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder &) = delete;
-  TemporaryFolder &operator=(const TemporaryFolder &) = delete;
-  ~TemporaryFolder();
-
-  /** The path of a file in it. */
-  std::string Path(const std::string &name) const { return folder + "/" + name; }
-
- private:
-  std::string folder;
-};
 
 std::u16string Wide(const std::string &narrow);
 
@@ -96,6 +81,3 @@ class PlatformWatch {
   std::vector<std::string> messages; /**< caption, colon, text */
   std::vector<std::string> debugLines;
 };
-
-/** Live blocks of all kinds, to compare before and after. */
-std::array<std::int64_t, KS_MEMORY_KINDS> LiveBlocks();

@@ -3,9 +3,6 @@
 #include "bit_writer.h"
 
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <stdexcept>
 #include <utility>
 
 namespace {
@@ -283,12 +280,23 @@ void NitfBuilder::Write(const std::string &path) const {
   WriteFile(path, Build());
 }
 
-void WriteFile(const std::string &path, const Bytes &bytes) {
-  // A new file: file systems that flush an emptied one when it is closed would make thousands of small files slow.
-  std::filesystem::remove(path);
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  file.write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-  if (!file.flush()) throw std::runtime_error("can't write " + path);
+ImageSpec SixPixels(const FieldTexts &fields) {
+  ImageSpec image;
+  image.rows = 3;
+  image.columns = 2;
+  image.data = {1, 2, 3, 4, 5, 6};
+  image.fields = fields;
+  return image;
+}
+
+Bytes WithStreamHeader(Bytes file, const Bytes &replacement, const std::string &lastLength) {
+  char length[8];
+  std::snprintf(length, sizeof length, "%07zu", replacement.size());
+  const auto append = [&file](const auto &bytes) { file.insert(file.end(), bytes.begin(), bytes.end()); };
+  append(std::string(length) + "\x0A\x6E\x1D\x97");
+  append(replacement);
+  append("\x0E\xCA\x14\xBF" + (lastLength.empty() ? std::string(length) : lastLength));
+  return file;
 }
 
 Bytes LayOut(const ImageSpec &image, const SampleFunction &sample, const BlockFunction &recorded) {

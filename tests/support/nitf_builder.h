@@ -1,14 +1,14 @@
 // Makes NITF files in a few lines, field by field, without the library under test.
 #pragma once
 
+#include "files.h"
+
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
 #include <string>
 #include <vector>
-
-using Bytes = std::vector<std::uint8_t>;
 
 /** Texts that stand in the place of a header's usual ones, by the standard's field names. */
 using FieldTexts = std::map<std::string, std::string>;
@@ -116,7 +116,11 @@ class NitfBuilder {
   FieldTexts headerFields;
 };
 
-void WriteFile(const std::string &path, const Bytes &bytes);
+/** An image of two columns and three rows with the pixels 1 to 6. */
+ImageSpec SixPixels(const FieldTexts &fields = {});
+
+/** A file with a stream file header behind it, which holds `replacement`; `lastLength` is another one than is true. */
+Bytes WithStreamHeader(Bytes file, const Bytes &replacement, const std::string &lastLength = {});
 
 /** A sample of an image: band, row and column count over the whole image; pads are asked for too. */
 using SampleFunction = std::function<std::uint32_t(std::uint32_t band, std::uint32_t row, std::uint32_t column)>;

@@ -3,18 +3,12 @@
 
 #include "harness.h"
 
-#include <fstream>
-#include <iterator>
 #include <string>
 
-inline Bytes ReadBytes(const std::string &path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-/** A handle on a file of a folder of its own. */
+/** A handle on a file of a folder of its own, or on a blank one. */
 class Opened {
  public:
+  Opened() { status = K_NITFCreateA(&handle, nullptr); }
   explicit Opened(const Bytes &file) {
     WriteFile(folder.Path("in.ntf"), file);
     status = K_NITFCreateA(&handle, folder.Path("in.ntf").c_str());
@@ -27,7 +21,7 @@ class Opened {
     return K_NITFSaveFileA(handle, folder.Path(name).c_str());
   }
   /** What a save gives, and an empty file where it fails. */
-  Bytes Saved() const { return Save() == SUCCESS ? ReadBytes(folder.Path("out.ntf")) : Bytes(); }
+  Bytes Saved() const { return Save() == SUCCESS ? ReadFile(folder.Path("out.ntf")) : Bytes(); }
   std::string Path(const std::string &name) const { return folder.Path(name); }
   NitfFile *operator->() const { return handle; }
   NitfHandle Get() const { return handle; }

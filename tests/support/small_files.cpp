@@ -5,7 +5,6 @@
 #include "jpeg_builder.h"
 #include "vq_builder.h"
 
-#include <cstdio>
 #include <iterator>
 
 /** What a mask table says of a block that isn't there. */
@@ -103,19 +102,6 @@ SmallFile Coded(const char *name, const char *compression, std::uint32_t bits, c
   return {name, NitfBuilder().Image(image).Build(), stream.size()};
 }
 
-/** A file that was begun before its lengths were known: its headers come once more, complete, behind the data. */
-Bytes Streamed(const NitfBuilder &begun, const NitfBuilder &complete) {
-  Bytes file = begun.Build();
-  const Bytes header = complete.Header();
-  char length[8];
-  std::snprintf(length, sizeof length, "%07zu", header.size());
-  const auto append = [&file](const auto &bytes) { file.insert(file.end(), std::begin(bytes), std::end(bytes)); };
-  append(std::string(length) + "\x0A\x6E\x1D\x97");
-  append(header);
-  append("\x0E\xCA\x14\xBF" + std::string(length));
-  return file;
-}
-
 }  // namespace
 
 std::vector<SmallFile> SmallFiles() {
@@ -151,6 +137,7 @@ std::vector<SmallFile> SmallFiles() {
       Coded("lossless_jpeg", "C5", 16, JpegStream(true, 16, 3)),
       Coded("jpeg_2000", "C8", 8, Bytes(std::begin(kJpeg2000Stream), std::end(kJpeg2000Stream))),
       Coded("jpeg_made_smaller", "I1", 8, JpegStream(true, 8, 1)),
-      {"stream", Streamed(NitfBuilder(plain).Field("FL", "999999999999"), plain)},
+      // Begun before its lengths were known: its headers come once more, complete, behind the data.
+      {"stream", WithStreamHeader(NitfBuilder(plain).Field("FL", "999999999999").Build(), plain.Header())},
   };
 }

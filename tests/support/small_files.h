@@ -3,8 +3,6 @@
 
 #include "nitf_builder.h"
 
-#include <ostream>
-
 struct SmallFile {
   std::string name;
   Bytes bytes;
@@ -12,11 +10,6 @@ struct SmallFile {
 };
 
 std::vector<SmallFile> SmallFiles();
-
-/** How the test library names one. */
-inline void PrintTo(const SmallFile &file, std::ostream *out) {
-  *out << file.name;
-}
 
 /** An image of 6 x 4 pixels in blocks of 3 x 2. */
 ImageSpec SmallImage(char mode, std::size_t bands, const char *compression);

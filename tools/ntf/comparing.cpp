@@ -14,9 +14,7 @@ constexpr SegmentKind kKinds[] = {SegmentKind::Image, SegmentKind::Graphic, Segm
 
 /** Vector-quantised data end with their last row of codes, whatever stands behind it in the original. */
 bool MayEndEarlier(const NitfFile &file, SegmentKind kind, std::uint32_t index) {
-  if (kind != SegmentKind::Image) return false;
-  const std::uint32_t compression = FindImage(&file, index)->compression;
-  return compression == kC4 || compression == kM4;
+  return kind == SegmentKind::Image && IsVectorQuantised(*FindImage(&file, index));
 }
 
 bool SameBytes(const NitfFile &original, const NitfFile &saved, SegmentKind kind, std::uint32_t index,

@@ -30,7 +30,7 @@ Outcome AppendImage(NitfHandle handle, const Item &item) {
   if (Outcome unreadable = ReadPicture(item.file, bitmap)) return unreadable;
   const std::uint32_t bits = bitmap->bitsPerPixel == 24 ? 24 : 8;
   const std::int32_t status = K_NITFAppendImageSegment(handle, bitmap.Get(), KS_FORMAT_JPEG, bits, item.quality);
-  return status == SUCCESS ? Outcome() : Outcome(StatusProblem(item.file, status));
+  return OutcomeOf(item.file, status);
 }
 
 Outcome AppendGraphic(NitfHandle handle, const Item &item) {
@@ -46,12 +46,12 @@ Outcome AppendGraphic(NitfHandle handle, const Item &item) {
     return Problem{item.file, "the drawing has no objects", ERROR_FILE_FORMAT};
   }
   status = K_NITFAppendGraphicSegment(handle, vector.Get(), &box);
-  return status == SUCCESS ? Outcome() : Outcome(StatusProblem(item.file, status));
+  return OutcomeOf(item.file, status);
 }
 
 Outcome AppendText(NitfHandle handle, const Item &item) {
   const std::int32_t status = K_NITFAppendTextSegmentA(handle, item.file.c_str());
-  return status == SUCCESS ? Outcome() : Outcome(StatusProblem(item.file, status));
+  return OutcomeOf(item.file, status);
 }
 
 /** Where a segment stands among the others, where that was asked for. */

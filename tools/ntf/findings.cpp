@@ -258,13 +258,12 @@ void Checker::CheckImage(const Header &header, std::uint32_t index) {
 void Checker::CheckBlocks(const Header &header, const ImageSubheader &image) {
   struct Axis {
     const char *field;
-    const char *sizeField;
     std::uint32_t blocks;
     std::uint32_t block;
     std::uint32_t size;
   };
-  const Axis axes[] = {{"NBPR", "NPPBH", image.blocksPerRow, BlockWidth(image), image.columns},
-                       {"NBPC", "NPPBV", image.blocksPerColumn, BlockHeight(image), image.rows}};
+  const Axis axes[] = {{"NBPR", image.blocksPerRow, BlockWidth(image), image.columns},
+                       {"NBPC", image.blocksPerColumn, BlockHeight(image), image.rows}};
   for (const Axis &axis : axes) {
     const std::uint64_t needed = axis.block == 0 ? 0 : (std::uint64_t{axis.size} + axis.block - 1) / axis.block;
     if (axis.blocks == needed) continue;
@@ -280,7 +279,6 @@ void Checker::CheckBlocks(const Header &header, const ImageSubheader &image) {
 void Checker::CheckMask(const Header &header, const ImageSubheader &image, std::uint32_t dataLength) {
   if (!HasMaskTable(image.compression)) return;
   constexpr std::uint32_t kRecordBytes = 4;
-  constexpr std::uint64_t kFixedBytes = 10;
   const auto add = [&](const char *field, std::uint64_t offset, std::string words) {
     findings.push_back(header.FoundAt(
         field, header.start + SubheaderLength(&file, SegmentKind::Image, image.index) + offset, std::move(words)));
@@ -295,7 +293,7 @@ void Checker::CheckMask(const Header &header, const ImageSubheader &image, std::
   const std::uint64_t records =
       std::uint64_t{image.blocksPerRow} * image.blocksPerColumn * (image.mode == kBandSequential ? image.bandCount : 1);
   const std::uint64_t tables = (image.blockMaskLength != 0 ? 1 : 0) + (image.padMaskLength != 0 ? 1 : 0);
-  const std::uint64_t bytes = kFixedBytes + PadCodeBytes(image) + tables * records * kRecordBytes;
+  const std::uint64_t bytes = kMaskHeaderBytes + PadCodeBytes(image) + tables * records * kRecordBytes;
   if (image.maskDataOffset != bytes) {
     add("IMDATOFF", 0, "is " + Number(image.maskDataOffset) + ", the mask table has " + Number(bytes) + " bytes");
   }
@@ -304,7 +302,7 @@ void Checker::CheckMask(const Header &header, const ImageSubheader &image, std::
        image.blockMask != nullptr && block < std::min<std::uint64_t>(records, image.maskEntries); ++block) {
     const std::uint32_t offset = BigEndian32(image.blockMask[block]);
     if (offset == kNotRecorded || offset < data) continue;
-    add("BMR", kFixedBytes + PadCodeBytes(image) + block * kRecordBytes,
+    add("BMR", kMaskHeaderBytes + PadCodeBytes(image) + block * kRecordBytes,
         "block " + Number(block) + " lies behind the data, at " + Number(offset) + " of " + Number(data));
     break;
   }

@@ -8,7 +8,7 @@ Outcome LoadHeaders(const std::string &fileName, NitfFile &file) {
   if (Outcome unreadable = CheckInput(fileName)) return unreadable;
   const WideName name = Widen(fileName);
   const std::int32_t status = Load(&file, name.get());
-  return status == SUCCESS ? Outcome() : Outcome(StatusProblem(fileName, status));
+  return OutcomeOf(fileName, status);
 }
 
 }  // namespace ntf

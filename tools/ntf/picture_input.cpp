@@ -22,7 +22,7 @@ Outcome MakeBitmap(const std::string &name, std::uint32_t width, std::uint32_t h
   const std::int32_t status =
       KsBitmapCreate(bitmap.Get(), sizeof(KsBitmap), KS_BITMAP_OWN, width, height, gray ? 8 : 24,
                      gray ? KS_ORDER_GRAY : KS_ORDER_BGR, nullptr, 1, nullptr, 0);
-  return status == SUCCESS ? Outcome() : Outcome(StatusProblem(name, status));
+  return OutcomeOf(name, status);
 }
 
 Outcome ReadPng(const std::string &name, const std::vector<std::uint8_t> &bytes, KsLocalBitmap &bitmap) {
@@ -77,7 +77,7 @@ Outcome ReadPnm(const std::string &name, const std::vector<std::uint8_t> &bytes,
 Outcome ReadJpeg(const std::string &name, const std::vector<std::uint8_t> &bytes, KsLocalBitmap &bitmap) {
   const std::int32_t status =
       KsLoadMemory(bytes.data(), bitmap.Get(), sizeof(KsBitmap), 0, KS_ORDER_CODEC, bytes.size(), nullptr, nullptr);
-  return status == SUCCESS ? Outcome() : Outcome(StatusProblem(name, status));
+  return OutcomeOf(name, status);
 }
 
 }  // namespace

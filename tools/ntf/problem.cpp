@@ -1,5 +1,6 @@
 #include "problem.h"
 
+#include "kskernel.h"
 #include "status_words.h"
 
 #include <cctype>
@@ -10,6 +11,10 @@ namespace ntf {
 
 Problem StatusProblem(const std::string &subject, std::int32_t status) {
   return {subject, StatusWords(status), status};
+}
+
+Outcome OutcomeOf(const std::string &subject, std::int32_t status) {
+  return status == SUCCESS ? Outcome() : StatusProblem(subject, status);
 }
 
 Problem SystemProblem(const std::string &subject, int error, std::int32_t status) {

@@ -20,6 +20,9 @@ using Outcome = std::optional<Problem>;
 /** The problem that a status of the library stands for. */
 Problem StatusProblem(const std::string &subject, std::int32_t status);
 
+/** That problem, or none for SUCCESS. */
+Outcome OutcomeOf(const std::string &subject, std::int32_t status);
+
 /** The problem that the operating system told with an errno, in its words; `status` is what it comes to. */
 Problem SystemProblem(const std::string &subject, int error, std::int32_t status);
 

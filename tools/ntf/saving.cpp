@@ -28,13 +28,13 @@ Outcome LocalHandle::Open(const std::string &name) {
   if (Outcome unreadable = CheckInput(name)) return unreadable;
   opened = name;
   const std::int32_t status = K_NITFCreateA(&handle, name.c_str());
-  return status == SUCCESS ? Outcome() : Outcome(StatusProblem(name, status));
+  return OutcomeOf(name, status);
 }
 
 Outcome LocalHandle::Make(const std::string &name) {
   opened = name;
   const std::int32_t status = K_NITFCreate(&handle, nullptr);
-  return status == SUCCESS ? Outcome() : Outcome(StatusProblem(name, status));
+  return OutcomeOf(name, status);
 }
 
 }  // namespace ntf

@@ -25,7 +25,7 @@ Outcome DrawSegment(const std::string &fileName, std::uint32_t index, KsLocalBit
   const DisplayOffset offset = {static_cast<std::int32_t>(kMargin - place.top),
                                 static_cast<std::int32_t>(kMargin - place.left)};
   status = context.Get() == nullptr ? ERROR_NO_MEMORY : DrawGraphic(context.Get(), file.Get(), index, offset);
-  return status == SUCCESS ? Outcome() : Outcome(StatusProblem(fileName, status));
+  return OutcomeOf(fileName, status);
 }
 
 }  // namespace ntf

@@ -1,4 +1,4 @@
-// A bitmap's palette on a device context.
+// Bitmaps painted on a device context.
 #pragma once
 
 #include "kskernel.h"
@@ -26,3 +26,17 @@ class SelectedPalette {
   KsPalette *palette = nullptr;
   KsPalette *previous = nullptr;
 };
+
+/** Paints a bitmap into a rectangle of the canvas. */
+inline std::int32_t PaintWhole(KsDeviceContext *context, const KsBitmap *bitmap, const KsRect &place) {
+  return KsPaintBitmap(context, bitmap, nullptr, nullptr, &place, nullptr, KS_ROP_COPY);
+}
+
+/** The same without the pixels of one colour. */
+inline std::int32_t PaintTransparent(KsDeviceContext *context, const KsBitmap *bitmap, const KsRect &place,
+                                     const KsPaletteEntry &transparent) {
+  const std::uint32_t color =
+      std::uint32_t{transparent.blue} << 16 | std::uint32_t{transparent.green} << 8 | transparent.red;
+  return KsPaintTransparent(context, bitmap, nullptr, nullptr, &place, nullptr, 1000, 1, 1, 1, 1, 1, 1, 1, color, 0, 0,
+                            KS_ROP_COPY);
+}
