@@ -64,23 +64,23 @@ class RecordChange {
   std::string data;
 };
 
-class Session {
+class Calls {
  public:
-  explicit Session(Input input) : choices(input) {
+  explicit Calls(Input input) : choices(input) {
     Require(K_NITFCreateA(&handle, nullptr) == SUCCESS, "an empty file can be made");
   }
-  Session(const Session &) = delete;
-  Session &operator=(const Session &) = delete;
-  ~Session() { K_NITFDestroy(&handle); }
+  Calls(const Calls &) = delete;
+  Calls &operator=(const Calls &) = delete;
+  ~Calls() { K_NITFDestroy(&handle); }
 
   void Run() {
-    using Call = void (Session::*)();
-    static constexpr std::array<Call, 11> kCalls = {
-        &Session::SetFileHeader, &Session::SetImage,      &Session::SetGraphic, &Session::SetText,
-        &Session::AppendImage,   &Session::AppendGraphic, &Session::AppendText, &Session::ChangeDrawing,
-        &Session::TakeText,      &Session::Compose,       &Session::Reopen};
+    using Call = void (Calls::*)();
+    static constexpr std::array<Call, 11> kKinds = {&Calls::SetFileHeader, &Calls::SetImage,      &Calls::SetGraphic,
+                                                    &Calls::SetText,       &Calls::AppendImage,   &Calls::AppendGraphic,
+                                                    &Calls::AppendText,    &Calls::ChangeDrawing, &Calls::TakeText,
+                                                    &Calls::Compose,       &Calls::Reopen};
     for (std::uint32_t calls = 0; calls < kMostCalls && !choices.AtEnd(); ++calls) {
-      (this->*kCalls[choices.Byte() % kCalls.size()])();
+      (this->*kKinds[choices.Byte() % kKinds.size()])();
     }
     Reopen();
   }
@@ -227,5 +227,5 @@ class Session {
 
 void FuzzOne(Input input) {
   KsSetBitmapLimit(kBitmapLimit);
-  Session(input).Run();
+  Calls(input).Run();
 }
