@@ -1,5 +1,6 @@
 #include "imgmodes.h"
 
+#include "interleave.h"
 #include "samples.h"
 
 #include <algorithm>
@@ -65,16 +66,6 @@ ModeLayout LayoutOf(const ImageSubheader &image, const BlockGrid &grid, const Bl
 /** Moves every `step`-th byte of a row of `count` samples. */
 void GatherRow(const std::uint8_t *samples, std::uint32_t step, std::uint64_t count, std::uint8_t *row) {
   for (std::uint64_t x = 0; x < count; ++x) row[x] = samples[x * step];
-}
-
-/** One row of three samples a pixel, `step` bytes from one pixel to the next, as blue, green and red. */
-inline void InterleaveRow(std::uint8_t *pixel, std::uint32_t width, const std::uint8_t *red, const std::uint8_t *green,
-                          const std::uint8_t *blue, std::uint32_t step) {
-  for (std::uint64_t x = 0; x < width; ++x, pixel += 3) {
-    pixel[0] = blue[x * step];
-    pixel[1] = green[x * step];
-    pixel[2] = red[x * step];
-  }
 }
 
 /** One band of 1, 8, 12 or 16 bits. */
@@ -234,8 +225,8 @@ class ColorReader final : public LaidOutReader {
     if (status != SUCCESS) return status;
     for (std::uint32_t row = 0; row < rows; ++row) {
       const std::uint8_t *run = samples + runBytes * row;
-      InterleaveRow(out.Row(row), grid.width, run + bands[0] * rowBytes, run + bands[1] * rowBytes,
-                    run + bands[2] * rowBytes, 1);
+      InterleaveRow(out.Row(row), grid.width,
+                    {run + bands[0] * rowBytes, run + bands[1] * rowBytes, run + bands[2] * rowBytes, 1});
     }
     return SUCCESS;
   }
@@ -251,7 +242,7 @@ class ColorReader final : public LaidOutReader {
     }
     for (std::uint32_t row = 0; row < rows; ++row) {
       const std::uint8_t *red = samples + row * rowBytes;
-      InterleaveRow(out.Row(row), grid.width, red, red + planeBytes, red + 2 * planeBytes, 1);
+      InterleaveRow(out.Row(row), grid.width, {red, red + planeBytes, red + 2 * planeBytes, 1});
     }
     return SUCCESS;
   }
@@ -276,9 +267,7 @@ class ColorReader final : public LaidOutReader {
     if (status != SUCCESS) return status;
     for (std::uint32_t row = 0; row < rows; ++row) {
       const std::uint8_t *run = samples + runBytes * (std::min(first + row, lastRead) - begin);
-      // The common case has its step known when it is compiled.
-      const std::uint32_t step = layout.pixel == 3 ? 3 : layout.pixel;
-      InterleaveRow(out.Row(row), grid.width, run + bands[0], run + bands[1], run + bands[2], step);
+      InterleaveRow(out.Row(row), grid.width, {run + bands[0], run + bands[1], run + bands[2], layout.pixel});
     }
     return SUCCESS;
   }
