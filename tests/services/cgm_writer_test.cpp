@@ -443,14 +443,11 @@ TEST(CgmWriter, RefusesWhatNoMetafileHolds) {
   Style patterned;
   patterned.fill.interior = Interior::Pattern;
   patterned.fill.pattern = 99;
-  const std::vector<std::pair<Shape, Style>> refused = {{Polyline{{{0, kNone}, {1, 1}}}, {}},
-                                                        {Polyline{{{0, 1e61}, {1, 1}}}, {}},
-                                                        {Ellipse{{}, {kEndless, 0}, {0, 1}}, {}},
-                                                        {Ellipse{{}, {1, 0}, {0, 1}, Closure::Pie, 0, kEndless}, {}},
-                                                        {CellArray{{}, {}, {}, 2, 2, {1, 2, 3}}, {}},
-                                                        {Polyline{{{0, 0}, {1, 1}}}, wide},
-                                                        {Polygon{{{0, 0}, {1, 1}, {2, 0}}}, patterned},
-                                                        {PolygonSet{{{0, 0}, {1, 1}}, {}}, {}}};
+  const std::vector<std::pair<Shape, Style>> refused = {
+      {Polyline{{{0, kNone}, {1, 1}}}, {}},           {Polyline{{{0, 1e61}, {1, 1}}}, {}},
+      {Ellipse{{}, {kEndless, 0}, {0, 1}}, {}},       {Ellipse{{}, {1, 0}, {0, 1}, Closure::Pie, 0, kEndless}, {}},
+      {CellArray{{}, {}, {}, 2, 2, {1, 2, 3}}, {}},   {Polyline{{{0, 0}, {1, 1}}}, wide},
+      {Polygon{{{0, 0}, {1, 1}, {2, 0}}}, patterned}, {PolygonSet{{{0, 0}, {1, 1}}, {}}, {}}};
   for (const auto &[shape, style] : refused) {
     Scene scene;
     scene.Add(shape, style);
