@@ -38,6 +38,7 @@ Points Walk(std::uint32_t &state) {
 std::vector<Points> Walks() {
   std::vector<Points> walks;
   std::uint32_t state = 1;
+  walks.reserve(std::size_t{kDrawings} * kLines);
   for (int i = 0; i < kDrawings * kLines; ++i) walks.push_back(Walk(state));
   return walks;
 }
@@ -50,7 +51,7 @@ void WriteDrawings(const std::string &path, const std::vector<Points> &walks) {
   for (int drawing = 0; drawing < std::min(kDrawings, 999); ++drawing) {
     CgmBuilder metafile(coding, {0, kSide}, {kSide, 0});
     for (int line = 0; line < kLines; ++line) {
-      metafile.Add(4, 1, metafile.New().Points(walks[static_cast<std::size_t>(drawing * kLines + line)]));
+      metafile.Add(4, 1, metafile.New().Points(walks[std::size_t{kLines} * drawing + line]));
     }
     file.Graphic({drawing + 1, 0, 0, 0, 'C', metafile.Finish(), {{"SBND1", "0000000000"}, {"SBND2", "0204802048"}}});
   }

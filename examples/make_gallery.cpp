@@ -156,11 +156,13 @@ NitfBuilder Elements() {
   constexpr double kStepY = 110;
   const std::vector<Cell> cells = Cells();
   const int width = static_cast<int>(kAcross * kStepX) + 20;
-  const int height = static_cast<int>((cells.size() + kAcross - 1) / kAcross * kStepY) + 20;
+  const std::size_t lines = (cells.size() + kAcross - 1) / kAcross;
+  const int height = static_cast<int>(static_cast<double>(lines) * kStepY) + 20;
   Sheet sheet(width, height);
   for (std::size_t i = 0; i < cells.size(); ++i) {
+    const std::size_t line = i / kAcross;
     const double x = 40 + kStepX * static_cast<double>(i % kAcross);
-    const double y = 20 + kStepY * static_cast<double>(i / kAcross);
+    const double y = 20 + kStepY * static_cast<double>(line);
     sheet.Line(1, 2, kBlue);
     sheet.Fill(1, kGold);
     cells[i].draw(sheet, x, y);
