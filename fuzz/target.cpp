@@ -49,7 +49,7 @@ std::uint32_t Choices::Word() {
 
 std::string Choices::Text(std::size_t most) {
   const std::size_t length = std::min({std::size_t{Byte()}, most, left.size()});
-  const std::string text(left.begin(), left.begin() + static_cast<std::ptrdiff_t>(length));
+  std::string text(left.begin(), left.begin() + static_cast<std::ptrdiff_t>(length));
   left = left.subspan(length);
   return text;
 }
