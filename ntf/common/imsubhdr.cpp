@@ -213,10 +213,11 @@ template <class Number>
 std::int32_t TakeBigEndian(HeaderReader &reader, Number *number) {
   std::uint8_t bytes[sizeof(Number)];
   const std::int32_t status = reader.Take(bytes, sizeof bytes);
+  if (status != SUCCESS) return status;
   std::uint64_t value = 0;
   for (const std::uint8_t byte : bytes) value = value << 8 | byte;
-  if (status == SUCCESS) *number = static_cast<Number>(value);
-  return status;
+  *number = static_cast<Number>(value);
+  return SUCCESS;
 }
 
 std::int32_t ReadPadCode(HeaderReader &reader) {
