@@ -48,7 +48,8 @@ void PutTables(Bytes &stream, const JpegSpec &spec) {
   Bytes dc(17, 1);
   dc[0] = 0;
   if (spec.lossless) dc[16] = 2;
-  for (std::uint8_t symbol = 0; symbol < kCategories - (spec.lossless ? 0 : 1); ++symbol) dc.push_back(symbol);
+  const std::uint32_t symbols = spec.lossless ? kCategories : kCategories - 1;
+  for (std::uint32_t symbol = 0; symbol < symbols; ++symbol) dc.push_back(static_cast<std::uint8_t>(symbol));
   PutSegment(stream, 0xC4, dc);
   if (spec.lossless) return;
   Bytes ac(17, 0);

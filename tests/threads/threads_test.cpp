@@ -44,6 +44,7 @@ TEST(Threads, WithFilesOfTheirOwnDoNotMeet) {
   }
   const auto compose = [&] {
     std::vector<RowSum> sums;
+    sums.reserve(names.size());
     for (const std::u16string &name : names) sums.push_back(SumRows(name.c_str(), 24));
     return sums;
   };
@@ -52,6 +53,7 @@ TEST(Threads, WithFilesOfTheirOwnDoNotMeet) {
   std::vector<std::vector<RowSum>> sums(kThreads);
   std::vector<Bytes> saved(kThreads);
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int i = 0; i < kThreads; ++i) {
     threads.emplace_back([&, i] {
       for (--waiting; waiting != 0;) std::this_thread::yield();
