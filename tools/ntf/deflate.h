@@ -16,13 +16,19 @@ constexpr CompressionLevel kSmallest = 9;
 
 /** A part of a stream, compressed. */
 struct DeflatedPart {
-  std::vector<std::uint8_t> bytes;
-  std::uint32_t checkSum = 0; /* of what was compressed */
-  std::uint64_t length = 0;   /* likewise */
+  std::vector<std::uint8_t> room; /* the part at the front, and memory behind it that the next one may need */
+  std::size_t size = 0;           /* bytes of the part */
+  std::uint32_t checkSum = 0;     /* of what was compressed */
+  std::uint64_t length = 0;       /* likewise */
+
+  std::span<const std::uint8_t> Bytes() const { return std::span(room).first(size); }
 };
 
-/** Compresses a part. The parts of a stream are put one behind the other; the last one ends it. */
-DeflatedPart DeflatePart(std::span<const std::uint8_t> bytes, CompressionLevel level, bool isLast);
+/**
+ * Compresses a part into `part`, whose memory it uses again. The parts of a stream are put one behind the other; the
+ * last one ends it.
+ */
+void DeflatePart(std::span<const std::uint8_t> bytes, CompressionLevel level, bool isLast, DeflatedPart &part);
 
 /** What makes parts a zlib stream (RFC 1950): two bytes in front of the first one, and the check sum of all behind. */
 class ZlibStream {
@@ -33,10 +39,8 @@ class ZlibStream {
   std::array<std::uint8_t, 4> Trailer() const;
 
  private:
-  static constexpr std::uint32_t kCheckSumOfNothing = 1;
-
   bool begun = false;
-  std::uint32_t checkSum = kCheckSumOfNothing;
+  std::uint32_t checkSum = 1;
 };
 
 }  // namespace ntf

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <deque>
 #include <future>
+#include <memory>
 #include <new>
 #include <span>
 #include <thread>
@@ -77,9 +78,17 @@ bool WriteChunk(png_structp png, const char *name, const std::uint8_t *bytes, st
 
 // ---- the pixels ---------------------------------------------------------------------------------------------------
 
-DeflatedPart CompressRows(const PngRows &rows, CompressionLevel level, bool isLast) {
-  return DeflatePart(FilterRows(rows), level, isLast);
-}
+/** Rows on their way into the file. Their memory serves one group after the other. */
+struct RowGroup {
+  PngRows rows;
+  std::vector<std::uint8_t> filtered;
+  DeflatedPart part;
+
+  void Compress(CompressionLevel level, bool isLast) {
+    FilterRows(rows, filtered);
+    DeflatePart(filtered, level, isLast, part);
+  }
+};
 
 std::size_t PixelBytesOf(const PictureShape &shape) {
   if (shape.kind == PixelKind::Palette || shape.bits < 8) return 0;
@@ -100,20 +109,20 @@ class PngWriter final : public PictureWriter {
 
     std::vector<png_color> palette;
     for (const KsPaletteEntry &entry : shape.palette) palette.push_back({entry.red, entry.green, entry.blue});
-    group.rowBytes = shape.RowBytes();
-    group.pixelBytes = level == kStored ? 0 : PixelBytesOf(shape);
-    StartGroup(std::vector<std::uint8_t>(group.rowBytes));
+    rowBytes = shape.RowBytes();
+    pixelBytes = level == kStored ? 0 : PixelBytesOf(shape);
+    StartGroup(std::vector<std::uint8_t>(rowBytes));
     return Answer(WriteHeader(png, info, shape, palette.data()));
   }
 
   Outcome WriteRow(const std::uint8_t *row) override {
-    if (group.Count() != 0 && group.bytes.size() >= kGroupBytes) {
-      const std::vector<std::uint8_t> lastRow(group.bytes.end() - static_cast<std::ptrdiff_t>(group.rowBytes),
-                                              group.bytes.end());
+    std::vector<std::uint8_t> &bytes = group->rows.bytes;
+    if (group->rows.Count() != 0 && bytes.size() >= kGroupBytes) {
+      const std::vector<std::uint8_t> lastRow(bytes.end() - static_cast<std::ptrdiff_t>(rowBytes), bytes.end());
       if (Outcome failed = Compress(false)) return failed;
       StartGroup(lastRow);
     }
-    group.bytes.insert(group.bytes.end(), row, row + group.rowBytes);
+    group->rows.bytes.insert(group->rows.bytes.end(), row, row + rowBytes);
     return {};
   }
 
@@ -131,8 +140,16 @@ class PngWriter final : public PictureWriter {
   static constexpr std::size_t kGroupBytes = 1 << 20;
 
   void StartGroup(const std::vector<std::uint8_t> &above) {
-    group.bytes.reserve(kGroupBytes + 2 * group.rowBytes);
-    group.bytes = above;
+    if (spare.empty()) {
+      group = std::make_unique<RowGroup>();
+      group->rows.bytes.reserve(kGroupBytes + 2 * rowBytes);
+    } else {
+      group = std::move(spare.back());
+      spare.pop_back();
+    }
+    group->rows.rowBytes = rowBytes;
+    group->rows.pixelBytes = pixelBytes;
+    group->rows.bytes.assign(above.begin(), above.end());
   }
 
   Outcome Compress(bool isLast) {
@@ -140,22 +157,26 @@ class PngWriter final : public PictureWriter {
       if (Outcome failed = WriteFirst()) return failed;
     }
     // Where no thread can be had the work is done when its result is asked for.
-    compressing.push_back(std::async(
-        [rows = std::move(group), compression = level, isLast] { return CompressRows(rows, compression, isLast); }));
+    compressing.push_back(std::async([rows = std::move(group), compression = level, isLast]() mutable {
+      rows->Compress(compression, isLast);
+      return std::move(rows);
+    }));
     return {};
   }
 
   /** Writes the group that is the next in the file. */
   Outcome WriteFirst() {
-    DeflatedPart part;
+    std::unique_ptr<RowGroup> done;
     try {
-      part = compressing.front().get();
+      done = compressing.front().get();
     } catch (const std::bad_alloc &) {
       return StatusProblem(target.output.Name(), ERROR_NO_MEMORY);
     }
     compressing.pop_front();
-    stream.Add(part);
-    return WriteData(part.bytes);
+    stream.Add(done->part);
+    Outcome failed = WriteData(done->part.Bytes());
+    spare.push_back(std::move(done));
+    return failed;
   }
 
   Outcome WriteData(std::span<const std::uint8_t> bytes) const {
@@ -177,8 +198,11 @@ class PngWriter final : public PictureWriter {
   PngTarget target;
   CompressionLevel level;
   ZlibStream stream;
-  PngRows group;
-  std::deque<std::future<DeflatedPart>> compressing; /* in the order of the file */
+  std::size_t rowBytes = 0;
+  std::size_t pixelBytes = 0; /* as PngRows has it */
+  std::unique_ptr<RowGroup> group;
+  std::deque<std::future<std::unique_ptr<RowGroup>>> compressing; /* in the order of the file */
+  std::vector<std::unique_ptr<RowGroup>> spare;
   const std::size_t processors = std::max(1U, std::thread::hardware_concurrency());
   png_structp png = nullptr;
   png_infop info = nullptr;

@@ -79,13 +79,12 @@ PngFilter ChooseFilter(const PngRows &rows) {
 
 }  // namespace
 
-std::vector<std::uint8_t> FilterRows(const PngRows &rows) {
+void FilterRows(const PngRows &rows, std::vector<std::uint8_t> &filtered) {
   const PngFilter filter = ChooseFilter(rows);
-  std::vector<std::uint8_t> filtered((rows.rowBytes + 1) * rows.Count());
+  filtered.resize((rows.rowBytes + 1) * rows.Count());
   for (std::size_t row = 0; row < rows.Count(); ++row) {
     FilterRow(rows, row, filter, filtered.data() + row * (rows.rowBytes + 1));
   }
-  return filtered;
 }
 
 }  // namespace ntf

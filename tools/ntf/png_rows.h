@@ -16,7 +16,10 @@ struct PngRows {
   std::size_t Count() const { return bytes.size() / rowBytes - 1; }
 };
 
-/** The rows, each with its filter in front (ISO/IEC 15948, section 9): the one that leaves the least to compress. */
-std::vector<std::uint8_t> FilterRows(const PngRows &rows);
+/**
+ * Makes `filtered` the rows, each with its filter in front (ISO/IEC 15948, section 9): the one that leaves the least to
+ * compress.
+ */
+void FilterRows(const PngRows &rows, std::vector<std::uint8_t> &filtered);
 
 }  // namespace ntf
