@@ -39,7 +39,7 @@ void WriteSmooth(std::uint32_t side, std::uint32_t bands) {
       const double level = 120 + 50 * std::cos(row / 200.0 + band);
       for (std::uint32_t column = 0; column < side; ++column) {
         const double smooth = level + 50 * std::sin(column / 300.0 + band);
-        image.data[at++] = static_cast<std::uint8_t>(smooth + NoiseByte(state) / 32);
+        image.data[at++] = static_cast<std::uint8_t>(smooth + (NoiseByte(state) >> 5));
       }
     }
   }

@@ -1,6 +1,7 @@
 // Colours that stand in a header as three bytes: red, green, blue.
 #pragma once
 
+#include "headerreader.h"
 #include "headerwriter.h"
 
 /** How such a field gets into a number with red in the low byte, and back. */

@@ -1,6 +1,7 @@
 #include "dexsbhdr.h"
 
 #include "fields.h"
+#include "headerreader.h"
 #include "internal/ksclasses_.h"
 #include "strmfhdr.h"
 
@@ -39,7 +40,7 @@ constexpr HeaderRow kRows[] = {
 
 }  // namespace
 
-const HeaderTable kDataExtensionTable = {kRows};
+const HeaderTable kDataExtensionTable = TableOf<kRows>();
 
 void DataExtensionSubheaderInit(DataExtensionSubheader *record) {
   *record = DataExtensionSubheader{};

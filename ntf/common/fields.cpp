@@ -77,7 +77,7 @@ std::int64_t ParseLongNumber(std::string_view text) {
   return negative ? -value : value;
 }
 
-std::int32_t ParseNumber(std::string_view text) {
+std::int32_t ParseAnyNumber(std::string_view text) {
   using Limits = std::numeric_limits<std::int32_t>;
   return static_cast<std::int32_t>(std::clamp<std::int64_t>(ParseLongNumber(text), Limits::min(), Limits::max()));
 }

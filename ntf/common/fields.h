@@ -22,11 +22,25 @@ using DateParts = std::array<DatePart, 7>;
  */
 [[gnu::format(printf, 3, 4)]] int FormatBounded(char *buffer, std::size_t size, const char *format, ...);
 
+/** ParseNumber for what isn't all digits, or longer than 32 bits can hold. */
+std::int32_t ParseAnyNumber(std::string_view text);
+
 /**
  * The decimal number at the front of a text: white space is skipped, a sign taken, digits run up to the first other
  * character. No digit gives 0, and a value beyond 32 bits stays at its limit. There is no error.
  */
-std::int32_t ParseNumber(std::string_view text);
+[[gnu::always_inline]] inline std::int32_t ParseNumber(std::string_view text) {
+  constexpr std::size_t kAlwaysFit = 9;
+  if (text.size() > kAlwaysFit) return ParseAnyNumber(text);
+  std::uint32_t value = 0;
+  std::uint32_t others = 0;  // most fields are digits and nothing else, so a look at each for all is quickest
+  for (const char character : text) {
+    const std::uint32_t digit = static_cast<std::uint32_t>(character) - '0';
+    others |= digit > 9 ? 1U : 0U;
+    value = value * 10 + digit;
+  }
+  return others == 0 ? static_cast<std::int32_t>(value) : ParseAnyNumber(text);
+}
 
 /** The same for the lengths of files; 17 digits and more stay at a limit. */
 std::int64_t ParseLongNumber(std::string_view text);

@@ -1,6 +1,7 @@
 #include "grsubhdr.h"
 
 #include "fields.h"
+#include "headerreader.h"
 #include "headerwriter.h"
 #include "internal/ksclasses_.h"
 #include "nitffile.h"
@@ -102,7 +103,7 @@ std::int32_t SetBound(std::int32_t (&bound)[2], char *text, std::int32_t first, 
 
 }  // namespace
 
-const HeaderTable kGraphicTable = {kRows};
+const HeaderTable kGraphicTable = TableOf<kRows>();
 
 void PrepareVector(KsVector *vector) {
   constexpr std::uint32_t kVectorOptions = 8194;
@@ -117,6 +118,7 @@ namespace {
 GraphicSubheader DefaultGraphic() {
   GraphicSubheader graphic{};
   SetDefaults(kGraphicTable, &graphic);
+  PrepareVector(&graphic.vector);
   return graphic;
 }
 
@@ -125,7 +127,6 @@ GraphicSubheader DefaultGraphic() {
 void GraphicSubheaderInit(GraphicSubheader *record, NitfFile *file) {
   static const GraphicSubheader fresh = DefaultGraphic();
   *record = fresh;
-  PrepareVector(&record->vector);
   record->file = file;
 }
 

@@ -1,6 +1,5 @@
 // The format as data. Every header is a table: a row a field, in file order, with its name, its place in the record,
-// its width in either layout, when it is present, and what becomes of it. One walk reads a header from such a table,
-// for the first pass over a file and for the replay from a stream file header alike; another sets the defaults.
+// its width in either layout, when it is present, and what becomes of it.
 #pragma once
 
 #include "kskernel.h"
@@ -17,9 +16,6 @@ struct NitfFile;
 struct StreamFileHeader;
 class HeaderReader;
 class HeaderWriter;
-
-/** What a header reading step gives beside the status values: the replacement data of a replay are used up. */
-constexpr std::int32_t kBudgetSpent = 2;
 
 /** The security fields that every header carries under its own prefix (MIL-STD-2500C, tables ). */
 struct SecurityFields {
@@ -62,7 +58,6 @@ struct HeaderRow {
   static constexpr std::uint32_t kNowhere = 0xFFFFFFFF;
 
   Kind kind = Kind::Text;
-  bool isPlain = false; /**< a text where the layout has it, and nothing but a text, as most are */
   std::string_view name{};
   std::uint32_t place = kNowhere; /**< offset of the text, the security group or the data pointer in the record */
   std::uint16_t capacity = 0;     /**< bytes of the text's buffer, the NUL included */
@@ -95,14 +90,6 @@ struct HeaderRow {
     return row;
   }
 
-  /** A copy of the row that is more than a text, or not always there. */
-  template <class Change>
-  constexpr HeaderRow Beyond(Change change) const {
-    HeaderRow row = With(change);
-    row.isPlain = false;
-    return row;
-  }
-
   /** The width in the 2.0 layout, where it is another one. */
   constexpr HeaderRow In20(std::uint16_t width) const {
     return With([&](HeaderRow &row) { row.width20 = width; });
@@ -121,23 +108,23 @@ struct HeaderRow {
   }
   /** The value goes to the u32 at `offset` too. */
   constexpr HeaderRow Number(std::size_t offset) const {
-    return Digits().Beyond([&](HeaderRow &row) { row.number = static_cast<std::uint32_t>(offset); });
+    return Digits().With([&](HeaderRow &row) { row.number = static_cast<std::uint32_t>(offset); });
   }
   /** Two signed numbers of half the width each go to the two i32 at `offset`. */
   constexpr HeaderRow Halves(std::size_t offset) const {
-    return Beyond([&](HeaderRow &row) { row.halves = static_cast<std::uint32_t>(offset); });
+    return With([&](HeaderRow &row) { row.halves = static_cast<std::uint32_t>(offset); });
   }
   constexpr HeaderRow AllNinesUnknown() const {
-    return Beyond([](HeaderRow &row) { row.allNinesUnknown = true; });
+    return With([](HeaderRow &row) { row.allNinesUnknown = true; });
   }
   constexpr HeaderRow If(bool (*condition)(const void *, bool)) const {
-    return Beyond([&](HeaderRow &row) { row.present = condition; });
+    return With([&](HeaderRow &row) { row.present = condition; });
   }
   constexpr HeaderRow CountedBy(std::size_t offset) const {
-    return Beyond([&](HeaderRow &row) { row.countedBy = static_cast<std::uint32_t>(offset); });
+    return With([&](HeaderRow &row) { row.countedBy = static_cast<std::uint32_t>(offset); });
   }
   constexpr HeaderRow Then(std::int32_t (*action)(HeaderReader &, std::string_view)) const {
-    return Beyond([&](HeaderRow &row) { row.decode = action; });
+    return With([&](HeaderRow &row) { row.decode = action; });
   }
   /** A text that is written has blanks behind it, or zeros in front of it. */
   constexpr HeaderRow FillBlanks() const {
@@ -177,7 +164,6 @@ constexpr HeaderRow TextRow(std::string_view name, std::size_t place, std::size_
   row.place = static_cast<std::uint32_t>(place);
   row.capacity = static_cast<std::uint16_t>(capacity);
   row.width21 = row.width20 = width;
-  row.isPlain = true;
   return row;
 }
 
@@ -220,15 +206,18 @@ constexpr HeaderRow GroupRow(std::int32_t (*read)(HeaderReader &), std::int32_t 
 /** The place and capacity of a text member, for the functions above. */
 #define NITF_TEXT(Record, member) #member, offsetof(Record, member), sizeof(Record::member)
 
-/** A header's format. */
+/** A header's format. Made by TableOf. */
 struct HeaderTable {
   std::span<const HeaderRow> rows;
-  bool terminates = true; /**< a NUL is put behind each text that is read */
-  char fill = '0';        /**< of rows that say nothing else */
+  std::int32_t (*read)(HeaderReader &reader, char *record) = nullptr; /**< reads all rows in order */
+  char fill = '0';                                                    /**< of rows that say nothing else */
 };
 
 /** The rows of the security group; places count from the group's own. */
 std::span<const HeaderRow> SecurityRows();
+
+/** Reads the security group at `group`; `terminates` is that of the table it stands in. */
+std::int32_t ReadSecurityGroup(HeaderReader &reader, char *group, bool terminates);
 
 /** Whether the record calls for a row that has a condition. `securityRules` are those of the group it stands in. */
 bool IsCalledFor(const HeaderRow &row, const char *base, bool nitf20, std::uint8_t securityRules);
@@ -238,13 +227,17 @@ std::int32_t LengthAt(const char *base, std::uint32_t place);
 
 /** The data that the pointer member at `place` leads to. */
 char *DataAt(const char *base, std::uint32_t place);
+void SetDataAt(char *base, std::uint32_t place, char *data);
+/** Releases the data, and sets the pointer to null. */
+void FreeDataAt(char *base, std::uint32_t place);
 
-inline std::uint32_t WidthOf(const HeaderRow &row, bool nitf20) {
+[[gnu::always_inline]] inline std::uint32_t WidthOf(const HeaderRow &row, bool nitf20) {
   return nitf20 ? row.width20 : row.width21;
 }
 
 /** Whether a layout has a row, and the record calls for it. */
-inline bool IsPresent(const HeaderRow &row, const char *base, bool nitf20, std::uint8_t securityRules) {
+[[gnu::always_inline]] inline bool IsPresent(const HeaderRow &row, const char *base, bool nitf20,
+                                             std::uint8_t securityRules) {
   if (row.kind == HeaderRow::Kind::Text && WidthOf(row, nitf20) == 0) return false;
   const bool always = row.countedBy == HeaderRow::kNowhere && row.present == nullptr;
   return always || IsCalledFor(row, base, nitf20, securityRules);
@@ -252,95 +245,6 @@ inline bool IsPresent(const HeaderRow &row, const char *base, bool nitf20, std::
 
 /** Gives all text fields of a record their defaults. */
 void SetDefaults(const HeaderTable &table, void *record);
-
-/**
- * One walk over a header: where the bytes come from, and what they have cost. Fields are a few bytes each, so they are
- * taken out of a piece of the file that is read ahead; Read leaves the file behind the last byte that was taken.
- */
-class HeaderReader {
- public:
-  /** Reads from the file's position, as far as the file goes. */
-  HeaderReader(NitfFile &source, void *target);
-
-  /** Limits the walk to the replacement bytes that the headers before this one have left. */
-  void ReplayFrom(const StreamFileHeader &stream);
-
-  /** Reads all rows in order: SUCCESS, kBudgetSpent, or the failure, with what was read so far in the record. */
-  std::int32_t Read(const HeaderTable &table);
-
-  /** Adds what a complete replay has used to the file's account of its replacement data. */
-  void CountReplayed();
-
-  /** Reads exactly `bytes` bytes: SUCCESS, kBudgetSpent or ERROR_FILE_READ. */
-  std::int32_t Take(void *buffer, std::uint64_t bytes) {
-    if (bytes > budget - used) return kBudgetSpent;
-    used += bytes;
-    if (bytes > aheadEnd - aheadStart) return TakeBeyond(static_cast<char *>(buffer), bytes);
-    std::memcpy(buffer, ahead + aheadStart, bytes);
-    aheadStart += static_cast<std::uint32_t>(bytes);
-    position += bytes;
-    return SUCCESS;
-  }
-  /** Reads a decimal number of `width` digits; nines mark an unknown length where `nineIsUnknown`. */
-  std::int32_t TakeNumber(std::uint32_t width, bool nineIsUnknown, std::uint32_t *number);
-  /** Reads `bytes` bytes into a new buffer with a NUL behind them, which takes the place of `*buffer`. */
-  std::int32_t TakeNew(char **buffer, std::uint64_t bytes);
-  /** Whether the file holds `count` times `bytes` from here: ask before taking memory for what it claims. */
-  bool Holds(std::uint64_t count, std::uint64_t bytes) const;
-
-  template <class Record>
-  Record &As() const {
-    return *static_cast<Record *>(record);
-  }
-  bool Nitf20() const { return nitf20; }
-  /** Reads the 2.0 layout, whatever the file says. */
-  void Use20() { nitf20 = true; }
-  /** A length or size was given as unknown. */
-  bool SawUnknown() const { return sawUnknown; }
-
- private:
-  /** Reads a row of the part of the record at `base`. */
-  std::int32_t ReadRow(const HeaderRow &row, char *base, bool terminates) {
-    if (!row.isPlain) return ReadDecodedRow(row, base, terminates);
-    return WidthOf(row, nitf20) == 0 ? static_cast<std::int32_t>(SUCCESS) : TakeText(row, base, terminates);
-  }
-  std::int32_t ReadDecodedRow(const HeaderRow &row, char *base, bool terminates);
-  std::int32_t ReadRows(const HeaderTable &table);
-  std::int32_t TakeBeyond(char *buffer, std::uint64_t bytes);
-  std::int32_t TakeText(const HeaderRow &row, char *base, bool terminates) {
-    const std::uint32_t width = WidthOf(row, nitf20);
-    const std::int32_t status = Take(base + row.place, width);
-    if (status == SUCCESS && terminates) base[row.place + width] = '\0';
-    return status;
-  }
-  std::int32_t ReadText(const HeaderRow &row, char *base, bool terminates);
-  void StoreNumbers(const HeaderRow &row, char *base, std::string_view field);
-  std::int32_t ReadSecurity(const HeaderRow &row, bool terminates);
-  std::int32_t ReadData(const HeaderRow &row, char *base);
-  void DropData(const HeaderTable &table, std::uint32_t countedBy);
-
-  /** About what a subheader takes. */
-  static constexpr std::uint32_t kReadAhead = 512;
-
-  NitfFile *file;
-  void *record;
-  char ahead[kReadAhead];
-  std::uint32_t aheadStart = 0; /**< the first byte of `ahead` that was not taken yet */
-  std::uint32_t aheadEnd = 0;
-  std::uint64_t position;
-  std::uint64_t used = 0;
-  std::uint64_t budget = UINT64_MAX;
-  bool nitf20;
-  bool sawUnknown = false;
-  std::uint8_t securityRules = 0;
-};
-
-/**
- * Reads a subheader from the file's position and puts the position back. With `replay` the bytes come from the
- * replacement data of `stream`, and running out of them is no failure.
- */
-std::int32_t ReadSubheader(HeaderReader &reader, const HeaderTable &table, NitfFile &file,
-                           const StreamFileHeader &stream, bool replay);
 
 /** One field of a header as a person may see it. */
 struct FieldView {

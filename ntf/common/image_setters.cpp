@@ -40,36 +40,6 @@ std::int32_t Difference(bool was, bool is, std::int32_t bytes) {
   return (is ? bytes : 0) - (was ? bytes : 0);
 }
 
-/** The arrays of the band group while they are made. */
-struct NewBands {
-  KsArray<std::uint32_t> representation;
-  KsArray<char[7]> subcategories;
-  KsArray<char[2]> filterConditions;
-  KsArray<char[4]> filterCodes;
-  KsArray<std::uint32_t> lutCounts;
-  KsArray<std::uint32_t> lutEntries;
-
-  bool Allocate(std::uint32_t bands) {
-    return representation.Allocate(bands) && subcategories.Allocate(bands) && filterConditions.Allocate(bands) &&
-           filterCodes.Allocate(bands) && lutCounts.Allocate(bands) && lutEntries.Allocate(bands);
-  }
-};
-
-template <class Item>
-void Replace(Item *&array, KsArray<Item> &with) {
-  KsFreeAndClear(array);
-  array = with.Release();
-}
-
-/** The lookup table stays the segment's, so the lengths of the bands' tables stay too. */
-void KeepLutEntries(const ImageSubheader &image, NewBands &fresh, std::uint32_t bands) {
-  if (image.bandLutEntries == nullptr || bands == 0) {
-    fresh.lutEntries = {};
-  } else {
-    std::copy_n(image.bandLutEntries, std::min(bands, image.bandsHeld), fresh.lutEntries.Get());
-  }
-}
-
 }  // namespace
 
 std::int32_t ImageSetRepresentation(ImageSubheader *record, const char *text) {
@@ -131,21 +101,21 @@ std::int32_t ImageSetBandCount(ImageSubheader *record, std::uint32_t count) {
   const std::int32_t extended = ParseNumber(BufferText(record->XBANDS, 5));
   const std::uint32_t bands = std::max(count, static_cast<std::uint32_t>(std::max(extended, 0)));
   if (bands > kMostBands) return ERROR_INVALID_VALUE;
-  NewBands fresh;
-  if (!fresh.Allocate(bands)) return ERROR_NO_MEMORY;
-  for (std::uint32_t band = 0; band < bands; ++band) {
-    fresh.filterConditions[band][0] = 'N';
-    std::memset(fresh.filterCodes[band], ' ', 3);
+  // The lookup table stays the segment's, so the lengths of the bands' tables stay too.
+  KsArray<std::uint32_t> lutEntries;
+  if (record->bandLutEntries != nullptr && bands != 0) {
+    if (!lutEntries.Allocate(bands)) return ERROR_NO_MEMORY;
+    std::copy_n(record->bandLutEntries, std::min(bands, record->bandsHeld), lutEntries.Get());
   }
-  KeepLutEntries(*record, fresh, bands);
+  if (!RenewBands(record, bands)) return ERROR_NO_MEMORY;
+  for (std::uint32_t band = 0; band < bands; ++band) {
+    record->bandFilterConditions[band][0] = 'N';
+    std::memset(record->bandFilterCodes[band], ' ', 3);
+  }
+  KsFreeAndClear(record->bandLutEntries);
+  record->bandLutEntries = lutEntries.Release();
   record->bandField = count;
-  record->bandCount = record->bandsHeld = bands;
-  Replace(record->bandRepresentation, fresh.representation);
-  Replace(record->bandSubcategories, fresh.subcategories);
-  Replace(record->bandFilterConditions, fresh.filterConditions);
-  Replace(record->bandFilterCodes, fresh.filterCodes);
-  Replace(record->bandLutCounts, fresh.lutCounts);
-  Replace(record->bandLutEntries, fresh.lutEntries);
+  record->bandCount = bands;
   return SetNumberField(record->NBANDS, 1, count);
 }
 
@@ -161,6 +131,7 @@ std::int32_t ImageSetPadCode(ImageSubheader *record, const void *code) {
   KsArray<std::uint8_t> fresh;
   const bool made = fresh.Allocate(bytes + 1);
   if (made) std::memcpy(fresh.Get(), code, bytes);
-  Replace(record->padCode, fresh);
+  KsFreeAndClear(record->padCode);
+  record->padCode = fresh.Release();
   return made ? SUCCESS : ERROR_NO_MEMORY;
 }

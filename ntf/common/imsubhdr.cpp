@@ -1,6 +1,7 @@
 #include "imsubhdr.h"
 
 #include "fields.h"
+#include "headerreader.h"
 #include "headerwriter.h"
 #include "image_codes.h"
 #include "internal/ksclasses_.h"
@@ -182,10 +183,10 @@ void DropBands(ImageSubheader &image) {
   image.bandsHeld = image.lutCount = 0;
   KsFreeAndClear(image.lut);
   KsFreeAndClear(image.bandRepresentation);
-  KsFreeAndClear(image.bandSubcategories);
-  KsFreeAndClear(image.bandFilterConditions);
-  KsFreeAndClear(image.bandFilterCodes);
-  KsFreeAndClear(image.bandLutCounts);
+  image.bandSubcategories = nullptr;
+  image.bandFilterConditions = nullptr;
+  image.bandFilterCodes = nullptr;
+  image.bandLutCounts = nullptr;
   KsFreeAndClear(image.bandLutEntries);
 }
 
@@ -196,12 +197,7 @@ std::int32_t ReadBands(HeaderReader &reader) {
   const std::uint32_t count = image.bandCount;
   if (count == 0) return SUCCESS;
   if (!reader.Holds(count, kLeastBytesPerBand)) return ERROR_FILE_READ;
-  if (!Renew(image.bandRepresentation, count) || !Renew(image.bandLutCounts, count) ||
-      !Renew(image.bandSubcategories, count) || !Renew(image.bandFilterConditions, count) ||
-      !Renew(image.bandFilterCodes, count)) {
-    return ERROR_NO_MEMORY;
-  }
-  image.bandsHeld = count;
+  if (!RenewBands(&image, count)) return ERROR_NO_MEMORY;
   for (std::uint32_t band = 0; band < count; ++band) {
     const std::int32_t status = ReadBand(reader, band);
     if (status != SUCCESS) return status;
@@ -470,7 +466,7 @@ constexpr HeaderRow kRows[] = {
 
 }  // namespace
 
-const HeaderTable kImageTable = {kRows, true, ' '};
+const HeaderTable kImageTable = TableOf<kRows>(' ');
 
 namespace {
 
@@ -506,6 +502,22 @@ void ImageSubheaderFree(ImageSubheader *record) {
   KsFreeAndClear(record->blockMask);
   KsFreeAndClear(record->padMask);
   KsFreeAndClear(record->memoryData);
+}
+
+bool RenewBands(ImageSubheader *record, std::uint32_t bands) {
+  constexpr std::size_t kBytesPerBand = sizeof *record->bandRepresentation + sizeof *record->bandLutCounts +
+                                        sizeof *record->bandSubcategories + sizeof *record->bandFilterConditions +
+                                        sizeof *record->bandFilterCodes;
+  auto *const block = static_cast<std::uint32_t *>(KsCalloc(bands, kBytesPerBand, __LINE__, __FILE__));
+  if (block == nullptr) return false;
+  KsFreeAndClear(record->bandRepresentation);
+  record->bandsHeld = bands;
+  record->bandRepresentation = block;
+  record->bandLutCounts = record->bandRepresentation + bands;
+  record->bandSubcategories = reinterpret_cast<char(*)[7]>(record->bandLutCounts + bands);
+  record->bandFilterConditions = reinterpret_cast<char(*)[2]>(record->bandSubcategories + bands);
+  record->bandFilterCodes = reinterpret_cast<char(*)[4]>(record->bandFilterConditions + bands);
+  return true;
 }
 
 std::int32_t ImageSubheaderRead(ImageSubheader *record, NitfFile &file, StreamFileHeader &stream, bool replay) {

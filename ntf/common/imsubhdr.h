@@ -119,12 +119,12 @@ struct ImageSubheader {
   char NBANDS[2];
   char XBANDS[6];
   std::uint32_t bandsHeld; /**< entries of the arrays below; may be less than `bandCount` in a damaged replay */
-  std::uint32_t *bandRepresentation;
-  char (*bandSubcategories)[7];    /**< ISUBCATn */
-  char (*bandFilterConditions)[2]; /**< IFCn */
-  char (*bandFilterCodes)[4];      /**< IMFLTn */
-  std::uint32_t *bandLutCounts;    /**< NLUTSn */
-  std::uint32_t *bandLutEntries;   /**< NELUTn, `bandsHeld` entries; null while no band has a table */
+  std::uint32_t *bandRepresentation; /**< owns the block that all arrays of the band group but the last share */
+  char (*bandSubcategories)[7];      /**< ISUBCATn */
+  char (*bandFilterConditions)[2];   /**< IFCn */
+  char (*bandFilterCodes)[4];        /**< IMFLTn */
+  std::uint32_t *bandLutCounts;      /**< NLUTSn */
+  std::uint32_t *bandLutEntries;     /**< NELUTn, `bandsHeld` entries; null while no band has a table */
   char ISYNC[2];
   char IMODE[2];
   char NBPR[5];
@@ -162,6 +162,12 @@ void ImageSubheaderInit(ImageSubheader *record, NitfFile *file);
 
 /** Releases what the record points to, and sets the pointers to null; may be called twice. */
 void ImageSubheaderFree(ImageSubheader *record);
+
+/**
+ * Makes the arrays of the band group anew, of zeros, for as many bands; lookup tables and their lengths stay. False
+ * without memory, with the old arrays in place.
+ */
+bool RenewBands(ImageSubheader *record, std::uint32_t bands);
 
 /**
  * Reads the subheader from the file's position, and puts the position back. A size that is given as unknown makes it

@@ -2,6 +2,7 @@
 
 #include "color_field.h"
 #include "fields.h"
+#include "headerreader.h"
 #include "internal/ksclasses_.h"
 #include "nitffile.h"
 #include "strmfhdr.h"
@@ -42,7 +43,7 @@ constexpr HeaderRow kRows[] = {
 
 }  // namespace
 
-const HeaderTable kLabelTable = {kRows};
+const HeaderTable kLabelTable = TableOf<kRows>();
 
 void LabelSubheaderInit(LabelSubheader *record, NitfFile *file) {
   *record = LabelSubheader{};

@@ -16,29 +16,22 @@ struct KindTraits {
   std::uint32_t NitfHeader::*tableCount;
   std::uint32_t *NitfHeader::*subheaderLengths;
   std::uint32_t *NitfHeader::*dataLengths;
-  void *(*make)(NitfFile *file, std::uint32_t index);
+  std::uint64_t recordBytes;
+  void (*init)(void *record, NitfFile *file, std::uint32_t index);
   void (*release)(void *record);
   std::int32_t (*read)(void *record, NitfFile &file, StreamFileHeader &stream);
 };
 
-template <class Record>
-Record *Allocate() {
-  return static_cast<Record *>(KsCalloc(1, sizeof(Record), __LINE__, __FILE__));
-}
-
 template <class Record, void (*init)(Record *, NitfFile *)>
-void *Make(NitfFile *file, std::uint32_t index) {
-  auto *record = Allocate<Record>();
-  if (record == nullptr) return nullptr;
-  init(record, file);
-  record->index = index;
-  return record;
+void Init(void *record, NitfFile *file, std::uint32_t index) {
+  static_assert(alignof(Record) <= alignof(SegmentNode), "records stand behind nodes");
+  auto *made = static_cast<Record *>(record);
+  init(made, file);
+  made->index = index;
 }
 
-void *MakeDataExtension(NitfFile *, std::uint32_t) {
-  auto *record = Allocate<DataExtensionSubheader>();
-  if (record != nullptr) DataExtensionSubheaderInit(record);
-  return record;
+void InitDataExtension(void *record, NitfFile *, std::uint32_t) {
+  DataExtensionSubheaderInit(static_cast<DataExtensionSubheader *>(record));
 }
 
 template <class Record, void (*free)(Record *)>
@@ -58,21 +51,24 @@ std::int32_t ReadDataExtension(void *record, NitfFile &file, StreamFileHeader &)
 /** In the order of SegmentKind, which is the order in the file. */
 constexpr KindTraits kKinds[] = {
     {&NitfFile::imageCount, &NitfFile::imageCountInFile, &NitfFile::imageList, &NitfHeader::imageTableCount,
-     &NitfHeader::imageSubheaderLengths, &NitfHeader::imageDataLengths, Make<ImageSubheader, ImageSubheaderInit>,
-     Release<ImageSubheader, ImageSubheaderFree>, Read<ImageSubheader, ImageSubheaderRead>},
+     &NitfHeader::imageSubheaderLengths, &NitfHeader::imageDataLengths, sizeof(ImageSubheader),
+     Init<ImageSubheader, ImageSubheaderInit>, Release<ImageSubheader, ImageSubheaderFree>,
+     Read<ImageSubheader, ImageSubheaderRead>},
     {&NitfFile::graphicCount, &NitfFile::graphicCountInFile, &NitfFile::graphicList, &NitfHeader::graphicTableCount,
-     &NitfHeader::graphicSubheaderLengths, &NitfHeader::graphicDataLengths,
-     Make<GraphicSubheader, GraphicSubheaderInit>, Release<GraphicSubheader, GraphicSubheaderFree>,
+     &NitfHeader::graphicSubheaderLengths, &NitfHeader::graphicDataLengths, sizeof(GraphicSubheader),
+     Init<GraphicSubheader, GraphicSubheaderInit>, Release<GraphicSubheader, GraphicSubheaderFree>,
      Read<GraphicSubheader, GraphicSubheaderRead>},
     {&NitfFile::labelCount, &NitfFile::labelCountInFile, &NitfFile::labelList, &NitfHeader::labelTableCount,
-     &NitfHeader::labelSubheaderLengths, &NitfHeader::labelDataLengths, Make<LabelSubheader, LabelSubheaderInit>,
-     Release<LabelSubheader, LabelSubheaderFree>, Read<LabelSubheader, LabelSubheaderRead>},
+     &NitfHeader::labelSubheaderLengths, &NitfHeader::labelDataLengths, sizeof(LabelSubheader),
+     Init<LabelSubheader, LabelSubheaderInit>, Release<LabelSubheader, LabelSubheaderFree>,
+     Read<LabelSubheader, LabelSubheaderRead>},
     {&NitfFile::textCount, &NitfFile::textCountInFile, &NitfFile::textList, &NitfHeader::textTableCount,
-     &NitfHeader::textSubheaderLengths, &NitfHeader::textDataLengths, Make<TextSubheader, TextSubheaderInit>,
-     Release<TextSubheader, TextSubheaderFree>, Read<TextSubheader, TextSubheaderRead>},
+     &NitfHeader::textSubheaderLengths, &NitfHeader::textDataLengths, sizeof(TextSubheader),
+     Init<TextSubheader, TextSubheaderInit>, Release<TextSubheader, TextSubheaderFree>,
+     Read<TextSubheader, TextSubheaderRead>},
     {&NitfFile::dataExtensionCount, &NitfFile::dataExtensionCount, &NitfFile::dataExtensionList,
      &NitfHeader::dataExtensionTableCount, &NitfHeader::dataExtensionSubheaderLengths,
-     &NitfHeader::dataExtensionDataLengths, MakeDataExtension,
+     &NitfHeader::dataExtensionDataLengths, sizeof(DataExtensionSubheader), InitDataExtension,
      Release<DataExtensionSubheader, DataExtensionSubheaderFree>, ReadDataExtension},
 };
 
@@ -152,37 +148,38 @@ std::int32_t ReadAllHeaders(NitfFile *file, StreamFileHeader &stream) {
   return status;
 }
 
-SegmentNode *MakeNode(NitfFile *file, const KindTraits &kind, std::uint32_t index) {
-  auto *node = Allocate<SegmentNode>();
-  if (node == nullptr) return nullptr;
-  node->subheader = kind.make(file, index);
-  if (node->subheader == nullptr) KsFreeAndClear(node);
-  return node;
+/**
+ * Linked nodes for the segments from `first` on, in one block with new records behind them, as a file may have
+ * thousands. Null without memory.
+ */
+SegmentNode *MakeNodes(NitfFile *file, const KindTraits &kind, std::uint32_t first, std::uint32_t count) {
+  auto *const nodes =
+      static_cast<SegmentNode *>(KsAllocBlock(count, sizeof(SegmentNode) + kind.recordBytes, __LINE__, __FILE__));
+  if (nodes == nullptr) return nullptr;
+  auto *record = reinterpret_cast<char *>(nodes + count);
+  for (std::uint32_t node = 0; node < count; ++node, record += kind.recordBytes) {
+    nodes[node] = {record, node + 1 < count ? &nodes[node + 1] : nullptr};
+    kind.init(record, file, first + node);
+  }
+  return nodes;
 }
 
-void FreeNode(const KindTraits &kind, SegmentNode *node) {
-  if (node->subheader != nullptr) {
+/** Releases the nodes of a list, block by block: a node that is not right behind the one before starts the next. */
+void FreeNodes(const KindTraits &kind, SegmentNode *node) {
+  SegmentNode *block = node;
+  const SegmentNode *previous = nullptr;
+  for (; node != nullptr; previous = std::exchange(node, node->next)) {
+    if (previous != nullptr && node != previous + 1) KsFree(std::exchange(block, node), __LINE__, __FILE__);
     kind.release(node->subheader);
-    KsFree(node->subheader, __LINE__, __FILE__);
   }
-  KsFree(node, __LINE__, __FILE__);
+  KsFree(block, __LINE__, __FILE__);
 }
 
 std::int32_t AllocateList(NitfFile *file, const KindTraits &kind) {
-  SegmentNode **link = &(file->*kind.list);
-  for (std::uint32_t index = 0; index < file->*kind.count; ++index) {
-    *link = MakeNode(file, kind, index);
-    if (*link == nullptr) return ERROR_NO_MEMORY;
-    link = &(*link)->next;
-  }
-  return SUCCESS;
-}
-
-void FreeList(NitfFile *file, const KindTraits &kind) {
-  SegmentNode *node = std::exchange(file->*kind.list, nullptr);
-  while (node != nullptr) {
-    FreeNode(kind, std::exchange(node, node->next));
-  }
+  const std::uint32_t count = file->*kind.count;
+  if (count == 0) return SUCCESS;
+  file->*kind.list = MakeNodes(file, kind, 0, count);
+  return file->*kind.list == nullptr ? ERROR_NO_MEMORY : SUCCESS;
 }
 
 }  // namespace
@@ -221,13 +218,13 @@ std::int32_t FreeObjects(NitfFile *file) {
   platform::OutputDebugStringA("\nFreeObjects\n");
   if (file->fileHandle != KS_INVALID_HANDLE) KsClose(file->fileHandle);
   file->fileHandle = KS_INVALID_HANDLE;
-  for (const KindTraits &kind : kKinds) FreeList(file, kind);
+  for (const KindTraits &kind : kKinds) FreeNodes(kind, std::exchange(file->*kind.list, nullptr));
   NitfHeaderFree(&file->header);
   return SUCCESS;
 }
 
 SegmentNode *NewSegmentNode(NitfFile *file, SegmentKind kind, std::uint32_t index) {
-  return MakeNode(file, Traits(kind), index);
+  return MakeNodes(file, Traits(kind), index, 1);
 }
 
 void LinkSegmentNode(NitfFile *file, SegmentKind kind, SegmentNode *node) {
@@ -237,7 +234,7 @@ void LinkSegmentNode(NitfFile *file, SegmentKind kind, SegmentNode *node) {
 }
 
 void ReleaseSegmentNode(SegmentKind kind, SegmentNode *node) {
-  if (node != nullptr) FreeNode(Traits(kind), node);
+  FreeNodes(Traits(kind), node);
 }
 
 std::int64_t SeekEndOfImages(const NitfFile *file) {

@@ -2,6 +2,7 @@
 
 #include "color_field.h"
 #include "fields.h"
+#include "headerreader.h"
 #include "internal/ksclasses_.h"
 #include "ksntfx.h"
 #include "length_tables.h"
@@ -219,7 +220,7 @@ constexpr HeaderRow kRows[] = {
 
 }  // namespace
 
-const HeaderTable kFileHeaderTable = {kRows, false};
+const HeaderTable kFileHeaderTable = TableOf<kRows, false>();
 
 void NitfHeaderInit(NitfHeader *header) {
   *header = NitfHeader{};

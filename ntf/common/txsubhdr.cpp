@@ -1,5 +1,6 @@
 #include "txsubhdr.h"
 
+#include "headerreader.h"
 #include "internal/ksclasses_.h"
 #include "nitffile.h"
 #include "segment_data.h"
@@ -31,7 +32,7 @@ constexpr HeaderRow kRows[] = {
 
 }  // namespace
 
-const HeaderTable kTextTable = {kRows};
+const HeaderTable kTextTable = TableOf<kRows>();
 
 namespace {
 

@@ -42,7 +42,7 @@ Outcome OutputFile::Open() {
   const fs::file_status status = fs::status(target, ignored);
   if (fs::is_directory(status)) return FailWithError(EISDIR);
   if (!fs::exists(status) || fs::is_regular_file(status)) return CreateBesideTarget();
-  stream = std::fopen(target.c_str(), "wb");
+  stream = std::fopen(target.string().c_str(), "wb");
   return stream == nullptr ? FailWithError(errno) : Outcome();
 }
 
@@ -50,7 +50,7 @@ Outcome OutputFile::CreateBesideTarget() {
   constexpr int kAttempts = 16;
   for (int attempt = 0; attempt < kAttempts && stream == nullptr; ++attempt) {
     temporary = TemporaryName(target);
-    stream = std::fopen(temporary.c_str(), "wbx");
+    stream = std::fopen(temporary.string().c_str(), "wbx");
     if (stream == nullptr && errno != EEXIST) break;
   }
   if (stream == nullptr) {
