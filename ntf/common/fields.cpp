@@ -32,13 +32,12 @@ DateParts SplitDateTime(std::string_view date) {
 }
 
 void SetLocationHalf(char *half, std::int32_t value) {
-  constexpr std::size_t kHalf = 5;
-  char rendered[kHalf + 1];
+  char rendered[kLocationHalf + 1];
   FormatBounded(rendered, sizeof rendered, "%d", value);
   std::string_view digits = rendered;
   if (digits.starts_with('-')) digits.remove_prefix(1);
-  std::memset(half, '0', kHalf);
-  std::memcpy(half + kHalf - digits.size(), digits.data(), digits.size());
+  std::memset(half, '0', kLocationHalf);
+  std::memcpy(half + kLocationHalf - digits.size(), digits.data(), digits.size());
   if (value < 0) half[0] = '-';
 }
 
@@ -112,8 +111,8 @@ std::int32_t SetNumberField(char *target, std::uint32_t width, std::uint32_t val
 
 std::int32_t SetLocationField(char *target, std::int32_t row, std::int32_t column) {
   SetLocationHalf(target, row);
-  SetLocationHalf(target + 5, column);
-  target[10] = '\0';
+  SetLocationHalf(target + kLocationHalf, column);
+  target[2 * kLocationHalf] = '\0';
   return SUCCESS;
 }
 

@@ -4,11 +4,15 @@
 
 #include "kskernel.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+
+/** Characters of each of the two numbers of a location: row and column (ILOC, SLOC, SBND1, SBND2). */
+constexpr std::size_t kLocationHalf = 5;
 
 /** One two-character part of a date, with room for the NUL of SetNumberField. */
 using DatePart = std::array<char, 3>;
@@ -75,6 +79,11 @@ std::int32_t WriteField(const void *, KsHandle out, const char *text, std::uint3
 
 /** Stores a new copy of `text` from KsCalloc in `*target`, or null without memory. The caller frees it with KsFree. */
 void CopyOutString(char **target, std::string_view text);
+
+/** Whether nothing but decimal digits is in a text. */
+inline bool IsAllDigits(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char character) { return character >= '0' && character <= '9'; });
+}
 
 /** The text in a buffer, up to its NUL or to the end of the buffer. */
 inline std::string_view BufferText(const char *buffer, std::size_t capacity) {

@@ -97,8 +97,8 @@ constexpr HeaderRow kRows[] = {
 std::int32_t SetBound(std::int32_t (&bound)[2], char *text, std::int32_t first, std::int32_t second) {
   bound[0] = first;
   bound[1] = second;
-  SetNumberField(text, 5, static_cast<std::uint32_t>(first));
-  return SetNumberField(text + 5, 5, static_cast<std::uint32_t>(second));
+  SetNumberField(text, kLocationHalf, static_cast<std::uint32_t>(first));
+  return SetNumberField(text + kLocationHalf, kLocationHalf, static_cast<std::uint32_t>(second));
 }
 
 }  // namespace

@@ -5,9 +5,6 @@
 
 namespace {
 
-/** The digits of each half of a location. */
-constexpr std::size_t kHalf = 5;
-
 /** Digits of the length and of the overflow number in front of data; the length counts the latter. */
 constexpr std::uint32_t kLengthDigits = 5;
 constexpr std::uint32_t kOverflowDigits = 3;
@@ -26,8 +23,8 @@ void GetText(const InfoRow &row, const char *record, char *info) {
 
 void GetLocation(const InfoRow &row, const char *record, char *info) {
   const char *const field = record + row.field;
-  const std::int32_t first = ParseNumber({field, kHalf});
-  const std::int32_t second = ParseNumber({field + kHalf, kHalf});
+  const std::int32_t first = ParseNumber({field, kLocationHalf});
+  const std::int32_t second = ParseNumber({field + kLocationHalf, kLocationHalf});
   StoreInfo(info, row.crossed ? second : first);
   StoreInfo(info + sizeof first, row.crossed ? first : second);
 }

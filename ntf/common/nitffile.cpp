@@ -16,6 +16,7 @@ struct KindTraits {
   std::uint32_t NitfHeader::*tableCount;
   std::uint32_t *NitfHeader::*subheaderLengths;
   std::uint32_t *NitfHeader::*dataLengths;
+  const HeaderTable *table;
   std::uint64_t recordBytes;
   void (*init)(void *record, NitfFile *file, std::uint32_t index);
   void (*release)(void *record);
@@ -51,24 +52,24 @@ std::int32_t ReadDataExtension(void *record, NitfFile &file, StreamFileHeader &)
 /** In the order of SegmentKind, which is the order in the file. */
 constexpr KindTraits kKinds[] = {
     {&NitfFile::imageCount, &NitfFile::imageCountInFile, &NitfFile::imageList, &NitfHeader::imageTableCount,
-     &NitfHeader::imageSubheaderLengths, &NitfHeader::imageDataLengths, sizeof(ImageSubheader),
+     &NitfHeader::imageSubheaderLengths, &NitfHeader::imageDataLengths, &kImageTable, sizeof(ImageSubheader),
      Init<ImageSubheader, ImageSubheaderInit>, Release<ImageSubheader, ImageSubheaderFree>,
      Read<ImageSubheader, ImageSubheaderRead>},
     {&NitfFile::graphicCount, &NitfFile::graphicCountInFile, &NitfFile::graphicList, &NitfHeader::graphicTableCount,
-     &NitfHeader::graphicSubheaderLengths, &NitfHeader::graphicDataLengths, sizeof(GraphicSubheader),
+     &NitfHeader::graphicSubheaderLengths, &NitfHeader::graphicDataLengths, &kGraphicTable, sizeof(GraphicSubheader),
      Init<GraphicSubheader, GraphicSubheaderInit>, Release<GraphicSubheader, GraphicSubheaderFree>,
      Read<GraphicSubheader, GraphicSubheaderRead>},
     {&NitfFile::labelCount, &NitfFile::labelCountInFile, &NitfFile::labelList, &NitfHeader::labelTableCount,
-     &NitfHeader::labelSubheaderLengths, &NitfHeader::labelDataLengths, sizeof(LabelSubheader),
+     &NitfHeader::labelSubheaderLengths, &NitfHeader::labelDataLengths, &kLabelTable, sizeof(LabelSubheader),
      Init<LabelSubheader, LabelSubheaderInit>, Release<LabelSubheader, LabelSubheaderFree>,
      Read<LabelSubheader, LabelSubheaderRead>},
     {&NitfFile::textCount, &NitfFile::textCountInFile, &NitfFile::textList, &NitfHeader::textTableCount,
-     &NitfHeader::textSubheaderLengths, &NitfHeader::textDataLengths, sizeof(TextSubheader),
+     &NitfHeader::textSubheaderLengths, &NitfHeader::textDataLengths, &kTextTable, sizeof(TextSubheader),
      Init<TextSubheader, TextSubheaderInit>, Release<TextSubheader, TextSubheaderFree>,
      Read<TextSubheader, TextSubheaderRead>},
     {&NitfFile::dataExtensionCount, &NitfFile::dataExtensionCount, &NitfFile::dataExtensionList,
      &NitfHeader::dataExtensionTableCount, &NitfHeader::dataExtensionSubheaderLengths,
-     &NitfHeader::dataExtensionDataLengths, sizeof(DataExtensionSubheader), InitDataExtension,
+     &NitfHeader::dataExtensionDataLengths, &kDataExtensionTable, sizeof(DataExtensionSubheader), InitDataExtension,
      Release<DataExtensionSubheader, DataExtensionSubheaderFree>, ReadDataExtension},
 };
 
@@ -306,6 +307,10 @@ std::uint32_t SubheaderLength(const NitfFile *file, SegmentKind kind, std::uint3
 
 std::uint32_t TextDataLength(const NitfFile *file, std::uint32_t index) {
   return FindText(file, index) == nullptr ? 0 : DataLength(file, SegmentKind::Text, index);
+}
+
+const HeaderTable &SubheaderTable(SegmentKind kind) {
+  return *Traits(kind).table;
 }
 
 void *FindSubheader(const NitfFile *file, SegmentKind kind, std::uint32_t index) {

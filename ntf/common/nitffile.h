@@ -108,6 +108,9 @@ std::uint32_t DataLength(const NitfFile *file, SegmentKind kind, std::uint32_t i
 std::uint32_t SubheaderLength(const NitfFile *file, SegmentKind kind, std::uint32_t index);
 std::uint32_t TextDataLength(const NitfFile *file, std::uint32_t index);
 
+/** The format of a kind's subheaders. */
+const HeaderTable &SubheaderTable(SegmentKind kind);
+
 /** The record of a segment, or null. */
 void *FindSubheader(const NitfFile *file, SegmentKind kind, std::uint32_t index);
 ImageSubheader *FindImage(const NitfFile *file, std::uint32_t index);

@@ -26,14 +26,13 @@ std::int32_t CopyBody(KsHandle out, const NitfFile *file, SegmentKind kind, std:
   return KsCopyBytes(out, file->fileHandle, bytes);
 }
 
-std::int32_t WriteSubheader(KNitfSaveFile &save, KsHandle out, NitfFile *file, SegmentKind kind, std::uint32_t index,
-                            const HeaderTable &table) {
+std::int32_t WriteSubheader(KNitfSaveFile &save, KsHandle out, NitfFile *file, SegmentKind kind, std::uint32_t index) {
   const void *const record = FindSubheader(file, kind, index);
   if (record == nullptr) return ERROR_INVALID_VALUE;
   KsSeek(out, 0, KS_SEEK_END);
   HeaderWriter writer(save, out, *file, record);
   if (kind == SegmentKind::Label) writer.Use20();
-  return writer.Write(table);
+  return writer.Write(SubheaderTable(kind));
 }
 
 /** The bytes to write of a body in memory: as many as the header tells, which a caller may have set, or all. */
@@ -207,23 +206,23 @@ std::int32_t KNitfSaveFile::WriteDataExtension(KsHandle out, NitfFile *file, std
 
 std::int32_t KNitfSaveFile::WriteImageSubheader(KsHandle out, NitfFile *file, std::uint32_t index) {
   maskBytes = 0;
-  return WriteSubheader(*this, out, file, SegmentKind::Image, index, kImageTable);
+  return WriteSubheader(*this, out, file, SegmentKind::Image, index);
 }
 
 std::int32_t KNitfSaveFile::WriteGraphicSubheader(KsHandle out, NitfFile *file, std::uint32_t index) {
-  return WriteSubheader(*this, out, file, SegmentKind::Graphic, index, kGraphicTable);
+  return WriteSubheader(*this, out, file, SegmentKind::Graphic, index);
 }
 
 std::int32_t KNitfSaveFile::WriteLabelSubheader(KsHandle out, NitfFile *file, std::uint32_t index) {
-  return WriteSubheader(*this, out, file, SegmentKind::Label, index, kLabelTable);
+  return WriteSubheader(*this, out, file, SegmentKind::Label, index);
 }
 
 std::int32_t KNitfSaveFile::WriteTextSubheader(KsHandle out, NitfFile *file, std::uint32_t index) {
-  return WriteSubheader(*this, out, file, SegmentKind::Text, index, kTextTable);
+  return WriteSubheader(*this, out, file, SegmentKind::Text, index);
 }
 
 std::int32_t KNitfSaveFile::WriteDataExtensionSubheader(KsHandle out, NitfFile *file, std::uint32_t index) {
-  return WriteSubheader(*this, out, file, SegmentKind::DataExtension, index, kDataExtensionTable);
+  return WriteSubheader(*this, out, file, SegmentKind::DataExtension, index);
 }
 
 /** Overwrites one length of image `index`, whose column of the table begins at `offset`. */

@@ -1,6 +1,7 @@
 // JPEG of 8 bits, sequential and progressive, by libjpeg-turbo.
 #include "kscodec/codec.h"
 #include "kscodec/jpeg_colors.h"
+#include "kscodec/jpeg_errors.h"
 #include "kscodec/jpeg_huffman.h"
 #include "kscodec/jpeg_markers.h"
 #include "kscodec/jpeg_picture.h"
@@ -47,11 +48,6 @@ Decoder *DecoderOf(j_common_ptr state) {
 [[noreturn]] void Escape(j_common_ptr state) {
   std::longjmp(DecoderOf(state)->escape, 1);
 }
-
-void DropMessage(j_common_ptr) {}
-
-/** Warnings are about damaged data, which give what picture they can. */
-void DropWarning(j_common_ptr, int) {}
 
 /** Called for each row of blocks. */
 void BoundScans(j_common_ptr state) {
@@ -143,11 +139,8 @@ void ReadRowsPicked(jpeg_decompress_struct *jpeg, const Plan &plan, const KsBitm
 /** Decodes into a bitmap of the right size. libjpeg leaves by a jump, so nothing here may need a destructor. */
 int32_t Decode(Decoder *decoder, Stream stream, const Plan &plan, const KsBitmap &target) {
   jpeg_decompress_struct *jpeg = &decoder->state;
-  jpeg->err = jpeg_std_error(&decoder->errors);
+  jpeg->err = kscodec::jpeg::SetErrorHandlers(&decoder->errors, Escape);
   jpeg->client_data = decoder;
-  decoder->errors.error_exit = Escape;
-  decoder->errors.output_message = DropMessage;
-  decoder->errors.emit_message = DropWarning;
   if (setjmp(decoder->escape) != 0) return StatusOf(decoder->errors.msg_code);
   jpeg_create_decompress(jpeg);
   constexpr auto kMostLong = static_cast<uint64_t>(std::numeric_limits<long>::max());

@@ -2,6 +2,7 @@
 #include "kscodec/jpeg_save.h"
 
 #include "internal/ksclasses_.h"
+#include "kscodec/jpeg_errors.h"
 #include "kscore/allocation.h"
 #include "kscore/bitmap.h"
 
@@ -46,10 +47,6 @@ Encoder &EncoderOf(j_common_ptr state) {
   Leave(state, EncoderOf(state).errors.msg_code == JERR_OUT_OF_MEMORY ? ERROR_NO_MEMORY : ERROR_FILE_FORMAT);
 }
 
-void DropMessage(j_common_ptr) {}
-
-void DropWarning(j_common_ptr, int) {}
-
 /** Doubles the room for the stream; the new half is what the library fills next. */
 boolean Grow(j_compress_ptr jpeg) {
   constexpr uint64_t kFirstRoom = uint64_t{1} << 16;
@@ -73,11 +70,8 @@ void Begin(j_compress_ptr jpeg) {
 void End(j_compress_ptr) {}
 
 void Prepare(Encoder *encoder) {
-  encoder->state.err = jpeg_std_error(&encoder->errors);
+  encoder->state.err = kscodec::jpeg::SetErrorHandlers(&encoder->errors, Escape);
   encoder->state.client_data = encoder;
-  encoder->errors.error_exit = Escape;
-  encoder->errors.output_message = DropMessage;
-  encoder->errors.emit_message = DropWarning;
   encoder->destination.init_destination = Begin;
   encoder->destination.empty_output_buffer = Grow;
   encoder->destination.term_destination = End;

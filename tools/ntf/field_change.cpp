@@ -19,10 +19,6 @@ constexpr std::string_view kKept[] = {"FHDR",   "FVER",   "CLEVEL",  "FL",     "
                                       "NPPBV",  "NBPP",   "IMAG",    "UDIDL",  "IXSHDL", "SFMT",   "SCOLOR", "SXSHDL",
                                       "TXSHDL", "UDHOFL", "XHDLOFL", "UDOFL",  "IXSOFL", "SXSOFL", "TXSOFL"};
 
-bool IsDigits(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char digit) { return digit >= '0' && digit <= '9'; });
-}
-
 /** A row of a table and the record that its place counts from. */
 struct FieldPlace {
   const HeaderRow *row = nullptr;
@@ -41,40 +37,27 @@ FieldPlace FindRow(std::span<const HeaderRow> rows, char *base, std::string_view
   return {};
 }
 
-const HeaderTable &TableOf(const HeaderChoice &header) {
-  if (!header.kind) return kFileHeaderTable;
-  switch (*header.kind) {
-    case SegmentKind::Image:
-      return kImageTable;
-    case SegmentKind::Graphic:
-      return kGraphicTable;
-    default:
-      return kTextTable;
-  }
-}
-
 /** Two numbers of five characters, "ROW,COLUMN" or as the field holds them. */
 bool StoreHalves(const FieldPlace &place, const std::string &value) {
-  constexpr std::size_t kHalf = 5;
   const std::size_t comma = value.find(',');
   const bool split = comma != std::string::npos;
-  if (!split && value.size() != 2 * kHalf) return false;
-  const std::int32_t halves[] = {ParseNumber(value.substr(0, split ? comma : kHalf)),
-                                 ParseNumber(value.substr(split ? comma + 1 : kHalf))};
+  if (!split && value.size() != 2 * kLocationHalf) return false;
+  const std::int32_t halves[] = {ParseNumber(value.substr(0, split ? comma : kLocationHalf)),
+                                 ParseNumber(value.substr(split ? comma + 1 : kLocationHalf))};
   std::string text;
   for (const std::int32_t half : halves) {
     char digits[16];
     FormatBounded(digits, sizeof digits, half < 0 ? "-%04d" : "%05d", half < 0 ? -half : half);
     text += digits;
   }
-  if (text.size() != 2 * kHalf) return false;
+  if (text.size() != 2 * kLocationHalf) return false;
   std::memcpy(place.base + place.row->place, text.data(), text.size());
   std::memcpy(place.base + place.row->halves, halves, sizeof halves);
   return true;
 }
 
 bool StoreDigits(const FieldPlace &place, const std::string &value) {
-  if (value.empty() || value.size() > place.row->width21 || !IsDigits(value)) return false;
+  if (value.empty() || value.size() > place.row->width21 || !IsAllDigits(value)) return false;
   const std::string text = std::string(place.row->width21 - value.size(), '0') + value;
   std::memcpy(place.base + place.row->place, text.data(), text.size());
   if (place.row->number == HeaderRow::kNowhere) return true;
@@ -108,7 +91,8 @@ Outcome ChangeField(const std::string &fileName, NitfFile &file, const HeaderCho
   }
   if (!header.kind && name == "FBKGC") return StoreBackground(file, value) ? Outcome() : Outcome(refused);
   void *const record = header.kind ? FindSubheader(&file, *header.kind, header.index) : &file.header;
-  const FieldPlace place = FindRow(TableOf(header).rows, static_cast<char *>(record), {}, name);
+  const HeaderTable &table = header.kind ? SubheaderTable(*header.kind) : kFileHeaderTable;
+  const FieldPlace place = FindRow(table.rows, static_cast<char *>(record), {}, name);
   if (place.row == nullptr) return Problem{fileName, "there is no field " + name + " here", ERROR_INVALID_VALUE};
   return Store(place, value) ? Outcome() : Outcome(refused);
 }

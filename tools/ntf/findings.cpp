@@ -17,15 +17,14 @@ namespace {
 /** What the rules know of a kind of segments. */
 struct CheckedKind {
   SegmentKind kind;
-  const HeaderTable *table;
   const char *marker;
 };
 
 constexpr CheckedKind kKinds[] = {
-    {SegmentKind::Image, &kImageTable, "IM"},
-    {SegmentKind::Graphic, &kGraphicTable, "SY"},
-    {SegmentKind::Text, &kTextTable, "TE"},
-    {SegmentKind::DataExtension, &kDataExtensionTable, "DE"},
+    {SegmentKind::Image, "IM"},
+    {SegmentKind::Graphic, "SY"},
+    {SegmentKind::Text, "TE"},
+    {SegmentKind::DataExtension, "DE"},
 };
 
 /** What a compliance level allows (MIL-STD-2500C, table A-10). */
@@ -100,10 +99,6 @@ class Checker {
 
 // ---- texts --------------------------------------------------------------------------------------------------------
 
-bool IsDigit(char character) {
-  return character >= '0' && character <= '9';
-}
-
 bool IsBlank(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char character) { return character == ' '; });
 }
@@ -128,7 +123,7 @@ bool IsDate(std::string_view text) {
     text.remove_prefix(digits.size());
     if (std::all_of(digits.begin(), digits.end(), [](char character) { return character == '-'; })) continue;
     const std::int32_t value = ParseNumber(digits);
-    if (!std::all_of(digits.begin(), digits.end(), IsDigit) || value < part.least || value > part.most) return false;
+    if (!IsAllDigits(digits) || value < part.least || value > part.most) return false;
   }
   return true;
 }
@@ -147,10 +142,9 @@ bool IsLocation(const std::string &name) {
 }
 
 bool IsLocationText(std::string_view text) {
-  constexpr std::size_t kHalf = 5;
-  for (const std::string_view half : {text.substr(0, kHalf), text.substr(kHalf)}) {
+  for (const std::string_view half : {text.substr(0, kLocationHalf), text.substr(kLocationHalf)}) {
     const std::string_view digits = half.starts_with('-') ? half.substr(1) : half;
-    if (!std::all_of(digits.begin(), digits.end(), IsDigit)) return false;
+    if (!IsAllDigits(digits)) return false;
   }
   return true;
 }
@@ -166,7 +160,7 @@ void Checker::CheckText(const Header &header, const FieldView &field) {
   } else if (IsLocation(field.name)) {
     if (!IsLocationText(field.text)) Add(header, field.name, "is no location: '" + std::string(field.text) + "'");
   } else if (field.content == FieldContent::Digits) {
-    if (!std::all_of(field.text.begin(), field.text.end(), IsDigit)) {
+    if (!IsAllDigits(field.text)) {
       Add(header, field.name, "is no number: '" + std::string(field.text) + "'");
     }
   } else if (!std::all_of(field.text.begin(), field.text.end(), IsCharacter)) {
@@ -224,7 +218,8 @@ void Checker::CheckSegment(const CheckedKind &kind, std::uint32_t index) {
   if (record == nullptr) return;
   const std::uint32_t told = SubheaderLength(&file, kind.kind, index);
   const auto start = static_cast<std::uint64_t>(SeekSegmentData(&file, kind.kind, index)) - told;
-  const Header header(file, *kind.table, record, start, KindWord(kind.kind) + (" " + std::to_string(index)));
+  const Header header(file, SubheaderTable(kind.kind), record, start,
+                      KindWord(kind.kind) + (" " + std::to_string(index)));
   const bool isImage = kind.kind == SegmentKind::Image;
   // The mask table belongs to the data.
   const std::uint64_t length = header.Length() - (isImage ? MaskTableBytes(*FindImage(&file, index)) : 0);

@@ -80,16 +80,15 @@ void AddImageGroups(const void *record, Json &object) {
 struct SegmentListing {
   SegmentKind kind;
   const char *name;
-  const HeaderTable &table;
-  void (*addGroups)(const void *record, Json &object); /* for what is not in the table; may be null */
+  void (*addGroups)(const void *record, Json &object); /* for what is not in the format's table; may be null */
 };
 
 constexpr SegmentListing kListings[] = {
-    {SegmentKind::Image, "images", kImageTable, AddImageGroups},
-    {SegmentKind::Graphic, "graphics", kGraphicTable, nullptr},
-    {SegmentKind::Text, "texts", kTextTable, nullptr},
-    {SegmentKind::Label, "labels", kLabelTable, nullptr},
-    {SegmentKind::DataExtension, "dataExtensions", kDataExtensionTable, nullptr},
+    {SegmentKind::Image, "images", AddImageGroups},
+    {SegmentKind::Graphic, "graphics", nullptr},
+    {SegmentKind::Text, "texts", nullptr},
+    {SegmentKind::Label, "labels", nullptr},
+    {SegmentKind::DataExtension, "dataExtensions", nullptr},
 };
 
 Json DescribeSegments(const NitfFile &file, const SegmentListing &listing) {
@@ -102,7 +101,7 @@ Json DescribeSegments(const NitfFile &file, const SegmentListing &listing) {
     object["dataLength"] = DataLength(&file, listing.kind, index);
     const void *record = FindSubheader(&file, listing.kind, index);
     if (record != nullptr) {
-      AddFields(listing.table, record, file.nitf20Layout != 0, object);
+      AddFields(SubheaderTable(listing.kind), record, file.nitf20Layout != 0, object);
       if (listing.addGroups != nullptr) listing.addGroups(record, object);
     }
     segments.push_back(std::move(object));

@@ -1,5 +1,6 @@
 #include "info_text.h"
 
+#include "fields.h"
 #include "printable.h"
 
 #include <algorithm>
@@ -32,10 +33,9 @@ void AddPhrase(std::string &line, const std::string &words, const std::string &v
 
 /** Five characters a coordinate, the row first. */
 std::string Location(const std::string &field) {
-  constexpr std::size_t kHalf = 5;
-  if (field.size() != 2 * kHalf) return field;
-  const int row = std::atoi(field.substr(0, kHalf).c_str());
-  const int column = std::atoi(field.substr(kHalf).c_str());
+  if (field.size() != 2 * kLocationHalf) return field;
+  const int row = std::atoi(field.substr(0, kLocationHalf).c_str());
+  const int column = std::atoi(field.substr(kLocationHalf).c_str());
   return "row " + std::to_string(row) + " column " + std::to_string(column);
 }
 
