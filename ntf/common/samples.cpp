@@ -39,7 +39,15 @@ void Repack12(std::uint8_t *row, std::uint64_t bytes, std::uint32_t bits, std::u
 }
 
 void Swap16(std::uint8_t *row, std::uint64_t bytes, std::uint32_t, std::uint32_t, const SampleRange &) {
-  for (std::uint64_t at = 0; at + 1 < bytes; at += 2) PutLittleEndian16(row + at, BigEndian16(row + at));
+  constexpr std::uint64_t kLowBytes = 0x00FF00FF00FF00FF;
+  std::uint64_t at = 0;
+  for (; at + sizeof(std::uint64_t) <= bytes; at += sizeof(std::uint64_t)) {
+    std::uint64_t four = 0;
+    std::memcpy(&four, row + at, sizeof four);
+    four = (four & kLowBytes) << 8 | (four >> 8 & kLowBytes);
+    std::memcpy(row + at, &four, sizeof four);
+  }
+  for (; at + 1 < bytes; at += 2) PutLittleEndian16(row + at, BigEndian16(row + at));
 }
 
 void Scale16(std::uint8_t *row, std::uint64_t bytes, std::uint32_t bits, std::uint32_t actualBits,

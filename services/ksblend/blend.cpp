@@ -58,8 +58,7 @@ class Operation {
 };
 
 std::int32_t Operation::Prepare(const std::uint32_t *transparentColor) {
-  tables.bitsPerPixel = source.bitsPerPixel;
-  if (source.bitsPerPixel <= kscore::kDeepestLut) kscore::FillShownColors(source, tables.colors);
+  tables.ShowLevelsOf(source);
   if (target.bitsPerPixel == kscore::Index8::bits) kscore::FillShownColors(target, targetColors);
   if (transparentColor != nullptr) {
     hasTransparency = true;

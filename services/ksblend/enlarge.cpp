@@ -52,8 +52,7 @@ class Enlarger {
   std::int32_t Prepare(std::int64_t firstPlace, std::uint32_t count) {
     convert = ConversionOf(source.bitsPerPixel, TargetForm::bgr24);
     if (convert == nullptr) return ERROR_NOT_SUPPORTED;
-    if (source.bitsPerPixel <= kscore::kDeepestLut) kscore::FillShownColors(source, tables.colors);
-    tables.bitsPerPixel = source.bitsPerPixel;
+    tables.ShowLevelsOf(source);
     places = count;
     const std::uint64_t line = std::uint64_t{source.width} * kChannels;
     if (!columns.Allocate(count) || !upper.Allocate(line) || !lower.Allocate(line) || !mixed.Allocate(line)) {

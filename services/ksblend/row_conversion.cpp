@@ -1,10 +1,13 @@
 #include "ksblend/row_conversion.h"
 
 #include "ksblend/bit_copy.h"
+#include "ksblend/gray_rows.h"
 #include "kscore/pixel_forms.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
+#include <iterator>
 
 namespace ksblend {
 namespace {
@@ -42,8 +45,13 @@ struct FromLevels {
 
   static void ToBgr24(const RowTables &tables, const std::uint8_t *source, std::uint64_t sourceX, std::uint8_t *target,
                       std::uint64_t targetX, std::uint64_t count) {
-    PutBgr24Run(target + targetX * 3, count,
-                [&](std::uint64_t i) { return tables.colors[Source::Level(source, sourceX + i)]; });
+    std::uint64_t done = 0;
+    if constexpr (Source::bits % 8 == 0) {
+      constexpr unsigned kBytes = Source::bits / 8;
+      if (tables.showGrays) done = PutGrays<kBytes>(target + targetX * 3, source + sourceX * kBytes, count);
+    }
+    PutBgr24Run(target + (targetX + done) * 3, count - done,
+                [&](std::uint64_t i) { return tables.colors[Source::Level(source, sourceX + done + i)]; });
   }
 
   static void ToBgr32(const RowTables &tables, const std::uint8_t *source, std::uint64_t sourceX, std::uint8_t *target,
@@ -141,6 +149,16 @@ void CopyLowFirst(const RowTables &tables, const std::uint8_t *source, std::uint
 }
 
 }  // namespace
+
+void RowTables::ShowLevelsOf(const KsBitmap &source) {
+  bitsPerPixel = source.bitsPerPixel;
+  if (source.bitsPerPixel > kscore::kDeepestLut) return;
+  kscore::FillShownColors(source, colors);
+  Bgr gray = 0;
+  showGrays =
+      source.bitsPerPixel >= kscore::Index8::bits &&
+      std::all_of(std::begin(colors), std::end(colors), [&](Bgr color) { return color == kscore::BgrOfGray(gray++); });
+}
 
 RowFunction ConversionOf(std::uint32_t sourceBits, TargetForm target) {
   const auto rowsOf = [](auto form) -> const RowFunction * {

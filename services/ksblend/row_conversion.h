@@ -11,6 +11,10 @@ struct RowTables {
   std::uint8_t indices[kscore::kLevelCount];  // the same as indices or grays of an 8-bit target
   NearestColors *nearest = nullptr;           // the target's palette, where colours have to be found in it
   std::uint32_t bitsPerPixel = 0;             // of source and target, where they are equal
+  bool showGrays = false;                     // each level of a whole byte is the gray of its number
+
+  /** Takes what the levels of a source show, where it has any. */
+  void ShowLevelsOf(const KsBitmap &source);
 };
 
 /** Converts `count` pixels from pixel `sourceX` of a row to pixel `targetX` of another. */
