@@ -3,8 +3,11 @@
 
 #include "blocks.h"
 
-/** The bytes of a strip: little enough to stay in a processor's cache while it is filled, converted and placed. */
-constexpr std::uint64_t kStripBytes = 256 * 1024;
+/**
+ * The bytes of a strip: little enough to stay in a processor's cache while it is filled, converted and placed, and
+ * enough for the rows of a block to be read at once, past the windows of small reads.
+ */
+constexpr std::uint64_t kStripBytes = 512 * 1024;
 
 /** Reads an image into `target`, which has its padded size. */
 std::int32_t ReadWhole(BlockReader &reader, KsBitmap *target);
