@@ -6,8 +6,8 @@
 namespace ksblend {
 
 /**
- * Writes `count` grays of `bytes` bytes, of which the last is what is shown, as pixels of three bytes: how many were
- * written, from the first on, which is none where the processor lacks the instructions. `bytes` is 1 or 2.
+ * Writes grays of 1 or 2 bytes, whose last byte is what is shown, as pixels of three bytes: as many of `count` as are
+ * full sixteens, or none where the processor lacks the instructions. Returns how many it wrote.
  */
 template <unsigned bytes>
 std::uint64_t PutGrays(std::uint8_t *pixels, const std::uint8_t *grays, std::uint64_t count);
