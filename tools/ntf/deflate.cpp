@@ -16,9 +16,6 @@ namespace {
 /** Room in the output for one call of a compressor. */
 constexpr std::size_t kRoom = 256 * 1024;
 
-/** Where the check sum of a zlib stream starts (RFC 1950, section 2.2). */
-constexpr std::uint32_t kCheckSumOfNothing = 1;
-
 /** Puts what `fill` gives behind the part; it is told where and how much room there is, and tells what it left. */
 template <class Fill>
 void Append(DeflatedPart &part, const Fill &fill) {

@@ -14,6 +14,9 @@ constexpr CompressionLevel kStored = 0;
 constexpr CompressionLevel kFastest = 1;
 constexpr CompressionLevel kSmallest = 9;
 
+/** Where the check sum of a zlib stream starts (RFC 1950, section 2.2). */
+constexpr std::uint32_t kCheckSumOfNothing = 1;
+
 /** A part of a stream, compressed. */
 struct DeflatedPart {
   std::vector<std::uint8_t> room; /* the part at the front, and memory behind it that the next one may need */
@@ -40,7 +43,7 @@ class ZlibStream {
 
  private:
   bool begun = false;
-  std::uint32_t checkSum = 1;
+  std::uint32_t checkSum = kCheckSumOfNothing;
 };
 
 }  // namespace ntf
