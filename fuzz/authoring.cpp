@@ -1,11 +1,13 @@
 // A byte string drives a sequence of calls on a handle: records out and in, segments added, saving, opening anew.
-#include "header_info.h"
+#include "access/header_info.h"
 #include "target.h"
 
 #include <algorithm>
 #include <array>
 #include <deque>
 #include <string>
+
+using namespace ksntfx;
 
 namespace {
 

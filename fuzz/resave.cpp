@@ -1,7 +1,9 @@
 // A file that was opened is saved, and what was written is opened and saved again.
-#include "length_tables.h"
-#include "nitffile.h"
+#include "headers/length_tables.h"
+#include "headers/nitffile.h"
 #include "target.h"
+
+using namespace ksntfx;
 
 namespace {
 

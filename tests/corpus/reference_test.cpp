@@ -1,6 +1,6 @@
 // Uncompressed sample files against the pictures that an independent reader shows of them.
 #include "corpus.h"
-#include "handlimg.h"
+#include "images/handlimg.h"
 #include "harness.h"
 #include "internal/ksclasses_.h"
 #include "png_file.h"
@@ -12,6 +12,8 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+
+using namespace ksntfx;
 
 namespace {
 

@@ -1,11 +1,13 @@
 // Files that are cut off or changed anywhere must end in a status or a picture, soon, without a fault.
-#include "handlimg.h"
+#include "images/handlimg.h"
 #include "harness.h"
 #include "small_files.h"
 
 #include <string>
 
 #include <gtest/gtest.h>
+
+using namespace ksntfx;
 
 namespace {
 

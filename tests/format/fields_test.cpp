@@ -1,4 +1,4 @@
-#include "fields.h"
+#include "table/fields.h"
 
 #include "harness.h"
 
@@ -7,6 +7,8 @@
 #include <tuple>
 
 #include <gtest/gtest.h>
+
+using namespace ksntfx;
 
 namespace {
 

@@ -1,9 +1,11 @@
 #include "harness.h"
-#include "strmfhdr.h"
+#include "headers/strmfhdr.h"
 
 #include <string>
 
 #include <gtest/gtest.h>
+
+using namespace ksntfx;
 
 namespace {
 

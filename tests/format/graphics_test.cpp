@@ -1,9 +1,9 @@
 // Graphics and labels on the canvas: where drawings come to lie, the symbols and labels of the 2.0 layout, and what is
 // no drawing.
 #include "cgm_builder.h"
-#include "fields.h"
-#include "handlgfx.h"
-#include "handllbl.h"
+#include "table/fields.h"
+#include "drawings/handlgfx.h"
+#include "drawings/handllbl.h"
 #include "harness.h"
 #include "internal/ksclasses_.h"
 
@@ -11,6 +11,8 @@
 #include <cstring>
 
 #include <gtest/gtest.h>
+
+using namespace ksntfx;
 
 namespace {
 

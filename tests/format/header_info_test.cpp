@@ -1,13 +1,15 @@
 // Every member of the public header records: what a Get gives, what a Set stores, and what a save makes of it.
-#include "header_info.h"
+#include "access/header_info.h"
 
-#include "headerwriter.h"
+#include "table/headerwriter.h"
 #include "internal/ksclasses_.h"
 #include "opened_file.h"
 
 #include <algorithm>
 
 #include <gtest/gtest.h>
+
+using namespace ksntfx;
 
 namespace {
 

@@ -1,6 +1,6 @@
 // What a Set of a header record does beyond its members: lengths, tables, bands, data, and where it stops.
-#include "fields.h"
-#include "header_info.h"
+#include "table/fields.h"
+#include "access/header_info.h"
 #include "opened_file.h"
 
 #include <array>
@@ -8,6 +8,8 @@
 #include <limits>
 
 #include <gtest/gtest.h>
+
+using namespace ksntfx;
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "handlimg.h"
+#include "images/handlimg.h"
 #include "harness.h"
 #include "internal/ksclasses_.h"
 
@@ -6,6 +6,8 @@
 #include <string>
 
 #include <gtest/gtest.h>
+
+using namespace ksntfx;
 
 namespace {
 

@@ -1,10 +1,12 @@
 #include "harness.h"
-#include "strmfhdr.h"
+#include "headers/strmfhdr.h"
 
 #include <functional>
 #include <string>
 
 #include <gtest/gtest.h>
+
+using namespace ksntfx;
 
 namespace {
 

@@ -1,9 +1,9 @@
 // Files that are opened and saved: what comes back byte for byte, what the writer renders anew, and what it refuses.
 #include "harness.h"
-#include "headerwriter.h"
+#include "table/headerwriter.h"
 #include "opened_file.h"
-#include "savenitf.h"
-#include "strmfhdr.h"
+#include "save/savenitf.h"
+#include "headers/strmfhdr.h"
 #include "vq_builder.h"
 
 #include <array>
@@ -13,6 +13,8 @@
 #include <sys/resource.h>
 
 #include <gtest/gtest.h>
+
+using namespace ksntfx;
 
 namespace {
 

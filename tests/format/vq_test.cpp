@@ -1,7 +1,7 @@
 // Vector-quantised images: kernels, codes, codebooks, masks, and data that are none.
-#include "vq.h"
+#include "images/vq.h"
 
-#include "handlimg.h"
+#include "images/handlimg.h"
 #include "harness.h"
 #include "internal/ksclasses_.h"
 #include "vq_builder.h"
@@ -11,6 +11,8 @@
 #include <string>
 
 #include <gtest/gtest.h>
+
+using namespace ksntfx;
 
 namespace {
 

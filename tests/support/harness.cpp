@@ -92,7 +92,7 @@ Information Inform(const NitfBuilder &builder, std::uint32_t loadFlags) {
 LoadedFile::LoadedFile(const Bytes &bytes) {
   const std::string path = folder.Path("file.ntf");
   WriteFile(path, bytes);
-  status = Load(file.Get(), Wide(path).c_str());
+  status = Load(file.Get(), Wide(path).c_str()).Code();
 }
 
 PlatformWatch::PlatformWatch() {

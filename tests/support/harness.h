@@ -5,10 +5,12 @@
 #include "ksntfx.h"
 #include "live_blocks.h"
 #include "nitf_builder.h"
-#include "nitffile.h"
+#include "headers/nitffile.h"
 
 #include <string>
 #include <vector>
+
+using namespace ksntfx;
 
 std::u16string Wide(const std::string &narrow);
 

@@ -1,0 +1,163 @@
+#include "headers/length_tables.h"
+
+#include "internal/ksclasses_.h"
+#include "table/fields.h"
+#include "table/headerreader.h"
+#include "table/headerwriter.h"
+
+#include <algorithm>
+
+namespace ksntfx {
+
+namespace {
+
+/** In the order of SegmentKind. */
+constexpr const LengthTable *kOfKinds[] = {&kImageLengths, &kGraphicLengths, &kLabelLengths, &kTextLengths,
+                                           &kDataExtensionLengths};
+
+bool RenewTable(NitfHeader &header, LengthArray table, std::uint32_t count) {
+  if (table == nullptr) return true;
+  KsFreeAndClear(header.*table);
+  if (count == 0) return true;
+  header.*table = static_cast<std::uint32_t *>(KsCalloc(count, sizeof(std::uint32_t), __LINE__, __FILE__));
+  return header.*table != nullptr;
+}
+
+bool RenewTables(NitfHeader &header, const LengthTable &lengths, std::uint32_t count) {
+  header.*lengths.held = 0;
+  const bool made = RenewTable(header, lengths.subheader.table, count) &&
+                    RenewTable(header, lengths.subheader.outTable, count) &&
+                    RenewTable(header, lengths.data.table, count) && RenewTable(header, lengths.data.outTable, count);
+  if (made) header.*lengths.held = count;
+  return made;
+}
+
+void SetEntry(NitfHeader &header, const LengthColumn &column, std::uint32_t index, std::uint32_t length) {
+  (header.*column.table)[index] = length;
+  if (column.outTable != nullptr) (header.*column.outTable)[index] = length;
+}
+
+Status ReadLength(HeaderReader &reader, const LengthColumn &column, std::uint32_t index) {
+  std::uint32_t length = 0;
+  const Status status = reader.TakeNumber(column.width, column.nineIsUnknown, &length);
+  if (status == SUCCESS) SetEntry(reader.As<NitfHeader>(), column, index, length);
+  return status;
+}
+
+Status WriteLength(HeaderWriter &writer, const LengthTable &lengths, const LengthColumn &column, std::uint32_t index) {
+  const bool asRead = column.outTable == nullptr || column.writtenAsRead;
+  const LengthArray table = asRead ? column.table : column.outTable;
+  const std::uint32_t length = EntryOf(writer.As<NitfHeader>(), lengths, table, index);
+  return writer.Number(static_cast<std::int32_t>(length), column.width);
+}
+
+bool GrowTable(NitfHeader &header, LengthArray table, std::uint32_t entries) {
+  if (table == nullptr) return true;
+  void *const grown = KsRealloc(header.*table, std::uint64_t{entries} * sizeof(std::uint32_t), __LINE__, __FILE__);
+  if (grown != nullptr) header.*table = static_cast<std::uint32_t *>(grown);
+  return grown != nullptr;
+}
+
+bool GrowColumn(NitfHeader &header, const LengthColumn &column, std::uint32_t entries) {
+  return GrowTable(header, column.table, entries) && GrowTable(header, column.outTable, entries);
+}
+
+void DropColumn(NitfHeader &header, const LengthColumn &column) {
+  KsFreeAndClear(header.*column.table);
+  if (column.outTable != nullptr) KsFreeAndClear(header.*column.outTable);
+}
+
+}  // namespace
+
+const LengthTable &LengthsOf(SegmentKind kind) {
+  return *kOfKinds[static_cast<std::size_t>(kind)];
+}
+
+std::uint32_t EntryOf(const NitfHeader &header, const LengthTable &lengths, LengthArray table, std::uint32_t index) {
+  return header.*table == nullptr || index >= header.*lengths.count ? 0 : (header.*table)[index];
+}
+
+Status ReadLengths(HeaderReader &reader, const LengthTable &lengths) {
+  auto &header = reader.As<NitfHeader>();
+  const std::uint32_t count = header.*lengths.count;
+  // Between the old tables' release and the new ones' creation no table may be thought to be longer than it is.
+  header.*lengths.count = 0;
+  // More is a number with a minus sign, for which no file is long enough.
+  if (count > kMostSegments) return ERROR_FILE_READ;
+  if (!RenewTables(header, lengths, count)) return ERROR_NO_MEMORY;
+  header.*lengths.count = count;
+  for (std::uint32_t index = 0; index < count; ++index) {
+    Status status = ReadLength(reader, lengths.subheader, index);
+    if (status == SUCCESS) status = ReadLength(reader, lengths.data, index);
+    if (status != SUCCESS) return status;
+  }
+  return SUCCESS;
+}
+
+Status WriteLengths(HeaderWriter &writer, const LengthTable &lengths, std::uint32_t rows) {
+  for (std::uint32_t index = 0; index < rows; ++index) {
+    Status status = WriteLength(writer, lengths, lengths.subheader, index);
+    if (status == SUCCESS) status = WriteLength(writer, lengths, lengths.data, index);
+    if (status != SUCCESS) return status;
+  }
+  return SUCCESS;
+}
+
+void WriteAsRead(NitfHeader *header, const LengthTable &lengths, std::uint32_t listed) {
+  const LengthColumn &column = lengths.data;
+  if (header->*column.table == nullptr || header->*column.outTable == nullptr) return;
+  std::copy_n(header->*column.table, std::min(listed, header->*lengths.count), header->*column.outTable);
+}
+
+void FreeLengths(NitfHeader *header) {
+  for (const LengthTable *const lengths : kOfKinds) RenewTables(*header, *lengths, 0);
+  RenewTables(*header, kReservedLengths, 0);
+}
+
+Status GrowLengths(NitfHeader *header, const LengthTable &lengths) {
+  const std::uint32_t needed = header->*lengths.count + 1;
+  if (needed <= header->*lengths.held) return SUCCESS;
+  if (!GrowColumn(*header, lengths.subheader, needed) || !GrowColumn(*header, lengths.data, needed)) {
+    // Tables that grew are as good as before; where there were none, none are left.
+    if (header->*lengths.held == 0) {
+      DropColumn(*header, lengths.subheader);
+      DropColumn(*header, lengths.data);
+    }
+    return ERROR_NO_MEMORY;
+  }
+  header->*lengths.held = needed;
+  return SUCCESS;
+}
+
+void AddLengths(NitfHeader *header, const LengthTable &lengths, std::uint32_t subheaderBytes, std::uint32_t dataBytes) {
+  const std::uint32_t rowBytes = lengths.subheader.width + lengths.data.width;
+  const std::uint32_t index = header->*lengths.count;
+  SetEntry(*header, lengths.subheader, index, subheaderBytes);
+  SetEntry(*header, lengths.data, index, dataBytes);
+  header->headerLengthOut += rowBytes;
+  ChangeFileLength(header, std::int64_t{rowBytes} + subheaderBytes + dataBytes);
+  header->*lengths.count += 1;
+}
+
+void ChangeSubheaderLength(NitfHeader *header, const LengthTable &lengths, std::uint32_t index, std::int32_t bytes) {
+  std::uint32_t *const table = header->*lengths.subheader.outTable;
+  if (bytes == 0 || table == nullptr || index >= header->*lengths.count) return;
+  table[index] += static_cast<std::uint32_t>(bytes);
+  ChangeFileLength(header, bytes);
+}
+
+void ReplaceDataLength(NitfHeader *header, const LengthTable &lengths, std::uint32_t index, std::uint32_t bytes) {
+  std::uint32_t *const table = header->*lengths.data.outTable;
+  if (table == nullptr || index >= header->*lengths.count) return;
+  ChangeFileLength(header, std::int64_t{bytes} - table[index]);
+  table[index] = bytes;
+}
+
+void ChangeFileLength(NitfHeader *header, std::int64_t bytes) {
+  // Files may be longer than the numbers beside the text can tell.
+  const std::int64_t length = std::max<std::int64_t>(ParseLongNumber(BufferText(header->FL, 12)) + bytes, 0);
+  FormatBounded(header->FL, sizeof header->FL, "%012lld", static_cast<long long>(length));
+  header->fileLength = header->fileLengthOut = static_cast<std::uint32_t>(ParseNumber(header->FL));
+}
+
+}  // namespace ksntfx

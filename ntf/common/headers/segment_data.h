@@ -1,0 +1,39 @@
+// The body of a segment, whole in memory.
+#pragma once
+
+#include "headers/nitffile.h"
+#include "internal/ksclasses_.h"
+
+namespace ksntfx {
+
+struct SegmentData {
+  KsArray<char> bytes; /**< and a zero behind them; null where there are none */
+  std::uint32_t length = 0;
+};
+
+/** Reads a body; what the file doesn't hold is not allocated. SUCCESS, ERROR_FILE_READ or ERROR_NO_MEMORY. */
+Status ReadSegmentData(const NitfFile *file, SegmentKind kind, std::uint32_t index, SegmentData *data);
+
+/**
+ * Copies a text into `buffer`, which holds one byte more than TextDataLength tells, from memory (up to its first zero
+ * byte) or from the file, with a zero behind it. ERROR_FILE_READ with what came where the file ends before the text.
+ */
+Status ReadText(const NitfFile *file, std::uint32_t index, char *buffer);
+
+/**
+ * Puts a copy of `length` bytes, with a zero behind it, in the place of a block that a record holds. SUCCESS;
+ * ERROR_NO_MEMORY leaves the old one.
+ */
+Status CopyIntoMemory(char **held, const void *data, std::uint32_t length);
+
+/** Makes a copy of `length` bytes what a save writes for the record's segment. As CopyIntoMemory. */
+template <class Record>
+Status HoldInMemory(Record *record, const void *data, std::uint32_t length) {
+  const Status status = CopyIntoMemory(&record->memoryData, data, length);
+  if (status != SUCCESS) return status;
+  record->memoryBytes = length;
+  record->hasMemoryData = 1;
+  return SUCCESS;
+}
+
+}  // namespace ksntfx

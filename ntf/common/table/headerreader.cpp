@@ -1,0 +1,107 @@
+#include "table/headerreader.h"
+
+#include "internal/ksclasses_.h"
+
+namespace ksntfx {
+
+HeaderReader::HeaderReader(const HeaderSource &source, void *target)
+    : file(source.file), record(target), limit(source.limit), nitf20(source.nitf20) {
+  const std::int64_t here = KsSeek(file, 0, KS_SEEK_CURRENT);
+  start = aheadPosition = static_cast<std::uint64_t>(std::max<std::int64_t>(here, 0));
+}
+
+Status HeaderReader::Read(const HeaderTable &table) {
+  if (limit != UINT64_MAX) NoteLengths(table);
+  const Status status = table.read(*this, static_cast<char *>(record));
+  const bool lacksData = status != SUCCESS && failed->countedBy != HeaderRow::kNowhere;
+  if (lacksData) DropData(table, failed->countedBy);
+  aheadPosition = Position();
+  aheadStart = aheadEnd = 0;
+  KsSeek(file, static_cast<std::int64_t>(aheadPosition), KS_SEEK_START);
+  return status;
+}
+
+void HeaderReader::NoteLengths(const HeaderTable &table) {
+  std::size_t data = 0;
+  for (const HeaderRow &row : table.rows) {
+    if (row.kind == HeaderRow::Kind::Data) {
+      lengthsBefore[data++] = LengthAt(static_cast<const char *>(record), row.countedBy);
+    }
+  }
+}
+
+/** Drops data that were not reached behind a new length: data of another length must not stand beside it. */
+void HeaderReader::DropData(const HeaderTable &table, std::uint32_t countedBy) {
+  auto *const base = static_cast<char *>(record);
+  std::size_t data = 0;
+  for (const HeaderRow &row : table.rows) {
+    if (row.kind != HeaderRow::Kind::Data) continue;
+    const std::int32_t before = lengthsBefore[data++];
+    if (row.countedBy == countedBy && LengthAt(base, countedBy) != before) FreeDataAt(base, row.place);
+  }
+}
+
+Status HeaderReader::ReadSecurity(const HeaderRow &row, char *base) {
+  securityRules = row.securityRules;
+  return row.fields->read(*this, base + row.place);
+}
+
+Status HeaderReader::ReadData(const HeaderRow &row, char *base) {
+  const std::int32_t length = LengthAt(base, row.countedBy);
+  if (length < row.overhead) return ERROR_FILE_FORMAT;
+  if (length <= row.emptyUpTo) {
+    FreeDataAt(base, row.place);
+    return SUCCESS;
+  }
+  char *data = DataAt(base, row.place);
+  const Status status = TakeNew(&data, static_cast<std::uint32_t>(length - row.overhead));
+  SetDataAt(base, row.place, data);
+  return status;
+}
+
+/** Takes what is read ahead, and the rest from the file: right into the buffer where it is long. */
+Status HeaderReader::TakeBeyond(char *buffer, std::uint64_t bytes) {
+  if (bytes > limit - Taken()) return kBudgetSpent;
+  const std::uint32_t held = Ready();
+  std::memcpy(buffer, ahead + aheadStart, held);
+  aheadStart = aheadEnd = 0;
+  const std::uint64_t missing = bytes - held;
+  std::uint64_t taken = 0;
+  if (missing >= kReadAhead) {
+    taken = KsRead(file, buffer + held, missing);
+    aheadPosition += taken;
+  } else {
+    const std::uint64_t left = limit - (aheadPosition - start);
+    aheadEnd = static_cast<std::uint32_t>(KsRead(file, ahead, std::min<std::uint64_t>(kReadAhead, left)));
+    aheadPosition += aheadEnd;
+    taken = std::min<std::uint64_t>(missing, aheadEnd);
+    std::memcpy(buffer + held, ahead, taken);
+    aheadStart = static_cast<std::uint32_t>(taken);
+  }
+  return taken == missing ? SUCCESS : ERROR_FILE_READ;
+}
+
+Status HeaderReader::TakeNew(char **buffer, std::uint64_t bytes) {
+  if (bytes > limit - Taken()) return kBudgetSpent;
+  if (!Holds(bytes, 1)) return ERROR_FILE_READ;
+  KsArray<char> taken;
+  if (!taken.Allocate(bytes + 1)) return ERROR_NO_MEMORY;
+  const Status status = Take(taken.Get(), bytes);
+  if (status != SUCCESS) return status;
+  KsFreeAndClear(*buffer);
+  *buffer = taken.Release();
+  return SUCCESS;
+}
+
+bool HeaderReader::Holds(std::uint64_t count, std::uint64_t bytes) const {
+  // What is read ahead is there, and the system need not be asked.
+  if (bytes == 0 || count <= Ready() / bytes) return true;
+  const std::int64_t here = KsSeek(file, 0, KS_SEEK_CURRENT);
+  const std::int64_t end = KsSeek(file, 0, KS_SEEK_END);
+  KsSeek(file, here, KS_SEEK_START);
+  const auto fileSize = static_cast<std::uint64_t>(std::max<std::int64_t>(end, 0));
+  const std::uint64_t left = fileSize > Position() ? fileSize - Position() : 0;
+  return count <= left / bytes;
+}
+
+}  // namespace ksntfx
