@@ -1,18 +1,20 @@
 /**
  * @file
- * libksntfx: reads and writes the National Imagery Transmission Format (NITF 2.1, MIL-STD-2500; NSIF 1.0 files that
- * carry version 02.10). Usable from C11 and C++.
+ * libksntfx: reads and writes the National Imagery Transmission Format (NITF 2.1, MIL-STD-2500; and NSIF 1.0 files with
+ * version 02.10). Usable from C11 and C++.
  *
- * The filter entries plug the library into the imaging framework; the composition functions draw a file that is already
- * loaded. All functions return a signed 32-bit status: SUCCESS (1), a negative code, or, where told, another number.
- * The library has no state of its own; a NitfFile is used by one thread at a time.
+ * The filter entries plug the library into the imaging framework; the composition functions draw a loaded file. Unless
+ * documented otherwise, a function returns a signed 32-bit status: SUCCESS (1) or an error of KsStatus or NitfStatus.
+ * Most errors are negative, but 0 and 87 are errors too, so compare with SUCCESS.
+ *
+ * The library has no global state. A NitfFile must not be used by two threads at the same time.
  */
 #ifndef KSNTFX_H
 #define KSNTFX_H
 
 #include "kskernel.h"
 
-/** Marks what the library shows. */
+/** Marks the functions that the library exports. */
 #if defined(_WIN32)
 #if defined(KSNTFX_BUILD)
 #define KSNTFX_API __declspec(dllexport)
@@ -23,7 +25,7 @@
 #define KSNTFX_API __attribute__((visibility("default")))
 #endif
 
-/** The version of the library that this header belongs to, as a text, and behind it in numbers for `#if`. */
+/** The version of the library that this header belongs to, as a string, and as numbers for `#if`. */
 #define KSNTFX_VERSION "0.9.0"
 #define KSNTFX_VERSION_MAJOR 0 /**< the first number of KSNTFX_VERSION */
 #define KSNTFX_VERSION_MINOR 9 /**< the second */
@@ -33,101 +35,102 @@
 extern "C" {
 #endif
 
-/** Results that are the format's own; the others are those of KsStatus. */
+/** Status values of the format. All others are in KsStatus. */
 enum NitfStatus {
-  NITF_NO_HANDLE = 0,                /**< a null NitfHandle, from the functions on headers */
-  NITF_TOO_MANY_SEGMENTS = 0,        /**< there are 999 segments of the kind already */
-  NITF_OUT_OF_RANGE = 87,            /**< no segment of that index, or a null record; neither SUCCESS nor negative */
-  NITF_NO_TEXT_FILE = -14,           /**< a text file that can't be opened */
-  NITF_NULL_HANDLE = -261,           /**< a null NitfHandle, from all others; a null rectangle */
-  NITF_EMPTY_DRAWING = -501,         /**< a drawing that holds nothing */
-  NITF_NULL_DATA = -814,             /**< a null drawing or null data */
+  NITF_NO_HANDLE = 0,                /**< null NitfHandle, from the header functions */
+  NITF_TOO_MANY_SEGMENTS = 0,        /**< the file already has 999 segments of the kind */
+  NITF_OUT_OF_RANGE = 87,            /**< no segment with that index, or null record; an error, although positive */
+  NITF_NO_TEXT_FILE = -14,           /**< the text file can't be opened */
+  NITF_NULL_HANDLE = -261,           /**< null NitfHandle, from all other functions; null rectangle */
+  NITF_EMPTY_DRAWING = -501,         /**< the drawing has no objects */
+  NITF_NULL_DATA = -814,             /**< null drawing or null data */
   NITF_UNSUPPORTED_VERSION = -78,    /**< FVER is not 02.10 */
   NITF_UNSUPPORTED_PVTYPE = -700000, /**< PVTYPE is neither INT nor B */
   NITF_UNSUPPORTED_CLEVEL = -700001, /**< CLEVEL is not 03 */
   NITF_UNSUPPORTED_BPP = -700002,    /**< NBPP is 16 with more than one band */
-  NITF_UNSUPPORTED_TILE = -700003    /**< compressed data of a kind that NITF doesn't hold */
+  NITF_UNSUPPORTED_TILE = -700003    /**< a compressed tile is neither JPEG nor JPEG 2000 */
 };
 
-/** The framework's number for this format, what fltInfo stores in KsFileInfo::formatId. */
+/** The framework's number for this format, which fltInfo stores in KsFileInfo::formatId. */
 #define NITF_FORMAT_ID 248u
 
-/** Bits of KsLoadOptions::loadFlags that the filter entries look at. */
+/** Bits of KsLoadOptions::loadFlags that the filter entries use. */
 enum NitfLoadFlags {
-  NITF_LOAD_FIXED_CANVAS = 0x40000,  /**< the canvas is 2048 by 2048, whatever the segments say */
-  NITF_LOAD_TONE_CHECK = 0x80000,    /**< images whose levels all lie below 20 are spread over the full range */
-  NITF_LOAD_VECTOR_RENDER = 0x100000 /**< object symbols are painted at once */
+  NITF_LOAD_FIXED_CANVAS = 0x40000,  /**< use a canvas of 2048 x 2048 pixels, whatever the segments say */
+  NITF_LOAD_TONE_CHECK = 0x80000,    /**< stretch images with no level above 19 to the full range */
+  NITF_LOAD_VECTOR_RENDER = 0x100000 /**< paint object symbols immediately */
 };
 
 /** Bits of the row callback's `rowFlags`. NITF_ROW_VALID is always set. */
 enum NitfRowFlags {
-  NITF_ROW_VALID = 3, /**< the row holds pixels */
-  NITF_ROW_FIRST = 4, /**< it is row 0 */
-  NITF_ROW_LAST = 8   /**< it is the last one */
+  NITF_ROW_VALID = 3, /**< the row has pixels */
+  NITF_ROW_FIRST = 4, /**< first row */
+  NITF_ROW_LAST = 8   /**< last row */
 };
 
-/** One file: opaque here. */
+/** One file. Opaque. */
 typedef struct NitfFile NitfFile;
 
-/** A file that was opened or made through K_NITFCreate, and belongs to the caller until K_NITFDestroy. */
+/** A file from K_NITFCreate. The caller owns it and releases it with K_NITFDestroy. */
 typedef NitfFile *NitfHandle;
 
-/** Bits that K_NITFGetStatus gives. */
+/** Bits that K_NITFGetStatus returns. */
 enum NitfHandleStatus {
-  NITF_STATUS_EMPTY = 1, /**< there are no images, graphics, labels and texts */
-  NITF_STATUS_HEADER = 2 /**< there is a file header */
+  NITF_STATUS_EMPTY = 1, /**< the file has no images, graphics, labels or texts */
+  NITF_STATUS_HEADER = 2 /**< the file has a header */
 };
 
 /**
- * Receives one row of the composed picture. `row` holds the pixels in the canvas's own format and lives until the
- * callback returns; `rowIndex` counts from 0 at the top, `rowCount` is always 1. SUCCESS goes on to the next row; any
- * other result ends the load and becomes its result.
+ * Receives one row of the composed picture. `row` has the pixels in the canvas's format and is valid until the callback
+ * returns. `rowIndex` counts from 0 at the top; `rowCount` is always 1.
+ *
+ * Return SUCCESS to receive the next row. Any other value ends the load, which then returns it.
  */
 typedef int32_t (*NitfRowCallback)(uint64_t rowContext, KsBitmap *canvas, void *row, uint32_t rowFlags,
                                    uint32_t rowIndex, uint32_t rowCount, uint64_t rowUserData);
 
-/** Decodes a compressed stream, as KsLoadMemory does. */
+/** Decodes a compressed stream. KsLoadMemory is such a function. */
 typedef int32_t (*NitfLoadFromMemory)(const void *buffer, KsBitmap *bitmap, uint32_t bitmapSize, int32_t bits,
                                       int32_t order, uint64_t size, const KsLoadOptions *options, void *reserved);
-/** Sets who answers for streams without a header, as KsSetRedirect does. */
+/** Sets the callback that describes streams without a header. KsSetRedirect is such a function. */
 typedef KsRedirectCallback (*NitfSetRedirect)(KsRedirectCallback callback, void *userData);
 
 #pragma pack(push, 1)
 
-/** What fltInfo is asked. Byte-packed; members not named are the framework's own and not looked at. */
+/** The request of fltInfo. Byte-packed; reserved members belong to the framework and are ignored. */
 typedef struct FilterInfoRecord {
   const char16_t *fileName; /**< 0: UTF-16, zero-terminated */
   uint8_t reserved8[4];
-  KsHandle inputHandle; /**< 12: a handle that the caller has open on the file, or KS_INVALID_HANDLE; put back to 0 */
-  KsFileInfo *fileInfo; /**< 20: receives the answer */
+  KsHandle inputHandle; /**< 12: the caller's open handle on the file, rewound to 0, or KS_INVALID_HANDLE */
+  KsFileInfo *fileInfo; /**< 20: receives the result */
   uint8_t reserved28[28];
-  KsLoadOptions *loadOptions; /**< 56: 0x80000001 is or-ed into its flags */
+  KsLoadOptions *loadOptions; /**< 56: 0x80000001 is ORed into its flags */
 } FilterInfoRecord;
 
-/** The depth of the canvas that fltLoad is to make. */
+/** The canvas that fltLoad creates. */
 typedef struct FilterTargetInfo {
   uint8_t reserved0[28];
   uint32_t bitsPerPixel; /**< 28: 8, 24 or 32 */
 } FilterTargetInfo;
 
-/** What fltLoad is asked. Byte-packed; members not named are the framework's own and not looked at. */
+/** The request of fltLoad. Byte-packed; reserved members belong to the framework and are ignored. */
 typedef struct FilterLoadRecord {
   const char16_t *fileName;           /**< 0: UTF-16, zero-terminated */
   const FilterTargetInfo *targetInfo; /**< 8: the depth of the canvas */
   uint8_t reserved16[4];
-  NitfRowCallback rowCallback; /**< 20: takes the rows; not null unless skipRows is set */
+  NitfRowCallback rowCallback; /**< 20: receives the rows; may be null only if skipRows is set */
   uint64_t rowUserData;        /**< 28: the callback's last argument */
   uint8_t reserved36[36];
   uint64_t rowContext; /**< 72: the callback's first argument */
   uint8_t reserved80[1920];
-  KsLoadOptions *loadOptions; /**< 2000: 0x80000001 is or-ed into its flags */
+  KsLoadOptions *loadOptions; /**< 2000: 0x80000001 is ORed into its flags */
   uint8_t reserved2008[48];
-  NitfLoadFromMemory loadFromMemory; /**< 2056: decodes compressed streams; not null (KsLoadMemory will do) */
-  NitfSetRedirect setRedirect;       /**< 2064: not null (KsSetRedirect will do) */
+  NitfLoadFromMemory loadFromMemory; /**< 2056: decodes compressed streams, usually KsLoadMemory; not null */
+  NitfSetRedirect setRedirect;       /**< 2064: usually KsSetRedirect; not null */
   uint8_t reserved2072[48];
   void (*requiredEntry)(void); /**< 2120: not null, never called */
   uint8_t reserved2128[232];
-  uint64_t skipRows; /**< 2360: when not 0 the file is composed and no row is delivered */
+  uint64_t skipRows; /**< 2360: if not 0, compose the file and deliver no rows */
 } FilterLoadRecord;
 
 #pragma pack(pop)
@@ -135,102 +138,137 @@ typedef struct FilterLoadRecord {
 /* ---- filter ------------------------------------------------------------------------------------------------------ */
 
 /**
- * Tells how large the picture of a file is: fills formatId, width, height, bitsPerPixel (always 24), imageBytes and the
- * two page members of request->fileInfo. Reads headers only, and the drawings that decide the size. SUCCESS, or what
- * a load fails with: ERROR_FILE_READ (also for a file that can't be opened), ERROR_FILE_FORMAT, ERROR_NO_MEMORY, one of
- * NitfStatus. `request` and what it points to stay the caller's.
+ * Determines the size of a file's picture. Sets formatId, width, height, bitsPerPixel (always 24), imageBytes and the
+ * two page members of request->fileInfo. Only headers are read, and drawings that the size depends on. The caller keeps
+ * ownership of `request` and everything that it points to.
+ *
+ * @retval SUCCESS request->fileInfo is filled
+ * @retval ERROR_FILE_READ the file can't be opened, or is truncated
+ * @retval ERROR_FILE_FORMAT the file is malformed
+ * @retval ERROR_NO_MEMORY out of memory
+ * @retval NITF_UNSUPPORTED_VERSION or another value of NitfStatus: the file is not supported
  */
 KSNTFX_API int32_t fltInfo(FilterInfoRecord *request);
 
 /**
- * Composes a file on a canvas of the depth asked for, filled with FBKGC, and hands it row by row to the callback.
- * ERROR_FILE_FORMAT where a required function of the request is null; ERROR_NO_MEMORY where the canvas is above the
- * bitmap limit; the first failure of a segment, with nothing delivered.
+ * Composes a file on a canvas of the requested depth, filled with FBKGC, and passes it to the callback row by row. If a
+ * segment can't be drawn, its status is returned and no row is delivered.
+ *
+ * @retval SUCCESS all rows were delivered
+ * @retval ERROR_FILE_FORMAT a required function of the request is null, or the file is malformed
+ * @retval ERROR_NO_MEMORY out of memory, or the canvas exceeds the bitmap limit
+ * @return otherwise an error of fltInfo, of the first segment that failed, or the callback's result
  */
 KSNTFX_API int32_t fltLoad(FilterLoadRecord *request);
 
-/** Declines: ERROR_NOT_SUPPORTED. Files are written through the authoring functions. */
+/** Always returns ERROR_NOT_SUPPORTED. The functions below K_NITFCreate write files. */
 KSNTFX_API int32_t fltSave(void);
 
-/** Hands the library to the framework: KsFilterEntry, with this function's address in place of the first argument. */
+/** Registers the library with the framework: calls KsFilterEntry with this function's address as first argument. */
 KSNTFX_API intptr_t KORVA_Load(void *, ...);
 
 /* ---- composition ------------------------------------------------------------------------------------------------- */
 
 /**
- * The size of a loaded file's canvas in pixels. `width` and `height` are set on SUCCESS. ERROR_NO_MEMORY, and what a
- * drawing that decides on it fails with.
+ * Returns the size of a loaded file's canvas, in pixels. `width` and `height` are set only on success.
+ *
+ * @retval SUCCESS
+ * @retval ERROR_NO_MEMORY out of memory, or the size exceeds 32 bits
+ * @return otherwise the error of a drawing that the size depends on
  */
 KSNTFX_API int32_t GetActual_Width_Height(NitfFile *file, uint32_t *width, uint32_t *height);
 
 /**
- * Draws images, graphics and labels on `canvas` from the lowest display level (IDLVL, SDLVL) to the highest.
- * `loadContext` is the request of fltLoad, or null for the framework's own codecs; `deviceContext` is a context on
- * `canvas`, needed by graphics, labels and images with a pad value (TPXCD), else null. The first failure ends the
- * drawing.
+ * Draws images, graphics and labels on `canvas`, from the lowest display level (IDLVL, SDLVL) to the highest. The first
+ * error ends the drawing.
+ *
+ * @param loadContext the request of fltLoad, or null to use the framework's codecs
+ * @param deviceContext a context on `canvas`. Required if the file has graphics, labels or images with a pad value
+ *        (TPXCD); may be null otherwise.
+ * @param canvas the bitmap to draw on
+ * @param file a loaded file
+ * @retval SUCCESS
+ * @return otherwise the error of the first segment that failed
  */
 KSNTFX_API int32_t K_NitfDrawObjects(FilterLoadRecord *loadContext, KsDeviceContext *deviceContext, KsBitmap *canvas,
                                      NitfFile *file);
 
 /**
- * Makes `bitmap`, which was initialised, a new 24-bit canvas with the picture of a loaded file; the caller frees it
- * with KsBitmapFree. ERROR_INVALID_VALUE for null, ERROR_NO_MEMORY for a canvas above the bitmap limit, the first
- * failure of a segment. It is empty after a failure.
+ * Draws a loaded file on a new 24-bit canvas, which replaces `bitmap`. Initialise `bitmap` before the call, and free it
+ * with KsBitmapFree. It is empty after an error.
+ *
+ * @retval SUCCESS
+ * @retval ERROR_INVALID_VALUE an argument is null
+ * @retval ERROR_NO_MEMORY out of memory, or the canvas exceeds the bitmap limit
+ * @return otherwise the error of the first segment that failed
  */
 KSNTFX_API int32_t K_NtfRenderBitmap(KsBitmap *bitmap, NitfFile *file);
 
 /* ---- handles ----------------------------------------------------------------------------------------------------- */
 
 /**
- * Opens a file, or, where `name` is null, makes one that holds a header of 388 bytes and nothing else, and stores the
- * handle at `address`. The file stays open until K_NITFDestroy. `name` is UTF-16 (UTF-8 in the narrow form) and
- * zero-terminated. ERROR_NO_FILE where there is no such file; ERROR_NO_MEMORY also for a null address and a narrow name
- * that is no UTF-8; what a load fails with: ERROR_FILE_READ, ERROR_FILE_FORMAT, one of NitfStatus. The handle is null
- * after a failure of the wide form, and of the narrow one but for its name.
+ * Opens a file and stores a handle for it at `address`. If `name` is null, creates a file in memory instead, with a
+ * header of 388 bytes and no segments. An opened file stays open until K_NITFDestroy.
+ *
+ * `name` is zero-terminated UTF-16. After an error, the handle is null.
+ *
+ * @retval SUCCESS
+ * @retval ERROR_NO_FILE the file doesn't exist
+ * @retval ERROR_FILE_READ the file can't be read, or is truncated
+ * @retval ERROR_FILE_FORMAT the file is malformed
+ * @retval ERROR_NO_MEMORY out of memory, or `address` is null
+ * @retval NITF_UNSUPPORTED_VERSION or another value of NitfStatus: the file is not supported
  */
 KSNTFX_API int32_t K_NITFCreate(NitfHandle *address, const char16_t *name);
-/** The same with a name in UTF-8. */
+/** K_NITFCreate with a name in UTF-8. A name that isn't UTF-8: ERROR_NO_MEMORY, and the handle is left unchanged. */
 KSNTFX_API int32_t K_NITFCreateA(NitfHandle *address, const char *name);
 
-/** Closes the file, releases everything and sets the handle to null. NITF_NULL_HANDLE where it is null already. */
+/**
+ * Closes a file, releases everything that belongs to it, and sets the handle to null.
+ *
+ * @retval SUCCESS
+ * @retval NITF_NULL_HANDLE the handle is null
+ */
 KSNTFX_API int32_t K_NITFDestroy(NitfHandle *address);
 
-/** Bits of NitfHandleStatus, or NITF_NULL_HANDLE. */
+/** Returns bits of NitfHandleStatus, or NITF_NULL_HANDLE. */
 KSNTFX_API int32_t K_NITFGetStatus(NitfHandle handle);
 
 /**
- * Writes the file that the handle stands for: headers from memory, bodies from memory or as copies of the opened
- * file's, byte for byte. The handle stays as it is and may be saved again. An output that can't be written is left as
- * far as it came: ERROR_FILE_WRITE, as for one that is the opened file itself, which is not touched. ERROR_FILE_READ
- * where the opened file is cut off, ERROR_INVALID_VALUE for a number of an image that is wider than its field (nothing
- * is written then), ERROR_NO_MEMORY, NITF_NULL_HANDLE.
+ * Writes a file: headers from memory, and bodies from memory or copied byte for byte from the opened file. The handle
+ * doesn't change and can be saved again. An output that can't be written completely is left incomplete.
+ *
+ * @retval SUCCESS
+ * @retval NITF_NULL_HANDLE the handle is null
+ * @retval ERROR_INVALID_VALUE a number of an image is too wide for its field; nothing is written
+ * @retval ERROR_FILE_WRITE the output can't be written, or is the opened file itself, which is left untouched
+ * @retval ERROR_FILE_READ the opened file is truncated
+ * @retval ERROR_NO_MEMORY out of memory
  */
 KSNTFX_API int32_t K_NITFSaveFile(NitfHandle handle, const char16_t *name);
-/** The same with a name in UTF-8; ERROR_NO_MEMORY also for one that is none. */
+/** K_NITFSaveFile with a name in UTF-8. A name that isn't UTF-8: ERROR_NO_MEMORY. */
 KSNTFX_API int32_t K_NITFSaveFileA(NitfHandle handle, const char *name);
 
 /* ---- header records -----------------------------------------------------------------------------------------------
  *
- * What the Get functions fill and the Set functions store: fields under the names that the standard gives them
- * (MIL-STD-2500C, tables A-1, A-3, A-5, A-6). Byte-packed: no gap between members.
+ * The records that the Get functions fill and the Set functions store. Members have the names of the standard's fields
+ * (MIL-STD-2500C, tables A-1, A-3, A-5, A-6). Byte-packed: there are no gaps between members.
  *
- * A text member is zero-terminated. One that Get filled belongs to the record until the matching Free; one that a
- * caller fills for a Set stays the caller's, and such a record is not to be given to Free. Where a Set finds a null
- * text it leaves the field as it is. The number behind a text is the most characters that it may have; a file may keep
- * fewer of them. Numbers say how many digits their field has; one with more is stored as zeros. Dates are groups of two
- * characters, century first, and have no terminator.
+ * Texts are zero-terminated. A text from Get belongs to the record and is released by the matching Free. A text for Set
+ * belongs to the caller; don't pass such a record to Free. A null text leaves the field unchanged. The number in a
+ * text's comment is its maximum length in characters. Numbers have the documented number of digits; a number with more
+ * digits is stored as zeros. Dates consist of groups of two characters, century first, without a terminator.
  *
- * A data member (UDID, IXSHD and their kin) holds 3 bytes less than the length member in front of it says. In a Set
- * with another length and a null pointer the data that are held are cut, or go on in zeros.
+ * Data members (UDID, IXSHD and others) have 3 bytes less than their length member, which precedes them. If a Set
+ * changes the length and the data pointer is null, the existing data is truncated, or extended with zeros.
  */
 
 #pragma pack(push, 1)
 
-/** The file header (MIL-STD-2500C, table A-1). Get doesn't fill what is marked "set only"; Set stores it all the same.
- */
+/** The file header (MIL-STD-2500C, table A-1). Members marked "set only" are stored by Set and not filled by Get. */
 typedef struct NitfHeaderInfo {
   char *FHDR;        /**< 4 */
-  uint32_t CLEVEL;   /**< 1 to 7, or 99; others are not stored */
+  uint32_t CLEVEL;   /**< 1 to 7, or 99; other values are not stored */
   char *STYPE;       /**< 4 */
   char *OSTAID;      /**< 10 */
   char *FTITLE;      /**< 80 */
@@ -254,23 +292,23 @@ typedef struct NitfHeaderInfo {
   uint32_t FSCOP;    /**< 5 digits */
   uint32_t FSCPYS;   /**< 5 digits */
   uint32_t ENCRYP;   /**< 1 digit */
-  uint32_t NUMI;     /**< images; a Set passes over a count above that of the segments, and its two tables */
+  uint32_t NUMI;     /**< images; Set ignores a count above the number of segments, and its two tables */
   uint32_t *LISH;    /**< NUMI lengths of subheaders, in bytes */
   uint32_t *LI;      /**< NUMI lengths of data */
-  uint32_t NUMS;     /**< graphics, likewise */
+  uint32_t NUMS;     /**< graphics, as NUMI */
   uint32_t *LSSH;    /**< NUMS */
   uint32_t *LS;      /**< NUMS */
   uint32_t NUMX;     /**< 3 digits; set only */
-  uint32_t NUMT;     /**< texts, likewise */
+  uint32_t NUMT;     /**< texts, as NUMI */
   uint32_t *LTSH;    /**< NUMT */
   uint32_t *LT;      /**< NUMT */
-  uint32_t NUMDES;   /**< data extensions, likewise; set only */
+  uint32_t NUMDES;   /**< data extensions, as NUMI; set only */
   uint32_t *LDSH;    /**< NUMDES; set only */
   uint32_t *LD;      /**< NUMDES; set only */
-  uint32_t NUMRES;   /**< reserved extensions, likewise; set only */
+  uint32_t NUMRES;   /**< reserved extensions, as NUMI; set only */
   uint32_t *LRESH;   /**< NUMRES; set only */
   uint32_t *LRE;     /**< NUMRES; set only */
-  uint32_t UDHDL;    /**< 5 digits; 0 is without user data, else 3 and the bytes of UDHD; set only */
+  uint32_t UDHDL;    /**< 5 digits; 0 without user data, otherwise 3 plus the bytes of UDHD; set only */
   uint32_t UDHOFL;   /**< 3 digits; set only */
   void *UDHD;        /**< set only */
   uint32_t XHDL;     /**< 5 digits, as UDHDL for XHD; set only */
@@ -281,7 +319,7 @@ typedef struct NitfHeaderInfo {
   char FSDGDT[4][2]; /**< CCYYMMDD */
   char FSDCDT[4][2]; /**< CCYYMMDD */
   char FDT[7][2];    /**< CCYYMMDDhhmmss */
-  float FVER;        /**< two decimals: 2.1 is 02.10; what takes more than five characters is not stored */
+  float FVER;        /**< two decimals: 2.1 is 02.10; a value of more than five characters is not stored */
 } NitfHeaderInfo;
 
 /** An image subheader (MIL-STD-2500C, table A-3). */
@@ -316,15 +354,15 @@ typedef struct NitfImageHeaderInfo {
   char *ICAT;         /**< 8 */
   uint32_t ABPP;      /**< 2 digits, bits */
   char *PJUST;        /**< 1: L or R */
-  char *ICORDS;       /**< 1: blank where there is no IGEOLO */
+  char *ICORDS;       /**< 1: blank if there is no IGEOLO */
   char *IGEOLO;       /**< 60 */
-  uint32_t NICOM;     /**< 1 digit, not above the comments that the image has */
+  uint32_t NICOM;     /**< 1 digit, at most the number of comments that the image has */
   char **ICOM;        /**< NICOM texts of 80 */
-  char *IC;           /**< 2: one of the compressions */
+  char *IC;           /**< 2: one of the compression codes */
   char *COMRAT;       /**< 4 */
-  uint32_t NBANDS;    /**< 1 digit, 0 where XBANDS counts; a Set makes the band group anew */
-  uint32_t XBANDS;    /**< 5 digits; counts from the next Set on */
-  char **IREPBAND;    /**< neither filled nor stored, as the three behind it; Free releases NBANDS texts of each */
+  uint32_t NBANDS;    /**< 1 digit, 0 if XBANDS has the count; Set resets the fields of the bands */
+  uint32_t XBANDS;    /**< 5 digits; takes effect with the next Set */
+  char **IREPBAND;    /**< neither filled nor stored, nor are the next three; Free releases NBANDS texts of each */
   char **ISUBCAT;     /**< as IREPBAND */
   char **IFC;         /**< as IREPBAND */
   char **IMFLT;       /**< as IREPBAND */
@@ -340,17 +378,17 @@ typedef struct NitfImageHeaderInfo {
   int32_t locationA;  /**< ILOC: from Get the column, to Set the row, in pixels */
   int32_t locationB;  /**< ILOC: from Get the row, to Set the column */
   char *IMAG;         /**< 4: a decimal fraction, or a slash and the divisor */
-  uint32_t UDIDL;     /**< 5 digits; 0 is without user data, else 3 and the bytes of UDID */
+  uint32_t UDIDL;     /**< 5 digits; 0 without user data, otherwise 3 plus the bytes of UDID */
   uint32_t UDOFL;     /**< 3 digits */
-  char *UDID;         /**< UDIDL - 3 bytes and a zero */
+  char *UDID;         /**< UDIDL - 3 bytes, and a terminating zero */
   uint32_t IXSHDL;    /**< 5 digits, as UDIDL for IXSHD */
   uint32_t IXSOFL;    /**< 3 digits */
-  uint8_t *IXSHD;     /**< Get gives IXSHDL bytes, zero behind the data */
+  uint8_t *IXSHD;     /**< Get returns IXSHDL bytes, zeros after the data */
   uint32_t IMDATOFF;  /**< bytes */
   uint16_t BMRLNTH;   /**< bytes */
   uint16_t TMRLNTH;   /**< bytes */
   uint16_t TPXCDLNTH; /**< bits */
-  uint8_t *TPXCD;     /**< (TPXCDLNTH + 7) / 8 bytes; Get gives TPXCDLNTH bytes, zero behind them */
+  uint8_t *TPXCD;     /**< (TPXCDLNTH + 7) / 8 bytes; Get returns TPXCDLNTH bytes, zeros after them */
 } NitfImageHeaderInfo;
 
 /** A graphic subheader (MIL-STD-2500C, table A-5). */
@@ -376,7 +414,7 @@ typedef struct NitfGraphicHeaderInfo {
   char *SSCTLN;          /**< 20 */
   uint32_t ENCRYP;       /**< 1 digit */
   char *SFMT;            /**< 1 */
-  uint32_t SSTRUCT;      /**< 13 digits, of which those of 32 bits go through here */
+  uint32_t SSTRUCT;      /**< 13 digits, of which this member has 32 bits */
   uint32_t SDLVL;        /**< 3 digits */
   uint32_t SALVL;        /**< 3 digits */
   int32_t locationA;     /**< SLOC: from Get the column, to Set the row, in pixels */
@@ -387,9 +425,9 @@ typedef struct NitfGraphicHeaderInfo {
   uint32_t bound2First;  /**< SBND2, five digits each */
   uint32_t bound2Second; /**< the second number of SBND2 */
   uint32_t SRES2;        /**< 2 digits */
-  uint32_t SXSHDL;       /**< 5 digits; 0 is without data, else 3 and the bytes of SXSHD */
+  uint32_t SXSHDL;       /**< 5 digits; 0 without data, otherwise 3 plus the bytes of SXSHD */
   uint32_t SXSOFL;       /**< 3 digits */
-  uint8_t *SXSHD;        /**< Get gives SXSHDL bytes, zero behind the data */
+  uint8_t *SXSHD;        /**< Get returns SXSHDL bytes, zeros after the data */
 } NitfGraphicHeaderInfo;
 
 /** A text subheader (MIL-STD-2500C, table A-6). */
@@ -417,55 +455,70 @@ typedef struct NitfTextHeaderInfo {
   char *TSCTLN;      /**< 20 */
   uint32_t ENCRYP;   /**< 1 digit */
   char *TXTFMT;      /**< 3 */
-  uint32_t TXSHDL;   /**< 5 digits; 0 is without data, else 3 and the bytes of TXSHD */
+  uint32_t TXSHDL;   /**< 5 digits; 0 without data, otherwise 3 plus the bytes of TXSHD */
   uint32_t TXSOFL;   /**< 3 digits */
-  uint8_t *TXSHD;    /**< Get gives TXSHDL - 3 bytes */
+  uint8_t *TXSHD;    /**< Get returns TXSHDL - 3 bytes */
 } NitfTextHeaderInfo;
 
 #pragma pack(pop)
 
 /**
- * Fills a record, which was cleared, with the file header, but for the members that are marked "set only". SUCCESS;
- * NITF_NO_HANDLE for a null handle, NITF_OUT_OF_RANGE for a null record.
+ * Fills a record with the file header, except for the members marked "set only". Clear the record before the call.
+ *
+ * @retval SUCCESS
+ * @retval NITF_NO_HANDLE the handle is null
+ * @retval NITF_OUT_OF_RANGE the record is null
  */
 KSNTFX_API int32_t K_NITFGetNITFHeader(NitfHandle handle, NitfHeaderInfo *record);
 /**
- * Stores every member and passes over what a field doesn't take; nothing is checked against the segments. SUCCESS;
- * NITF_NO_HANDLE for a null handle, NITF_OUT_OF_RANGE for a null record.
+ * Stores every member, and skips values that their field can't hold. The values are not checked against the segments.
+ *
+ * @retval SUCCESS
+ * @retval NITF_NO_HANDLE the handle is null
+ * @retval NITF_OUT_OF_RANGE the record is null
  */
 KSNTFX_API int32_t K_NITFSetNITFHeader(NitfHandle handle, const NitfHeaderInfo *record);
-/** Releases what Get allocated and sets the pointers to null; may be called twice, and for a null record. SUCCESS. */
+/** Releases what Get allocated and sets the pointers to null. Calling it twice, or for null, is safe. Returns SUCCESS.
+ */
 KSNTFX_API int32_t K_NITFFreeNITFHeader(NitfHeaderInfo *record);
 
-/** The images; 0 for a null handle. */
+/** Returns the number of images, or 0 for a null handle. */
 KSNTFX_API int32_t K_NITFGetImageHeaderCount(NitfHandle handle);
 /**
- * The subheader of an image, for a record that was cleared. SUCCESS; NITF_NO_HANDLE; NITF_OUT_OF_RANGE for an index
- * that is not below the number of images; ERROR_INVALID_VALUE for a null record.
+ * Fills a record with the subheader of an image. Clear the record before the call.
+ *
+ * @retval SUCCESS
+ * @retval NITF_NO_HANDLE the handle is null
+ * @retval NITF_OUT_OF_RANGE there is no image with that index, counted from 0
+ * @retval ERROR_INVALID_VALUE the record is null
  */
 KSNTFX_API int32_t K_NITFGetImageHeader(NitfHandle handle, uint32_t index, NitfImageHeaderInfo *record);
 /**
- * Stores all members in turn, and stops at the first that a field doesn't take (ERROR_INVALID_VALUE) or that there is
- * no memory for (ERROR_NO_MEMORY): what was stored before stands. A change of ICORDS or IC that makes the subheader
- * longer or shorter is carried into the file header; other lengths are the caller's to keep. SUCCESS, NITF_NO_HANDLE,
- * NITF_OUT_OF_RANGE also for a null record.
+ * Stores all members in order, and stops at the first error; members before it stay stored. If a change of ICORDS or IC
+ * changes the subheader's length, the file header is updated. The caller is responsible for all other lengths.
+ *
+ * @retval SUCCESS
+ * @retval NITF_NO_HANDLE the handle is null
+ * @retval NITF_OUT_OF_RANGE there is no image with that index, or the record is null
+ * @retval ERROR_INVALID_VALUE a field can't hold its value
+ * @retval ERROR_NO_MEMORY out of memory
  */
 KSNTFX_API int32_t K_NITFSetImageHeader(NitfHandle handle, uint32_t index, const NitfImageHeaderInfo *record);
 /** As K_NITFFreeNITFHeader. */
 KSNTFX_API int32_t K_NITFFreeImageHeader(NitfImageHeaderInfo *record);
 
-/** The graphics; 0 for a null handle. */
+/** Returns the number of graphics, or 0 for a null handle. */
 KSNTFX_API int32_t K_NITFGetGraphicHeaderCount(NitfHandle handle);
-/** As K_NITFGetImageHeader, with NITF_OUT_OF_RANGE also for a null record. */
+/** As K_NITFGetImageHeader; for a null record, NITF_OUT_OF_RANGE. */
 KSNTFX_API int32_t K_NITFGetGraphicHeader(NitfHandle handle, uint32_t index, NitfGraphicHeaderInfo *record);
 /** As K_NITFSetImageHeader; no lengths follow. */
 KSNTFX_API int32_t K_NITFSetGraphicHeader(NitfHandle handle, uint32_t index, const NitfGraphicHeaderInfo *record);
 /** As K_NITFFreeNITFHeader. */
 KSNTFX_API int32_t K_NITFFreeGraphicHeader(NitfGraphicHeaderInfo *record);
 
-/** The texts; 0 for a null handle. */
+/** Returns the number of texts, or 0 for a null handle. */
 KSNTFX_API int32_t K_NITFGetTextHeaderCount(NitfHandle handle);
-/** As K_NITFGetGraphicHeader. ERROR_NO_MEMORY where there is none for TXSHD. */
+/** As K_NITFGetGraphicHeader. ERROR_NO_MEMORY if there is no memory for TXSHD. */
 KSNTFX_API int32_t K_NITFGetTextHeader(NitfHandle handle, uint32_t index, NitfTextHeaderInfo *record);
 /** As K_NITFSetImageHeader; no lengths follow. */
 KSNTFX_API int32_t K_NITFSetTextHeader(NitfHandle handle, uint32_t index, const NitfTextHeaderInfo *record);
@@ -473,67 +526,109 @@ KSNTFX_API int32_t K_NITFSetTextHeader(NitfHandle handle, uint32_t index, const 
 KSNTFX_API int32_t K_NITFFreeTextHeader(NitfTextHeaderInfo *record);
 
 /**
- * A text, as its bytes, with a zero behind it. `size`, if not null, takes its length without the zero; `buffer`, if not
- * null, must hold one byte more. SUCCESS, NITF_NO_HANDLE, NITF_OUT_OF_RANGE, ERROR_FILE_READ for a text that the file
- * doesn't hold to its end.
+ * Returns the bytes of a text, and a terminating zero. Call it first with a null buffer to get the size.
+ *
+ * @param handle the file
+ * @param index the text, counted from 0
+ * @param buffer receives size + 1 bytes; may be null
+ * @param size receives the length without the terminating zero; may be null
+ * @retval SUCCESS
+ * @retval NITF_NO_HANDLE the handle is null
+ * @retval NITF_OUT_OF_RANGE there is no text with that index
+ * @retval ERROR_FILE_READ the text is truncated
  */
 KSNTFX_API int32_t K_NITFGetTextSegment(NitfHandle handle, uint32_t index, char *buffer, uint32_t *size);
 
 /* ---- appending ----------------------------------------------------------------------------------------------------
  *
- * Segments are added behind those of their kind, to a file that was opened as to one that was made. What is added is
- * encoded at once and stays in memory; K_NITFSaveFile writes it. The subheader gets fields that suit it, which the Set
- * functions change, and the lengths in the file header follow. An image or a graphic gets the display level above the
- * highest in the file; a graphic or a text is attached to the lowest. The date of an image or a text lies before FDT.
+ * A segment can be appended to an opened file and to a new one; it follows the other segments of its kind. It is
+ * encoded immediately and kept in memory until K_NITFSaveFile writes it. Its subheader gets suitable values, which the
+ * Set functions can change, and the lengths in the file header are updated. An image or graphic gets the display level
+ * above the highest in the file; a graphic or text is attached to the lowest. The date of an image or text is before
+ * FDT.
  *
- * On a failure the file is as it was. NITF_TOO_MANY_SEGMENTS (0) is one.
+ * After an error, the file is unchanged. NITF_TOO_MANY_SEGMENTS (0) is an error.
  */
 
 /**
- * Adds an image: the bitmap, of whatever depth, as a JPEG stream in one block (IC C3). `format` is KS_FORMAT_JPEG
- * (IREP YCbCr601) or KS_FORMAT_JPEG_RGB (IREP RGB); `bits` is 24, or 8 for a gray (IREP MONO) in either; `quality` runs
- * from 2, the best, to 255. The bitmap is neither changed nor kept. In this order: NITF_NULL_HANDLE, ERROR_NO_STORAGE
- * also for a null bitmap, NITF_TOO_MANY_SEGMENTS, ERROR_BITS_PER_PIXEL, ERROR_QUALITY, ERROR_FILE_FORMAT for another
- * format, ERROR_BITMAP_SIZE; then what KsSaveMemory fails with, ERROR_NO_MEMORY, and ERROR_INVALID_VALUE for a stream
- * of 2 GiB.
+ * Appends an image, encoded as one JPEG stream in one block (IC C3). The bitmap may have any depth. It is not modified,
+ * and not referenced after the call.
+ *
+ * @param handle the file
+ * @param bitmap the picture
+ * @param format KS_FORMAT_JPEG (IREP YCbCr601) or KS_FORMAT_JPEG_RGB (IREP RGB)
+ * @param bits 24 for colour, 8 for gray (IREP MONO)
+ * @param quality 2 (best) to 255 (smallest)
+ *
+ * The first of these that applies is returned:
+ * @retval NITF_NULL_HANDLE the handle is null
+ * @retval ERROR_NO_STORAGE the bitmap is null or has no pixels
+ * @retval NITF_TOO_MANY_SEGMENTS the file already has 999 images
+ * @retval ERROR_BITS_PER_PIXEL `bits` is neither 8 nor 24
+ * @retval ERROR_QUALITY `quality` is out of range
+ * @retval ERROR_FILE_FORMAT `format` is another one
+ * @retval ERROR_BITMAP_SIZE the bitmap is too wide or too high
+ * @retval ERROR_NO_MEMORY out of memory
+ * @retval ERROR_INVALID_VALUE the stream has 2 GiB or more
+ * @retval SUCCESS
  */
 KSNTFX_API int32_t K_NITFAppendImageSegment(NitfHandle handle, const KsBitmap *bitmap, uint32_t format, uint32_t bits,
                                             uint32_t quality);
 
 /**
- * Adds a drawing as a metafile, laid onto a rectangle of the canvas, in pixels, which becomes its bounds. The drawing
- * stays the caller's. It is changed: it gets the rectangle as its viewport and its objects' bounds as its window, and
- * one that reaches above the x axis is moved to end a unit below it. In this order: NITF_NULL_HANDLE also for a null
- * rectangle, NITF_TOO_MANY_SEGMENTS, NITF_NULL_DATA, NITF_EMPTY_DRAWING, ERROR_INVALID_VALUE for a drawing that reaches
- * beyond 99999 to the right, to the top or to the bottom, y downwards; then what KsVectorSaveMemory fails with,
- * ERROR_INVALID_VALUE for a metafile above 999999 bytes, ERROR_NO_MEMORY.
+ * Appends a drawing, encoded as a CGM metafile and fitted to a rectangle of the canvas, in pixels, which becomes its
+ * bounds. The caller keeps ownership of the drawing, but it is modified: the rectangle becomes its viewport and the
+ * bounds of its objects its window, and a drawing that extends above the x axis is moved to end one unit below it.
+ *
+ * The first of these that applies is returned:
+ * @retval NITF_NULL_HANDLE the handle or the rectangle is null
+ * @retval NITF_TOO_MANY_SEGMENTS the file already has 999 graphics
+ * @retval NITF_NULL_DATA the drawing is null
+ * @retval NITF_EMPTY_DRAWING the drawing has no objects
+ * @retval ERROR_INVALID_VALUE the drawing extends beyond 99999 to the right, the top or the bottom (y downwards), or
+ *         the metafile exceeds 999999 bytes
+ * @retval ERROR_NO_MEMORY out of memory
+ * @return otherwise SUCCESS, or an error of KsVectorSaveMemory
  */
 KSNTFX_API int32_t K_NITFAppendGraphicSegment(NitfHandle handle, KsVector *vector, const KsRect *rectangle);
 
 /**
- * Adds a text: the bytes of a file, as they are. `path` is UTF-16 (UTF-8 in the narrow form). NITF_NULL_HANDLE,
- * NITF_TOO_MANY_SEGMENTS, NITF_NO_TEXT_FILE also for a null path, ERROR_INVALID_VALUE above 99999 bytes,
- * ERROR_NO_MEMORY, which is also that of a narrow path that is no UTF-8.
+ * Appends a text: the bytes of a file, unchanged. `path` is zero-terminated UTF-16.
+ *
+ * @retval SUCCESS
+ * @retval NITF_NULL_HANDLE the handle is null
+ * @retval NITF_TOO_MANY_SEGMENTS the file already has 999 texts
+ * @retval NITF_NO_TEXT_FILE the path is null, or the text file can't be opened
+ * @retval ERROR_INVALID_VALUE the text exceeds 99999 bytes
+ * @retval ERROR_NO_MEMORY out of memory
  */
 KSNTFX_API int32_t K_NITFAppendTextSegment(NitfHandle handle, const char16_t *path);
-/** The same with a path in UTF-8. */
+/** K_NITFAppendTextSegment with a path in UTF-8. A path that isn't UTF-8: ERROR_NO_MEMORY. */
 KSNTFX_API int32_t K_NITFAppendTextSegmentA(NitfHandle handle, const char *path);
 
 /* ---- drawings ---------------------------------------------------------------------------------------------------- */
 
 /**
- * The drawing of a graphic, read anew from the opened file at each call: what was set or added is not read back. It
- * belongs to the handle, and is good until the next Get or Set of the same graphic. Null for a null handle, an index
- * that is not below the number of graphics, and a drawing that can't be read.
+ * Returns the drawing of a graphic. Each call reads it again from the opened file, so a drawing that was set or
+ * appended is not returned. The drawing belongs to the handle, and is valid until the next Get or Set for the same
+ * graphic.
+ *
+ * Returns null if the handle is null, there is no graphic with that index, or the drawing can't be read.
  */
 KSNTFX_API KsVector *K_NITFGetVectorHandle(NitfHandle handle, uint32_t index);
 
 /**
- * Puts a drawing in the place of a graphic's data; a save writes it as a metafile. The handle keeps a copy. The
- * drawing is written as it stands, neither moved nor laid onto the bounds, and the subheader's fields stay. In this
- * order: NITF_NULL_HANDLE, ERROR_INVALID_VALUE for an index that is not below the number of graphics, NITF_NULL_DATA,
- * NITF_EMPTY_DRAWING; then what KsVectorSaveMemory fails with, ERROR_INVALID_VALUE for a metafile above 999999 bytes,
- * ERROR_NO_MEMORY. On a failure the graphic is as it was.
+ * Replaces the drawing of a graphic; a save writes it as a CGM metafile. The handle keeps a copy. The drawing is
+ * written unchanged, neither moved nor fitted to the bounds, and the fields of the subheader are kept. After an error,
+ * the graphic is unchanged.
+ *
+ * The first of these that applies is returned:
+ * @retval NITF_NULL_HANDLE the handle is null
+ * @retval ERROR_INVALID_VALUE there is no graphic with that index, or the metafile exceeds 999999 bytes
+ * @retval NITF_NULL_DATA the drawing is null
+ * @retval NITF_EMPTY_DRAWING the drawing has no objects
+ * @retval ERROR_NO_MEMORY out of memory
+ * @return otherwise SUCCESS, or an error of KsVectorSaveMemory
  */
 KSNTFX_API int32_t K_NITFSetVectorHandle(NitfHandle handle, uint32_t index, const KsVector *vector);
 

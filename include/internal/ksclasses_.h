@@ -1,4 +1,4 @@
-// Scoped owners of what the framework hands out, so that a function may return early.
+// Scoped owners of the framework's objects, so that functions can return early.
 #pragma once
 
 #include "kskernel.h"
@@ -6,14 +6,14 @@
 #include <cstdint>
 #include <utility>
 
-/** Frees a block of the framework and sets its pointer to null; a null pointer stays one. */
+/** Frees a block of the framework and sets its pointer to null. Null is ignored. */
 template <class T>
 void KsFreeAndClear(T *&block) {
   if (block != nullptr) KsFree(block, __LINE__, __FILE__);
   block = nullptr;
 }
 
-/** An array of zeroed records from KsCalloc. `T` must be fine with bytes of 0. */
+/** An array of zeroed items from KsCalloc. All bytes 0 must be a valid `T`. */
 template <class T>
 class KsArray {
  public:
@@ -30,13 +30,13 @@ class KsArray {
   }
   ~KsArray() { Free(); }
 
-  /** Replaces what is held by `count` zeroed items. False without memory. */
+  /** Replaces the array by `count` zeroed items. Returns false if out of memory. */
   [[nodiscard]] bool Allocate(std::uint64_t count) {
     Free();
     items = static_cast<T *>(KsCalloc(count, sizeof(T), __LINE__, __FILE__));
     return items != nullptr;
   }
-  /** Gives the block away; the receiver releases it with KsFree. */
+  /** Passes ownership of the block to the caller, who frees it with KsFree. */
   T *Release() { return std::exchange(items, nullptr); }
 
   T *Get() const { return items; }
@@ -49,7 +49,7 @@ class KsArray {
   T *items = nullptr;
 };
 
-/** A bitmap record that is empty at first and freed at the end of its scope. */
+/** A bitmap that is initially empty and freed at the end of its scope. */
 class KsLocalBitmap {
  public:
   KsLocalBitmap() { KsBitmapInit(&bitmap, sizeof bitmap, 0, 0, 0); }
@@ -65,7 +65,7 @@ class KsLocalBitmap {
   KsBitmap bitmap;
 };
 
-/** A drawing that is empty at first and released at the end of its scope. */
+/** A drawing that is initially empty and freed at the end of its scope. */
 class KsLocalVector {
  public:
   KsLocalVector() { KsVectorInit(&vector); }
@@ -79,7 +79,7 @@ class KsLocalVector {
   KsVector vector = {};
 };
 
-/** A device context on a bitmap, null where there is none. */
+/** A device context on a bitmap; null if it could not be created. */
 class KsLocalContext {
  public:
   KsLocalContext() = default;

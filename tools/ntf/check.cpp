@@ -16,10 +16,10 @@ struct Checked {
 };
 
 Checked CheckFile(const std::string &name) {
-  LocalNitfFile file;
+  LoadedFile file;
   Checked checked;
-  checked.problem = LoadHeaders(name, *file.Get());
-  checked.findings = checked.problem ? FindWrongMarkers(*file.Get()) : FindFaults(*file.Get());
+  checked.problem = LoadHeaders(name, file);
+  checked.findings = checked.problem ? FindWrongMarkers(file.View()) : FindFaults(file.View());
   return checked;
 }
 

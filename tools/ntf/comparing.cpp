@@ -4,6 +4,7 @@
 #include "segment_choice.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <vector>
 
 namespace ntf {
@@ -13,42 +14,42 @@ constexpr SegmentKind kKinds[] = {SegmentKind::Image, SegmentKind::Graphic, Segm
                                   SegmentKind::DataExtension};
 
 /** Vector-quantised data end with their last row of codes, whatever stands behind it in the original. */
-bool MayEndEarlier(const NitfFile &file, SegmentKind kind, std::uint32_t index) {
-  return kind == SegmentKind::Image && IsVectorQuantised(*FindImage(&file, index));
+bool MayEndEarlier(const FileView &file, SegmentKind kind, std::uint32_t index) {
+  return kind == SegmentKind::Image && file.Image(index).vectorQuantised;
 }
 
-bool SameBytes(const NitfFile &original, const NitfFile &saved, SegmentKind kind, std::uint32_t index,
+/** Compares `bytes` bytes of two files, each from an offset of its own. */
+bool SameBytes(const FileView &original, std::uint64_t offset, const FileView &saved, std::uint64_t savedOffset,
                std::uint32_t bytes) {
   constexpr std::uint32_t kPiece = 1U << 20;
   std::vector<char> one(std::min(kPiece, bytes));
   std::vector<char> other(one.size());
-  SeekSegmentData(&original, kind, index);
-  SeekSegmentData(&saved, kind, index);
-  for (std::uint32_t left = bytes; left > 0;) {
-    const std::uint32_t count = std::min(kPiece, left);
-    if (KsRead(original.fileHandle, one.data(), count) != count) return false;
-    if (KsRead(saved.fileHandle, other.data(), count) != count) return false;
+  for (std::uint32_t done = 0; done < bytes;) {
+    const std::uint32_t count = std::min(kPiece, bytes - done);
+    if (original.ReadAt(offset + done, one.data(), count) != count) return false;
+    if (saved.ReadAt(savedOffset + done, other.data(), count) != count) return false;
     if (!std::equal(one.begin(), one.begin() + count, other.begin())) return false;
-    left -= count;
+    done += count;
   }
   return true;
 }
 
-bool SameBody(const NitfFile &original, const NitfFile &saved, SegmentKind kind, std::uint32_t index) {
-  const std::uint32_t before = DataLength(&original, kind, index);
-  const std::uint32_t after = DataLength(&saved, kind, index);
-  const bool fits = MayEndEarlier(original, kind, index) ? after <= before : after == before;
-  return fits && SameBytes(original, saved, kind, index, after);
+bool SameBody(const FileView &original, const FileView &saved, SegmentKind kind, std::uint32_t index) {
+  const SegmentPlace before = original.Place(kind, index);
+  const SegmentPlace after = saved.Place(kind, index);
+  const bool fits = MayEndEarlier(original, kind, index) ? after.dataLength <= before.dataLength
+                                                         : after.dataLength == before.dataLength;
+  return fits && SameBytes(original, before.data, saved, after.data, after.dataLength);
 }
 
 /** All segments are there, and those that were in the file have the same data. */
-Outcome CompareSegments(const std::string &name, const NitfFile &original, const NitfFile &saved) {
+Outcome CompareSegments(const std::string &name, const FileView &original, const FileView &saved) {
   for (const SegmentKind kind : kKinds) {
     const std::string word = KindWord(kind);
-    if (CountSegments(&saved, kind) != CountSegments(&original, kind)) {
+    if (saved.Count(kind) != original.Count(kind)) {
       return Problem{name, "the number of " + word + "s differs from the original", ERROR_FILE_WRITE};
     }
-    const std::uint32_t count = std::min(CountSegments(&original, kind), CountInFile(&original, kind));
+    const std::uint32_t count = std::min(original.Count(kind), original.CountInSource(kind));
     for (std::uint32_t index = 0; index < count; ++index) {
       if (SameBody(original, saved, kind, index)) continue;
       return Problem{name, word + " " + std::to_string(index) + " differs from the original", ERROR_FILE_WRITE};
@@ -61,11 +62,11 @@ Outcome CompareSegments(const std::string &name, const NitfFile &original, const
 
 Outcome SaveCompared(const LocalHandle &handle, const std::string &name) {
   return SaveChecked(handle, name, [&](const std::string &savedName) -> Outcome {
-    LocalNitfFile saved;
-    if (Outcome unreadable = LoadHeaders(savedName, *saved.Get())) {
+    LoadedFile saved;
+    if (Outcome unreadable = LoadHeaders(savedName, saved)) {
       return Problem{name, "what was written can't be read: " + unreadable->words, unreadable->status};
     }
-    return CompareSegments(name, *handle.Get(), *saved.Get());
+    return CompareSegments(name, handle.View(), saved.View());
   });
 }
 

@@ -1,7 +1,6 @@
 #include "copy.h"
 
 #include "comparing.h"
-#include "nitffile.h"
 #include "saving.h"
 
 #include <cstdio>
@@ -9,10 +8,11 @@
 namespace ntf {
 namespace {
 
-void TellNotCarried(const std::string &name, const NitfFile &file) {
-  if (file.reservedExtensionCount == 0) return;
+void TellNotCarried(const std::string &name, const FileView &file) {
+  const std::uint32_t count = file.Numbers().reservedExtensions;
+  if (count == 0) return;
   std::fprintf(stderr, "ntf: %s: its %u reserved extension segments are not carried, though the header counts them\n",
-               name.c_str(), file.reservedExtensionCount);
+               name.c_str(), count);
 }
 
 }  // namespace
@@ -22,7 +22,7 @@ Outcome Copy(const CopyOptions &options) {
   if (Outcome failed = handle.Open(options.input)) return failed;
   if (Outcome taken = CheckOutput(options.output, options.force)) return taken;
   Outcome failed = SaveCompared(handle, options.output);
-  if (!failed) TellNotCarried(options.input, *handle.Get());
+  if (!failed) TellNotCarried(options.input, handle.View());
   return failed;
 }
 

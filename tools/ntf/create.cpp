@@ -12,7 +12,7 @@ namespace ntf {
 namespace {
 
 /** The file's date, which new segments take theirs from, is now, in universal time. */
-Outcome Date(const std::string &name, NitfFile &file) {
+Outcome Date(const std::string &name, const FileView &file) {
   using namespace std::chrono;
   const auto now = floor<seconds>(system_clock::now());
   const year_month_day date(floor<days>(now));
@@ -57,14 +57,15 @@ Outcome AppendText(NitfHandle handle, const Item &item) {
 /** Where a segment stands among the others, where that was asked for. */
 Outcome Place(NitfHandle handle, const Item &item) {
   const bool isImage = item.kind == ItemKind::Image;
-  const HeaderChoice header = {isImage ? SegmentKind::Image : SegmentKind::Graphic,
-                               (isImage ? handle->imageCount : handle->graphicCount) - 1};
+  const FileView file(handle);
+  const SegmentKind kind = isImage ? SegmentKind::Image : SegmentKind::Graphic;
+  const HeaderChoice header = {kind, file.Count(kind) - 1};
   const std::string prefix = isImage ? "I" : "S";
   const std::pair<const char *, const std::optional<std::string> &> fields[] = {
       {"LOC", item.location}, {"DLVL", item.level}, {"ALVL", item.attachment}};
   for (const auto &[name, value] : fields) {
     if (!value) continue;
-    if (Outcome refused = ChangeField(item.file, *handle, header, prefix + name, *value)) return refused;
+    if (Outcome refused = ChangeField(item.file, file, header, prefix + name, *value)) return refused;
   }
   return {};
 }
@@ -90,10 +91,10 @@ Outcome Create(const CreateOptions &options) {
   if (Outcome failed = options.input ? handle.Open(*options.input) : handle.Make(options.output)) return failed;
   if (Outcome taken = CheckOutput(options.output, options.force)) return taken;
   if (!options.input) {
-    if (Outcome failed = Date(options.output, *handle.Get())) return failed;
+    if (Outcome failed = Date(options.output, handle.View())) return failed;
   }
   for (const auto &[name, value] : options.fields) {
-    if (Outcome refused = ChangeField(options.output, *handle.Get(), {}, name, value)) return refused;
+    if (Outcome refused = ChangeField(options.output, handle.View(), {}, name, value)) return refused;
   }
   for (const Item &item : options.items) {
     if (Outcome failed = Append(handle.Get(), item)) return failed;

@@ -39,29 +39,28 @@ struct Body {
   const ExtractedKind *kind;
   std::uint32_t index;
   std::string name;
-  std::int64_t offset;
+  std::uint64_t offset;
   std::uint32_t bytes;
 };
 
 /** What other programs know an image's data by. Data behind a mask table, or of no codec, are nothing else's. */
-std::string ImageSuffix(const NitfFile &file, const Body &body) {
+std::string ImageSuffix(const FileView &file, const Body &body) {
   constexpr std::string_view kJp2Box("\0\0\0\x0CjP  ", 8);
   constexpr std::string_view kCodeStream("\xFF\x4F\xFF\x51", 4);
   constexpr std::string_view kJpeg("\xFF\xD8\xFF", 3);
   std::array<char, 8> start = {};
-  KsSeek(file.fileHandle, body.offset, KS_SEEK_START);
-  const auto held = KsRead(file.fileHandle, start.data(), std::min<std::uint64_t>(start.size(), body.bytes));
+  const std::uint64_t held = file.ReadAt(body.offset, start.data(), std::min<std::uint64_t>(start.size(), body.bytes));
   const std::string_view front(start.data(), held);
   if (front.starts_with(kJpeg)) return ".jpg";
   return front.starts_with(kJp2Box) || front.starts_with(kCodeStream) ? ".jp2" : ".raw";
 }
 
-std::string SuffixOf(const NitfFile &file, const Body &body) {
+std::string SuffixOf(const FileView &file, const Body &body) {
   switch (body.kind->kind) {
     case SegmentKind::Image:
       return ImageSuffix(file, body);
     case SegmentKind::Graphic:
-      return FindGraphic(&file, body.index)->SFMT[0] == 'C' ? ".cgm" : ".bin";
+      return file.FieldText({SegmentKind::Graphic, body.index}, "SFMT") == "C" ? ".cgm" : ".bin";
     case SegmentKind::Text:
       return ".txt";
     default:
@@ -69,20 +68,21 @@ std::string SuffixOf(const NitfFile &file, const Body &body) {
   }
 }
 
-Body BodyOf(const NitfFile &file, const ExtractedKind &kind, std::uint32_t index) {
-  Body body = {&kind, index, {}, SeekSegmentData(&file, kind.kind, index), DataLength(&file, kind.kind, index)};
+Body BodyOf(const FileView &file, const ExtractedKind &kind, std::uint32_t index) {
+  const SegmentPlace place = file.Place(kind.kind, index);
+  Body body = {&kind, index, {}, place.data, place.dataLength};
   std::array<char, 16> number = {};
   std::snprintf(number.data(), number.size(), "-%03u", index);
   body.name = kind.prefix + std::string(number.data()) + SuffixOf(file, body);
   return body;
 }
 
-Outcome ChooseBodies(const ExtractOptions &options, const NitfFile &file, std::vector<Body> &bodies) {
+Outcome ChooseBodies(const ExtractOptions &options, const FileView &file, std::vector<Body> &bodies) {
   const bool everything = std::all_of(std::begin(kKinds), std::end(kKinds),
                                       [&](const ExtractedKind &kind) { return (options.*kind.chosen).empty(); });
   for (const ExtractedKind &kind : kKinds) {
     std::vector<std::uint32_t> numbers = options.*kind.chosen;
-    const std::uint32_t count = everything ? CountSegments(&file, kind.kind) : 0;
+    const std::uint32_t count = everything ? file.Count(kind.kind) : 0;
     for (std::uint32_t index = 0; index < count; ++index) numbers.push_back(index);
     std::sort(numbers.begin(), numbers.end());
     numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
@@ -94,20 +94,19 @@ Outcome ChooseBodies(const ExtractOptions &options, const NitfFile &file, std::v
   return {};
 }
 
-Outcome CopyBody(const std::string &source, const NitfFile &file, const Body &body, OutputFile &output) {
+Outcome CopyBody(const std::string &source, const FileView &file, const Body &body, OutputFile &output) {
   constexpr std::uint32_t kPiece = 1U << 20;
   std::vector<char> piece(std::min(kPiece, body.bytes));
-  KsSeek(file.fileHandle, body.offset, KS_SEEK_START);
-  for (std::uint32_t left = body.bytes; left > 0;) {
-    const std::uint32_t bytes = std::min(kPiece, left);
-    if (KsRead(file.fileHandle, piece.data(), bytes) != bytes) {
+  for (std::uint32_t done = 0; done < body.bytes;) {
+    const std::uint32_t bytes = std::min(kPiece, body.bytes - done);
+    if (file.ReadAt(body.offset + done, piece.data(), bytes) != bytes) {
       return Problem{
           source,
           std::string("the data of ") + KindWord(body.kind->kind) + " " + std::to_string(body.index) + " are cut off",
           ERROR_FILE_READ};
     }
     if (!output.Write(piece.data(), bytes)) return output.Failure();
-    left -= bytes;
+    done += bytes;
   }
   return {};
 }
@@ -140,7 +139,7 @@ class Folder {
   bool force;
 };
 
-Json ManifestOf(const ExtractOptions &options, const NitfFile &file, const std::vector<Body> &bodies) {
+Json ManifestOf(const ExtractOptions &options, const FileView &file, const std::vector<Body> &bodies) {
   const Json headers = DescribeHeaders(file);
   Json segments = Json::array();
   for (const Body &body : bodies) {
@@ -166,10 +165,11 @@ Outcome WriteFile(const Folder &folder, const std::string &name, Fill fill) {
 }  // namespace
 
 Outcome Extract(const ExtractOptions &options) {
-  LocalNitfFile file;
-  if (Outcome failed = LoadHeaders(options.file, *file.Get())) return failed;
+  LoadedFile loaded;
+  if (Outcome failed = LoadHeaders(options.file, loaded)) return failed;
+  const FileView file = loaded.View();
   std::vector<Body> bodies;
-  if (Outcome missing = ChooseBodies(options, *file.Get(), bodies)) return missing;
+  if (Outcome missing = ChooseBodies(options, file, bodies)) return missing;
   const Folder folder(options);
   if (Outcome unmade = folder.Make()) return unmade;
   if (Outcome taken = folder.CheckFree(kManifestName)) return taken;
@@ -177,10 +177,10 @@ Outcome Extract(const ExtractOptions &options) {
     if (Outcome taken = folder.CheckFree(body.name)) return taken;
   }
   for (const Body &body : bodies) {
-    const auto copy = [&](OutputFile &output) { return CopyBody(options.file, *file.Get(), body, output); };
+    const auto copy = [&](OutputFile &output) { return CopyBody(options.file, file, body, output); };
     if (Outcome failed = WriteFile(folder, body.name, copy)) return failed;
   }
-  const std::string manifest = ManifestOf(options, *file.Get(), bodies).dump(2) + '\n';
+  const std::string manifest = ManifestOf(options, file, bodies).dump(2) + '\n';
   return WriteFile(folder, kManifestName, [&](OutputFile &output) {
     return output.Write(manifest.data(), manifest.size()) ? Outcome() : Outcome(output.Failure());
   });

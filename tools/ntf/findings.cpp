@@ -1,9 +1,6 @@
 #include "findings.h"
 
-#include "fields.h"
-#include "handlimg.h"
-#include "headerwriter.h"
-#include "samples.h"
+#include "digits.h"
 #include "segment_choice.h"
 
 #include <algorithm>
@@ -34,29 +31,24 @@ constexpr std::uint64_t kLevel3Bytes = 52428799;
 /** A header with the places of its fields. */
 class Header {
  public:
-  Header(NitfFile &source, const HeaderTable &format, const void *held, std::uint64_t startsAt, std::string named)
-      : table(format), record(held), start(startsAt), name(std::move(named)) {
-    length = VisitFields(table, record, source,
-                         [&](const std::string &field, std::uint64_t offset) { places[field] = start + offset; });
-  }
+  Header(const FileView &file, const HeaderChoice &chosen, std::uint64_t startsAt, std::string named)
+      : choice(chosen), start(startsAt), name(std::move(named)), layout(file.Layout(chosen)) {}
 
-  const HeaderTable &table;
-  const void *const record;
+  const HeaderChoice choice;
   const std::uint64_t start;
 
-  std::uint64_t Length() const { return length; }
+  std::uint64_t Length() const { return layout.length; }
   Finding FoundAt(const std::string &field, std::uint64_t offset, std::string words) const {
     return {name.empty() ? field : name + " " + field, offset, std::move(words)};
   }
   Finding Found(const std::string &field, std::string words) const {
-    const auto place = places.find(field);
-    return FoundAt(field, place == places.end() ? start : place->second, std::move(words));
+    const auto place = layout.offsets.find(field);
+    return FoundAt(field, start + (place == layout.offsets.end() ? 0 : place->second), std::move(words));
   }
 
  private:
   std::string name;
-  std::uint64_t length = 0;
-  std::map<std::string, std::uint64_t> places;
+  HeaderLayout layout;
 };
 
 std::string Number(std::uint64_t number) {
@@ -65,7 +57,7 @@ std::string Number(std::uint64_t number) {
 
 class Checker {
  public:
-  explicit Checker(NitfFile &source) : file(source), size(KsSeek(source.fileHandle, 0, KS_SEEK_END)) {}
+  explicit Checker(const FileView &source) : file(source), size(source.SourceBytes()) {}
 
   std::vector<Finding> Run();
 
@@ -73,11 +65,11 @@ class Checker {
   void CheckFileHeader();
   void CheckSegment(const CheckedKind &kind, std::uint32_t index);
   void CheckTexts(const Header &header);
-  void CheckText(const Header &header, const FieldView &field);
+  void CheckText(const Header &header, const Field &field);
   void CheckImage(const Header &header, std::uint32_t index);
-  void CheckBlocks(const Header &header, const ImageSubheader &image);
-  void CheckMask(const Header &header, const ImageSubheader &image, std::uint32_t dataLength);
-  void CheckDataLength(const Header &header, const ImageSubheader &image, std::uint32_t dataLength);
+  void CheckBlocks(const Header &header, const ImageNumbers &image);
+  void CheckMask(const Header &header, const ImageNumbers &image);
+  void CheckDataLength(const Header &header, const ImageNumbers &image);
   void CheckLevels();
   void Add(const Header &header, const std::string &field, std::string words) {
     findings.push_back(header.Found(field, std::move(words)));
@@ -91,8 +83,8 @@ class Checker {
     Finding attachmentPlace;
   };
 
-  NitfFile &file;
-  std::int64_t size;
+  FileView file;
+  std::uint64_t size;
   std::vector<Finding> findings;
   std::vector<Level> levels;
 };
@@ -113,8 +105,8 @@ bool IsCharacter(char character) {
 bool IsDate(std::string_view text) {
   struct Part {
     std::size_t width;
-    int least;
-    int most;
+    std::uint64_t least;
+    std::uint64_t most;
   };
   constexpr Part kParts[] = {{4, 0, 9999}, {2, 1, 12}, {2, 1, 31}, {2, 0, 23}, {2, 0, 59}, {2, 0, 60}};
   for (const Part &part : kParts) {
@@ -122,8 +114,7 @@ bool IsDate(std::string_view text) {
     const std::string_view digits = text.substr(0, part.width);
     text.remove_prefix(digits.size());
     if (std::all_of(digits.begin(), digits.end(), [](char character) { return character == '-'; })) continue;
-    const std::int32_t value = ParseNumber(digits);
-    if (!IsAllDigits(digits) || value < part.least || value > part.most) return false;
+    if (!IsAllDigits(digits) || NumberOf(digits) < part.least || NumberOf(digits) > part.most) return false;
   }
   return true;
 }
@@ -149,7 +140,7 @@ bool IsLocationText(std::string_view text) {
   return true;
 }
 
-void Checker::CheckText(const Header &header, const FieldView &field) {
+void Checker::CheckText(const Header &header, const Field &field) {
   if (field.content == FieldContent::Binary) return;
   if (std::find(std::begin(kDateTimes), std::end(kDateTimes), field.name) != std::end(kDateTimes)) {
     if (!IsDate(field.text)) Add(header, field.name, "is no date: '" + std::string(field.text) + "'");
@@ -175,90 +166,84 @@ bool HasOwnForm(const std::string &name) {
 }
 
 void Checker::CheckTexts(const Header &header) {
-  ListFields(header.table, header.record, file.nitf20Layout != 0, [&](const FieldView &field) {
+  file.ListFields(header.choice, [&](const Field &field) {
     if (!HasOwnForm(field.name)) CheckText(header, field);
   });
 }
 
 // ---- lengths ------------------------------------------------------------------------------------------------------
 
-std::uint64_t SegmentSum(const NitfFile &file) {
-  std::uint64_t sum = file.header.headerLength;
+std::uint64_t SegmentSum(const FileView &file) {
+  const FileNumbers numbers = file.Numbers();
+  std::uint64_t sum = numbers.headerLength + numbers.reservedExtensionSum;
   for (const CheckedKind &kind : kKinds) {
-    const std::uint32_t count = CountSegments(&file, kind.kind);
+    const std::uint32_t count = file.Count(kind.kind);
     for (std::uint32_t index = 0; index < count; ++index) {
-      sum += std::uint64_t{SubheaderLength(&file, kind.kind, index)} + DataLength(&file, kind.kind, index);
+      const SegmentPlace place = file.Place(kind.kind, index);
+      sum += std::uint64_t{place.subheaderLength} + place.dataLength;
     }
-  }
-  for (std::uint32_t index = 0; index < file.reservedExtensionCount; ++index) {
-    sum += std::uint64_t{file.header.reservedSubheaderLengths[index]} + file.header.reservedDataLengths[index];
   }
   return sum;
 }
 
 void Checker::CheckFileHeader() {
-  const Header header(file, kFileHeaderTable, &file.header, 0, {});
-  const auto actual = static_cast<std::uint64_t>(size);
-  const auto told = static_cast<std::uint64_t>(ParseLongNumber(file.header.FL));
-  if (told != actual) Add(header, "FL", "is " + Number(told) + ", the file has " + Number(actual) + " bytes");
-  if (file.header.headerLength != header.Length()) {
-    Add(header, "HL",
-        "is " + Number(file.header.headerLength) + ", the header has " + Number(header.Length()) + " bytes");
+  const Header header(file, {}, 0, {});
+  const FileNumbers numbers = file.Numbers();
+  if (numbers.fileLength != size) {
+    Add(header, "FL", "is " + Number(numbers.fileLength) + ", the file has " + Number(size) + " bytes");
+  }
+  if (numbers.headerLength != header.Length()) {
+    Add(header, "HL", "is " + Number(numbers.headerLength) + ", the header has " + Number(header.Length()) + " bytes");
   }
   const std::uint64_t sum = SegmentSum(file);
-  if (sum != actual) {
-    Add(header, "NUMI", "the lengths of header and segments come to " + Number(sum) + " bytes of " + Number(actual));
+  if (sum != size) {
+    Add(header, "NUMI", "the lengths of header and segments come to " + Number(sum) + " bytes of " + Number(size));
   }
-  if (actual > kLevel3Bytes) Add(header, "CLEVEL", "the file is longer than level 03 allows");
+  if (size > kLevel3Bytes) Add(header, "CLEVEL", "the file is longer than level 03 allows");
   CheckTexts(header);
 }
 
 void Checker::CheckSegment(const CheckedKind &kind, std::uint32_t index) {
-  const void *const record = FindSubheader(&file, kind.kind, index);
-  if (record == nullptr) return;
-  const std::uint32_t told = SubheaderLength(&file, kind.kind, index);
-  const auto start = static_cast<std::uint64_t>(SeekSegmentData(&file, kind.kind, index)) - told;
-  const Header header(file, SubheaderTable(kind.kind), record, start,
-                      KindWord(kind.kind) + (" " + std::to_string(index)));
-  const bool isImage = kind.kind == SegmentKind::Image;
-  // The mask table belongs to the data.
-  const std::uint64_t length = header.Length() - (isImage ? MaskTableBytes(*FindImage(&file, index)) : 0);
-  if (told != length) {
-    Add(header, kind.marker, "the subheader has " + Number(length) + " bytes, the file header says " + Number(told));
+  if (!file.Has(kind.kind, index)) return;
+  const SegmentPlace place = file.Place(kind.kind, index);
+  const Header header(file, {kind.kind, index}, place.subheader, KindWord(kind.kind) + (" " + std::to_string(index)));
+  if (place.subheaderLength != header.Length()) {
+    Add(header, kind.marker,
+        "the subheader has " + Number(header.Length()) + " bytes, the file header says " +
+            Number(place.subheaderLength));
   }
   CheckTexts(header);
+  const bool isImage = kind.kind == SegmentKind::Image;
   if (isImage) CheckImage(header, index);
-  if (kind.kind == SegmentKind::Graphic) {
-    const GraphicSubheader &graphic = *FindGraphic(&file, index);
-    levels.push_back(
-        {graphic.displayLevel, graphic.attachmentLevel, header.Found("SDLVL", {}), header.Found("SALVL", {})});
-  }
+  if (!isImage && kind.kind != SegmentKind::Graphic) return;
+  const DisplayLevel level = file.LevelOf(kind.kind, index);
+  const std::string prefix = isImage ? "I" : "S";
+  levels.push_back(
+      {level.level, level.attachment, header.Found(prefix + "DLVL", {}), header.Found(prefix + "ALVL", {})});
 }
 
 // ---- images -------------------------------------------------------------------------------------------------------
 
 void Checker::CheckImage(const Header &header, std::uint32_t index) {
-  const ImageSubheader &image = *FindImage(&file, index);
-  const std::uint32_t dataLength = DataLength(&file, SegmentKind::Image, index);
-  levels.push_back({image.displayLevel, image.attachmentLevel, header.Found("IDLVL", {}), header.Found("IALVL", {})});
+  const ImageNumbers image = file.Image(index);
   if (image.rows > kLevel3Pixels) Add(header, "NROWS", Number(image.rows) + " rows are more than level 03 allows");
   if (image.columns > kLevel3Pixels) {
     Add(header, "NCOLS", Number(image.columns) + " columns are more than level 03 allows");
   }
   CheckBlocks(header, image);
-  CheckMask(header, image, dataLength);
-  if (image.compression == kNC) CheckDataLength(header, image, dataLength);
+  CheckMask(header, image);
+  if (!image.compressed) CheckDataLength(header, image);
 }
 
-void Checker::CheckBlocks(const Header &header, const ImageSubheader &image) {
+void Checker::CheckBlocks(const Header &header, const ImageNumbers &image) {
   struct Axis {
     const char *field;
     std::uint32_t blocks;
     std::uint32_t block;
     std::uint32_t size;
   };
-  const Axis axes[] = {{"NBPR", image.blocksPerRow, BlockWidth(image), image.columns},
-                       {"NBPC", image.blocksPerColumn, BlockHeight(image), image.rows}};
+  const Axis axes[] = {{"NBPR", image.blocksPerRow, image.blockWidth, image.columns},
+                       {"NBPC", image.blocksPerColumn, image.blockHeight, image.rows}};
   for (const Axis &axis : axes) {
     const std::uint64_t needed = axis.block == 0 ? 0 : (std::uint64_t{axis.size} + axis.block - 1) / axis.block;
     if (axis.blocks == needed) continue;
@@ -271,42 +256,43 @@ void Checker::CheckBlocks(const Header &header, const ImageSubheader &image) {
   }
 }
 
-void Checker::CheckMask(const Header &header, const ImageSubheader &image, std::uint32_t dataLength) {
-  if (!HasMaskTable(image.compression)) return;
-  constexpr std::uint32_t kRecordBytes = 4;
+void Checker::CheckMask(const Header &header, const ImageNumbers &image) {
+  if (!image.mask) return;
+  const ImageMask &mask = *image.mask;
+  const SegmentPlace place = file.Place(SegmentKind::Image, header.choice.index);
   const auto add = [&](const char *field, std::uint64_t offset, std::string words) {
-    findings.push_back(header.FoundAt(
-        field, header.start + SubheaderLength(&file, SegmentKind::Image, image.index) + offset, std::move(words)));
+    findings.push_back(header.FoundAt(field, place.data + offset, std::move(words)));
   };
-  if (image.blockMaskLength != 0 && image.blockMaskLength != kRecordBytes) {
-    add("BMRLNTH", 4, "is " + Number(image.blockMaskLength));
+  if (mask.blockRecordLength != 0 && mask.blockRecordLength != kMaskRecordBytes) {
+    add("BMRLNTH", 4, "is " + Number(mask.blockRecordLength));
   }
-  if (image.padMaskLength != 0 && image.padMaskLength != kRecordBytes) {
-    add("TMRLNTH", 6, "is " + Number(image.padMaskLength));
+  if (mask.padRecordLength != 0 && mask.padRecordLength != kMaskRecordBytes) {
+    add("TMRLNTH", 6, "is " + Number(mask.padRecordLength));
   }
   // Only bands that are stored one after the other have records of their own.
   const std::uint64_t records =
-      std::uint64_t{image.blocksPerRow} * image.blocksPerColumn * (image.mode == kBandSequential ? image.bandCount : 1);
-  const std::uint64_t tables = (image.blockMaskLength != 0 ? 1 : 0) + (image.padMaskLength != 0 ? 1 : 0);
-  const std::uint64_t bytes = kMaskHeaderBytes + PadCodeBytes(image) + tables * records * kRecordBytes;
-  if (image.maskDataOffset != bytes) {
-    add("IMDATOFF", 0, "is " + Number(image.maskDataOffset) + ", the mask table has " + Number(bytes) + " bytes");
+      std::uint64_t{image.blocksPerRow} * image.blocksPerColumn * (image.bandSequential ? image.bands : 1);
+  const std::uint64_t tables = (mask.blockRecordLength != 0 ? 1 : 0) + (mask.padRecordLength != 0 ? 1 : 0);
+  const std::uint64_t bytes = kMaskHeaderBytes + mask.padCodeBytes + tables * records * kMaskRecordBytes;
+  if (mask.dataOffset != bytes) {
+    add("IMDATOFF", 0, "is " + Number(mask.dataOffset) + ", the mask table has " + Number(bytes) + " bytes");
   }
-  const std::uint64_t data = dataLength > image.maskDataOffset ? dataLength - image.maskDataOffset : 0;
-  for (std::uint64_t block = 0;
-       image.blockMask != nullptr && block < std::min<std::uint64_t>(records, image.maskEntries); ++block) {
-    const std::uint32_t offset = BigEndian32(image.blockMask[block]);
-    if (offset == kNotRecorded || offset < data) continue;
-    add("BMR", kMaskHeaderBytes + PadCodeBytes(image) + block * kRecordBytes,
-        "block " + Number(block) + " lies behind the data, at " + Number(offset) + " of " + Number(data));
+  const std::uint64_t data = place.dataLength > mask.dataOffset ? place.dataLength - mask.dataOffset : 0;
+  const std::vector<std::uint32_t> offsets = file.BlockOffsets(header.choice.index);
+  for (std::uint64_t block = 0; block < std::min<std::uint64_t>(records, offsets.size()); ++block) {
+    if (offsets[block] == kBlockNotRecorded || offsets[block] < data) continue;
+    add("BMR", kMaskHeaderBytes + mask.padCodeBytes + block * kMaskRecordBytes,
+        "block " + Number(block) + " lies behind the data, at " + Number(offsets[block]) + " of " + Number(data));
     break;
   }
 }
 
-void Checker::CheckDataLength(const Header &header, const ImageSubheader &image, std::uint32_t dataLength) {
-  const std::uint64_t pixels = PaddedWidth(image) * PaddedHeight(image);
-  const std::uint64_t bits = pixels * image.bandCount * image.bitsPerPixel;
-  const std::uint64_t most = (bits + 7) / 8 + PaddedHeight(image) * image.blocksPerRow * image.bandCount;
+void Checker::CheckDataLength(const Header &header, const ImageNumbers &image) {
+  const std::uint32_t dataLength = file.Place(SegmentKind::Image, header.choice.index).dataLength;
+  const std::uint64_t paddedRows = std::uint64_t{image.blocksPerColumn} * image.blockHeight;
+  const std::uint64_t pixels = std::uint64_t{image.blocksPerRow} * image.blockWidth * paddedRows;
+  const std::uint64_t bits = pixels * image.bands * image.bitsPerPixel;
+  const std::uint64_t most = (bits + 7) / 8 + paddedRows * image.blocksPerRow * image.bands;
   if (dataLength >= (bits + 7) / 8 && dataLength <= most) return;
   Add(header, "IC", "uncompressed data of " + Number((bits + 7) / 8) + " bytes, LI is " + Number(dataLength));
 }
@@ -331,7 +317,7 @@ void Checker::CheckLevels() {
 std::vector<Finding> Checker::Run() {
   CheckFileHeader();
   for (const CheckedKind &kind : kKinds) {
-    const std::uint32_t count = CountSegments(&file, kind.kind);
+    const std::uint32_t count = file.Count(kind.kind);
     for (std::uint32_t index = 0; index < count; ++index) CheckSegment(kind, index);
   }
   CheckLevels();
@@ -342,24 +328,21 @@ std::vector<Finding> Checker::Run() {
 
 }  // namespace
 
-std::vector<Finding> FindFaults(NitfFile &file) {
+std::vector<Finding> FindFaults(const FileView &file) {
   return Checker(file).Run();
 }
 
-std::vector<Finding> FindWrongMarkers(NitfFile &file) {
+std::vector<Finding> FindWrongMarkers(const FileView &file) {
   std::vector<Finding> findings;
-  if (file.header.valid == 0) return findings;
+  if (!file.Numbers().headerRead) return findings;
   for (const CheckedKind &kind : kKinds) {
-    const std::uint32_t count = CountSegments(&file, kind.kind);
+    const std::uint32_t count = file.Count(kind.kind);
     for (std::uint32_t index = 0; index < count; ++index) {
       std::array<char, 2> marker = {};
-      const std::int64_t data = SeekSegmentData(&file, kind.kind, index);
-      const std::int64_t start =
-          KsSeek(file.fileHandle, data - SubheaderLength(&file, kind.kind, index), KS_SEEK_START);
-      const bool whole = KsRead(file.fileHandle, marker.data(), marker.size()) == marker.size();
+      const std::uint64_t start = file.Place(kind.kind, index).subheader;
+      const bool whole = file.ReadAt(start, marker.data(), marker.size()) == marker.size();
       if (whole && std::string_view(marker.data(), marker.size()) == kind.marker) continue;
-      findings.push_back({KindWord(kind.kind) + (" " + std::to_string(index)) + " " + kind.marker,
-                          static_cast<std::uint64_t>(std::max<std::int64_t>(start, 0)),
+      findings.push_back({KindWord(kind.kind) + (" " + std::to_string(index)) + " " + kind.marker, start,
                           whole ? "the segment doesn't begin with its mark" : "the file ends before the segment"});
     }
   }

@@ -1,7 +1,7 @@
 // What does not agree in the headers of a file.
 #pragma once
 
-#include "nitffile.h"
+#include "core.h"
 
 #include <cstdint>
 #include <string>
@@ -17,9 +17,9 @@ struct Finding {
 };
 
 /** Looks through a loaded file. */
-std::vector<Finding> FindFaults(NitfFile &file);
+std::vector<Finding> FindFaults(const FileView &file);
 
 /** Why a file could not be loaded: markers that are not where the header's lengths say. */
-std::vector<Finding> FindWrongMarkers(NitfFile &file);
+std::vector<Finding> FindWrongMarkers(const FileView &file);
 
 }  // namespace ntf

@@ -32,10 +32,10 @@ void AddCanvas(const std::string &fileName, Json &description) {
 }
 
 Outcome Describe(const std::string &fileName, Json &description) {
-  LocalNitfFile file;
-  if (Outcome failed = LoadHeaders(fileName, *file.Get())) return failed;
+  LoadedFile file;
+  if (Outcome failed = LoadHeaders(fileName, file)) return failed;
   description["name"] = fileName;
-  description.update(DescribeHeaders(*file.Get()));
+  description.update(DescribeHeaders(file.View()));
   AddCanvas(fileName, description);
   return {};
 }

@@ -1,19 +1,14 @@
 #include "info_json.h"
 
-#include "headertable.h"
+#include "digits.h"
 #include "printable.h"
 
-#include <algorithm>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace ntf {
 namespace {
-
-bool IsNumber(std::string_view text) {
-  const auto isDigit = [](char character) { return character >= '0' && character <= '9'; };
-  return !text.empty() && std::all_of(text.begin(), text.end(), isDigit);
-}
 
 Json ByteArray(std::string_view bytes) {
   Json array = Json::array();
@@ -25,62 +20,57 @@ Json TextValue(std::string_view text) {
   return Latin1ToUtf8(Trim(text));
 }
 
-Json FieldValue(const FieldView &field) {
+Json FieldValue(const Field &field) {
   if (field.content == FieldContent::Binary) return ByteArray(field.text);
   const std::string_view text = Trim(field.text);
   // No decimal field has more than 12 digits.
-  if (field.content == FieldContent::Digits && IsNumber(text)) return std::stoull(std::string(text));
+  if (field.content == FieldContent::Digits && !text.empty() && IsAllDigits(text)) return NumberOf(text);
   return TextValue(text);
 }
 
-void AddFields(const HeaderTable &table, const void *record, bool nitf20, Json &object) {
-  ListFields(table, record, nitf20, [&](const FieldView &field) { object[field.name] = FieldValue(field); });
+void AddFields(const FileView &file, const HeaderChoice &header, Json &object) {
+  file.ListFields(header, [&](const Field &field) { object[field.name] = FieldValue(field); });
 }
 
-Json DescribeBand(const ImageSubheader &image, std::uint32_t band) {
+Json DescribeBand(const ImageBand &band) {
   Json object;
-  object["IREPBAND"] = BandRepresentationText(image.bandRepresentation[band]);
-  object["ISUBCAT"] = TextValue(image.bandSubcategories[band]);
-  object["IFC"] = TextValue(image.bandFilterConditions[band]);
-  object["IMFLT"] = TextValue(image.bandFilterCodes[band]);
-  object["NLUTS"] = image.bandLutCounts[band];
-  const bool hasTable = image.bandLutCounts[band] != 0 && image.bandLutEntries != nullptr;
-  if (hasTable) object["NELUT"] = image.bandLutEntries[band];
+  object["IREPBAND"] = band.representation;
+  object["ISUBCAT"] = TextValue(band.subcategory);
+  object["IFC"] = TextValue(band.filterCondition);
+  object["IMFLT"] = TextValue(band.filterCode);
+  object["NLUTS"] = band.tables;
+  if (band.tableEntries) object["NELUT"] = *band.tableEntries;
   return object;
 }
 
 /** The numbers in front of the mask tables; the tables themselves are one entry a block, too long to read. */
-Json DescribeMask(const ImageSubheader &image) {
-  if (!HasMaskTable(image.compression)) return nullptr;
+Json DescribeMask(const std::optional<ImageMask> &mask) {
+  if (!mask) return nullptr;
   Json object;
-  object["IMDATOFF"] = image.maskDataOffset;
-  object["BMRLNTH"] = image.blockMaskLength;
-  object["TMRLNTH"] = image.padMaskLength;
-  object["TPXCDLNTH"] = image.padCodeBits;
-  if (image.padCode != nullptr) {
-    object["TPXCD"] = ByteArray({reinterpret_cast<const char *>(image.padCode), PadCodeBytes(image)});
-  }
+  object["IMDATOFF"] = mask->dataOffset;
+  object["BMRLNTH"] = mask->blockRecordLength;
+  object["TMRLNTH"] = mask->padRecordLength;
+  object["TPXCDLNTH"] = mask->padCodeBits;
+  if (mask->padCode) object["TPXCD"] = ByteArray(*mask->padCode);
   return object;
 }
 
-void AddImageGroups(const void *record, Json &object) {
-  const auto &image = *static_cast<const ImageSubheader *>(record);
+void AddImageGroups(const FileView &file, std::uint32_t index, Json &object) {
   Json comments = Json::array();
-  for (std::uint32_t comment = 0; comment < image.commentsHeld; ++comment) {
-    comments.push_back(TextValue(image.comments[comment]));
-  }
+  for (const std::string_view comment : file.ImageComments(index)) comments.push_back(TextValue(comment));
   Json bands = Json::array();
-  for (std::uint32_t band = 0; band < image.bandsHeld; ++band) bands.push_back(DescribeBand(image, band));
+  for (const ImageBand &band : file.ImageBands(index)) bands.push_back(DescribeBand(band));
   object["ICOM"] = std::move(comments);
   object["bands"] = std::move(bands);
-  object["mask"] = DescribeMask(image);
+  object["mask"] = DescribeMask(file.Image(index).mask);
 }
 
-/** How the segments of a kind are told. */
+/** The segments of a kind in the description. */
 struct SegmentListing {
   SegmentKind kind;
   const char *name;
-  void (*addGroups)(const void *record, Json &object); /* for what is not in the format's table; may be null */
+  void (*addGroups)(const FileView &file, std::uint32_t index,
+                    Json &object); /* fields outside the table; may be null */
 };
 
 constexpr SegmentListing kListings[] = {
@@ -91,18 +81,18 @@ constexpr SegmentListing kListings[] = {
     {SegmentKind::DataExtension, "dataExtensions", nullptr},
 };
 
-Json DescribeSegments(const NitfFile &file, const SegmentListing &listing) {
+Json DescribeSegments(const FileView &file, const SegmentListing &listing) {
   Json segments = Json::array();
-  const std::uint32_t count = CountSegments(&file, listing.kind);
+  const std::uint32_t count = file.Count(listing.kind);
   for (std::uint32_t index = 0; index < count; ++index) {
+    const SegmentPlace place = file.Place(listing.kind, index);
     Json object;
     object["index"] = index;
-    object["subheaderLength"] = SubheaderLength(&file, listing.kind, index);
-    object["dataLength"] = DataLength(&file, listing.kind, index);
-    const void *record = FindSubheader(&file, listing.kind, index);
-    if (record != nullptr) {
-      AddFields(SubheaderTable(listing.kind), record, file.nitf20Layout != 0, object);
-      if (listing.addGroups != nullptr) listing.addGroups(record, object);
+    object["subheaderLength"] = place.subheaderLength;
+    object["dataLength"] = place.dataLength;
+    if (file.Has(listing.kind, index)) {
+      AddFields(file, {listing.kind, index}, object);
+      if (listing.addGroups != nullptr) listing.addGroups(file, index, object);
     }
     segments.push_back(std::move(object));
   }
@@ -111,10 +101,9 @@ Json DescribeSegments(const NitfFile &file, const SegmentListing &listing) {
 
 }  // namespace
 
-Json DescribeHeaders(const NitfFile &file) {
+Json DescribeHeaders(const FileView &file) {
   Json description;
-  Json &header = description["file"];
-  AddFields(kFileHeaderTable, &file.header, file.nitf20Layout != 0, header);
+  AddFields(file, {}, description["file"]);
   for (const SegmentListing &listing : kListings) description[listing.name] = DescribeSegments(file, listing);
   return description;
 }

@@ -1,7 +1,7 @@
 // A file's headers as JSON.
 #pragma once
 
-#include "nitffile.h"
+#include "core.h"
 
 #include <nlohmann/json.hpp>
 
@@ -15,6 +15,6 @@ using Json = nlohmann::ordered_json;
  * of segment. Texts are trimmed and come as UTF-8 whatever bytes they hold (bytes above 127 are taken as Latin-1),
  * decimal fields are numbers where they hold digits only, FBKGC is an array of three.
  */
-Json DescribeHeaders(const NitfFile &file);
+Json DescribeHeaders(const FileView &file);
 
 }  // namespace ntf

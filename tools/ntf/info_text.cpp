@@ -1,6 +1,5 @@
 #include "info_text.h"
 
-#include "fields.h"
 #include "printable.h"
 
 #include <algorithm>

@@ -4,11 +4,10 @@
 
 namespace ntf {
 
-Outcome LoadHeaders(const std::string &fileName, NitfFile &file) {
+Outcome LoadHeaders(const std::string &fileName, LoadedFile &file) {
   if (Outcome unreadable = CheckInput(fileName)) return unreadable;
   const WideName name = Widen(fileName);
-  const std::int32_t status = Load(&file, name.get());
-  return OutcomeOf(fileName, status);
+  return OutcomeOf(fileName, file.Load(name.get()));
 }
 
 }  // namespace ntf

@@ -1,7 +1,7 @@
-// A file read by the library's core, for what the exports don't tell.
+// A file that is opened for its headers.
 #pragma once
 
-#include "nitffile.h"
+#include "core.h"
 #include "problem.h"
 
 #include <string>
@@ -9,6 +9,6 @@
 namespace ntf {
 
 /** Reads all headers of a file into `file`, which is empty. */
-Outcome LoadHeaders(const std::string &fileName, NitfFile &file);
+Outcome LoadHeaders(const std::string &fileName, LoadedFile &file);
 
 }  // namespace ntf

@@ -1,6 +1,7 @@
 // Saving a file through the library so that it appears whole, or not at all.
 #pragma once
 
+#include "core.h"
 #include "ksntfx.h"
 #include "problem.h"
 
@@ -30,6 +31,7 @@ class LocalHandle {
   /** Makes a file with a header and nothing else; `name` is the one that problems are about. */
   Outcome Make(const std::string &name);
   NitfHandle Get() const { return handle; }
+  FileView View() const { return FileView(handle); }
   /** The name of the file that was opened. */
   const std::string &Name() const { return opened; }
 

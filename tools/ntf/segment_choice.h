@@ -1,7 +1,7 @@
 // A segment that a command names by its kind and number.
 #pragma once
 
-#include "nitffile.h"
+#include "core.h"
 #include "problem.h"
 
 #include <string>
@@ -12,6 +12,6 @@ namespace ntf {
 const char *KindWord(SegmentKind kind);
 
 /** Whether a file has segment `index` of a kind, counted from 0. */
-Outcome CheckSegment(const std::string &fileName, const NitfFile &file, SegmentKind kind, std::uint32_t index);
+Outcome CheckSegment(const std::string &fileName, const FileView &file, SegmentKind kind, std::uint32_t index);
 
 }  // namespace ntf

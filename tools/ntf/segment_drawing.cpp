@@ -1,6 +1,5 @@
 #include "segment_drawing.h"
 
-#include "handlgfx.h"
 #include "load_headers.h"
 #include "segment_choice.h"
 
@@ -9,11 +8,12 @@ namespace ntf {
 Outcome DrawSegment(const std::string &fileName, std::uint32_t index, KsLocalBitmap &picture) {
   constexpr std::int64_t kMargin = 8;  // for the width of lines
   constexpr std::uint32_t kWhite = 0xFFFFFF;
-  LocalNitfFile file;
-  if (Outcome failed = LoadHeaders(fileName, *file.Get())) return failed;
-  if (Outcome missing = CheckSegment(fileName, *file.Get(), SegmentKind::Graphic, index)) return missing;
+  LoadedFile loaded;
+  if (Outcome failed = LoadHeaders(fileName, loaded)) return failed;
+  const FileView file = loaded.View();
+  if (Outcome missing = CheckSegment(fileName, file, SegmentKind::Graphic, index)) return missing;
   KsRect place;
-  std::int32_t status = PlaceGraphic(file.Get(), index, &place);
+  std::int32_t status = file.PlaceGraphic(index, &place);
   if (status != SUCCESS) return StatusProblem(fileName, status);
   const std::int64_t width = std::int64_t{place.right} - place.left + 2 * kMargin;
   const std::int64_t height = std::int64_t{place.bottom} - place.top + 2 * kMargin;
@@ -22,10 +22,10 @@ Outcome DrawSegment(const std::string &fileName, std::uint32_t index, KsLocalBit
   if (status != SUCCESS) return StatusProblem(fileName, status);
   KsBitmapFill(picture.Get(), kWhite);
   const KsLocalContext context(picture.Get());
-  const DisplayOffset offset = {static_cast<std::int32_t>(kMargin - place.top),
-                                static_cast<std::int32_t>(kMargin - place.left)};
-  status = context.Get() == nullptr ? ERROR_NO_MEMORY : DrawGraphic(context.Get(), file.Get(), index, offset);
-  return OutcomeOf(fileName, status);
+  if (context.Get() == nullptr) return StatusProblem(fileName, ERROR_NO_MEMORY);
+  const auto row = static_cast<std::int32_t>(kMargin - place.top);
+  const auto column = static_cast<std::int32_t>(kMargin - place.left);
+  return OutcomeOf(fileName, file.DrawGraphic(index, context.Get(), row, column));
 }
 
 }  // namespace ntf

@@ -1,21 +1,20 @@
 #include "segment_image.h"
 
-#include "handlimg.h"
 #include "load_headers.h"
 #include "segment_choice.h"
 
 namespace ntf {
 
 Outcome DecodeSegment(const std::string &fileName, std::uint32_t index, SegmentImage &image) {
-  LocalNitfFile file;
-  if (Outcome failed = LoadHeaders(fileName, *file.Get())) return failed;
-  if (Outcome missing = CheckSegment(fileName, *file.Get(), SegmentKind::Image, index)) return missing;
-  const std::int32_t status = DecodeImageSegment(nullptr, file.Get(), index, image.bitmap.Get());
-  if (status != SUCCESS) return StatusProblem(fileName, status);
-  const ImageSubheader &subheader = *FindImage(file.Get(), index);
-  image.columns = subheader.columns;
-  image.rows = subheader.rows;
-  return {};
+  LoadedFile loaded;
+  if (Outcome failed = LoadHeaders(fileName, loaded)) return failed;
+  const FileView file = loaded.View();
+  if (Outcome missing = CheckSegment(fileName, file, SegmentKind::Image, index)) return missing;
+  const std::int32_t status = file.DecodeImage(index, image.bitmap.Get());
+  const ImageNumbers numbers = file.Image(index);
+  image.columns = numbers.columns;
+  image.rows = numbers.rows;
+  return OutcomeOf(fileName, status);
 }
 
 }  // namespace ntf

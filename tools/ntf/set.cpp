@@ -22,13 +22,13 @@ Outcome Set(const SetOptions &options) {
   if (Outcome failed = handle.Open(options.input)) return failed;
   const HeaderChoice choice = ChoiceOf(options);
   if (choice.kind) {
-    if (Outcome missing = CheckSegment(options.input, *handle.Get(), *choice.kind, choice.index)) return missing;
+    if (Outcome missing = CheckSegment(options.input, handle.View(), *choice.kind, choice.index)) return missing;
   }
   for (const std::string &field : options.fields) {
     const std::size_t equals = field.find('=');
     if (equals == std::string::npos) return Problem{field, "is not FIELD=VALUE", ERROR_INVALID_VALUE};
     Outcome failed =
-        ChangeField(options.input, *handle.Get(), choice, field.substr(0, equals), field.substr(equals + 1));
+        ChangeField(options.input, handle.View(), choice, field.substr(0, equals), field.substr(equals + 1));
     if (failed) return failed;
   }
   if (Outcome taken = CheckOutput(options.output, options.force)) return taken;
