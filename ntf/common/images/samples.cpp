@@ -30,7 +30,8 @@ void Repack12(const std::uint8_t *samples, std::uint8_t *row, std::uint64_t byte
   const bool scaled = IsScaled(bits, actualBits);
   const std::uint32_t divisor = scaled ? FullScale(actualBits) : 1;
   const std::uint32_t factor = scaled ? FullScale(bits) : 1;
-  for (std::uint64_t at = 0; at + 1 < bytes; at += 3) {
+  std::uint64_t at = 0;
+  for (; at + 1 < bytes; at += 3) {
     const bool pair = at + 2 < bytes;
     std::uint32_t first = std::uint32_t{BigEndian16(samples + at)} >> 4;
     std::uint32_t second = (samples[at + 1] & 0x0FU) << 8 | (pair ? samples[at + 2] : 0U);
@@ -40,6 +41,7 @@ void Repack12(const std::uint8_t *samples, std::uint8_t *row, std::uint64_t byte
     row[at + 1] = static_cast<std::uint8_t>(first >> 8 | (second & 0x0F) << 4);
     if (pair) row[at + 2] = static_cast<std::uint8_t>(second >> 4);
   }
+  if (at < bytes) row[at] = samples[at];
 }
 
 void Swap16(const std::uint8_t *samples, std::uint8_t *row, std::uint64_t bytes, std::uint32_t, std::uint32_t,
@@ -53,17 +55,20 @@ void Swap16(const std::uint8_t *samples, std::uint8_t *row, std::uint64_t bytes,
     std::memcpy(row + at, &four, sizeof four);
   }
   for (; at + 1 < bytes; at += 2) PutLittleEndian16(row + at, BigEndian16(samples + at));
+  if (at < bytes) row[at] = samples[at];
 }
 
 void Scale16(const std::uint8_t *samples, std::uint8_t *row, std::uint64_t bytes, std::uint32_t bits,
              std::uint32_t actualBits, const SampleRange &) {
   const auto factor = static_cast<std::int32_t>(FullScale(bits) & 0xFFFF);
   const auto divisor = static_cast<std::int32_t>(FullScale(actualBits) & 0xFFFF);
-  for (std::uint64_t at = 0; at + 1 < bytes; at += 2) {
+  std::uint64_t at = 0;
+  for (; at + 1 < bytes; at += 2) {
     // Signed 32-bit arithmetic that wraps: a sample above its own scale must not stop the picture.
     const std::uint32_t product = std::uint32_t{BigEndian16(samples + at)} * static_cast<std::uint32_t>(factor);
     PutLittleEndian16(row + at, static_cast<std::uint32_t>(static_cast<std::int32_t>(product) / divisor));
   }
+  if (at < bytes) row[at] = samples[at];
 }
 
 void Spread32(const std::uint8_t *samples, std::uint8_t *row, std::uint64_t bytes, std::uint32_t, std::uint32_t,
