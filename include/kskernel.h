@@ -442,7 +442,7 @@ enum KsFormat {
 
 /** Flags of KsLoadOptions::loadFlags that codecs look at. */
 enum KsLoadFlags {
-  /** Three components are a colour picture, to be given as blue, green, red; that is what JPEG gives without, too. */
+  /** Three components of a JPEG stream that doesn't say which colours they are: red, green, blue. Else Y, Cb, Cr. */
   KS_LOAD_COLOR = 0x4000,
   /**
    * The bands of KsLoadOptions::bands are wanted as red, green and blue, unconverted. A number beyond the last band

@@ -24,6 +24,11 @@ void WriteAdobe(jpeg_compress_struct *jpeg, std::uint8_t transform) {
   jpeg_write_marker(jpeg, JPEG_APP0 + 14, body.data(), static_cast<unsigned>(body.size()));
 }
 
+void WriteNitf(jpeg_compress_struct *jpeg, const std::array<std::uint8_t, 2> &nitf) {
+  const Bytes body = {'N', 'I', 'T', 'F', 0, 2, 0, 'P', 0, 1, 0, 1, 1, 8, 0, 1, nitf[0], nitf[1], 8, 1, 1, 0, 0};
+  jpeg_write_marker(jpeg, JPEG_APP0 + 6, body.data(), static_cast<unsigned>(body.size()));
+}
+
 }  // namespace
 
 Bytes EncodeByLibrary(const JpegEncoding &encoding, const JpegSample &sample) {
@@ -51,6 +56,7 @@ Bytes EncodeByLibrary(const JpegEncoding &encoding, const JpegSample &sample) {
   if (encoding.progressive) jpeg_simple_progression(&jpeg);
   jpeg_start_compress(&jpeg, TRUE);
   if (encoding.adobe) WriteAdobe(&jpeg, *encoding.adobe);
+  if (encoding.nitf) WriteNitf(&jpeg, *encoding.nitf);
   const auto components = static_cast<std::uint32_t>(encoding.components);
   Bytes row(std::size_t{encoding.width} * components);
   for (std::uint32_t y = 0; y < encoding.height; ++y) {

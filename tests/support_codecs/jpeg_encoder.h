@@ -4,6 +4,7 @@
 #include "files.h"
 #include "jpeg_builder.h"
 
+#include <array>
 #include <optional>
 #include <string_view>
 
@@ -14,7 +15,8 @@ struct JpegEncoding {
   bool eachAlone = false; /**< a scan a component */
   std::uint32_t restart = 0;
   bool jfif = false;
-  std::optional<std::uint8_t> adobe = {}; /**< its transform */
+  std::optional<std::uint8_t> adobe = {};               /**< its transform */
+  std::optional<std::array<std::uint8_t, 2>> nitf = {}; /**< quality level and colour of the stream */
   std::string_view ids = "\1\2\3\4";
   bool isFitted = false; /**< Huffman tables made for the picture */
   int quality = 100;

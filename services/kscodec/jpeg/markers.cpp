@@ -51,6 +51,15 @@ void ReadAdobe(Stream body, Header *header) {
   header->adobeTransform = body[kTransformPosition];
 }
 
+void ReadNitf(Stream body, Header *header) {
+  using std::string_view_literals::operator""sv;
+  constexpr size_t kQualityPosition = 16;
+  constexpr size_t kColorPosition = 17;
+  if (!BeginsWith(body, "NITF\0"sv) || body.size() <= kColorPosition) return;
+  header->nitfQuality = body[kQualityPosition];
+  header->nitfColor = body[kColorPosition];
+}
+
 /** Reads a segment before the first scan. */
 Status TakeSegment(const Segment &segment, Header *header) {
   using std::string_view_literals::operator""sv;
@@ -63,6 +72,9 @@ Status TakeSegment(const Segment &segment, Header *header) {
       return segment.body.size() == sizeof(uint16_t) ? SUCCESS : ERROR_FILE_FORMAT;
     case kApp0:
       if (BeginsWith(segment.body, "JFIF\0"sv)) header->hasJfif = true;
+      return SUCCESS;
+    case kApp6:
+      ReadNitf(segment.body, header);
       return SUCCESS;
     case kApp14:
       ReadAdobe(segment.body, header);
@@ -216,14 +228,16 @@ bool IsInOneScan(const Header &header) {
   return !header.scan.empty() && header.scan[0] == header.frame.components && header.frame.marker != kSof2;
 }
 
-bool IsRgb(const Header &header) {
+bool IsRgb(const Header &header, bool isWanted) {
   constexpr uint8_t kAdobeNone = 0;
   constexpr uint8_t kAdobeYCbCr = 1;
   if (header.hasAdobe && header.adobeTransform == kAdobeNone) return true;
-  if ((header.hasAdobe && header.adobeTransform == kAdobeYCbCr) || header.hasJfif) return false;
+  if (header.hasAdobe && header.adobeTransform == kAdobeYCbCr) return false;
   const Frame &frame = header.frame;
   if (frame.components != 3) return false;
-  return frame.marker == kSof3 ||
+  if (header.nitfColor == kNitfRgb || header.nitfColor == kNitfYCbCr) return header.nitfColor == kNitfRgb;
+  if (header.hasJfif) return false;
+  return isWanted || frame.marker == kSof3 ||
          (frame.ComponentAt(0).id == 'R' && frame.ComponentAt(1).id == 'G' && frame.ComponentAt(2).id == 'B');
 }
 

@@ -27,6 +27,7 @@ enum Marker : std::uint8_t {
   kDqt = 0xDB,
   kDri = 0xDD,
   kApp0 = 0xE0,
+  kApp6 = 0xE6,
   kApp14 = 0xEE
 };
 
@@ -76,14 +77,19 @@ struct Frame {
   Component ComponentAt(std::size_t index) const;
 };
 
+/** How the NITF segment (MIL-STD-188-198A) says that a stream is coloured; other numbers are of no use here. */
+enum NitfColor : std::uint8_t { kNitfUnknown = 0xFF, kNitfRgb = 1, kNitfYCbCr = 2 };
+
 /** What a decoder needs of all that comes before the first scan. The spans look into the stream. */
 struct Header {
   Frame frame;
   bool hasJfif = false;
   bool hasAdobe = false;
   std::uint8_t adobeTransform = 0; /**< with hasAdobe: 0 none, 1 YCbCr, 2 YCCK */
-  Stream scan;                     /**< the body of the first scan header */
-  Stream entropy;                  /**< what follows it */
+  std::uint8_t nitfColor = kNitfUnknown;
+  std::uint8_t nitfQuality = 0; /**< 1 to 5: which tables a stream without its own has */
+  Stream scan;                  /**< the body of the first scan header */
+  Stream entropy;               /**< what follows it */
 };
 
 /** The stream without the bytes FF that may precede its start of image. */
@@ -117,7 +123,10 @@ bool IsPlausible(const Header &header, const PictureInfo &info);
 /** Whether the first scan has all components and all of their coefficients. */
 bool IsInOneScan(const Header &header);
 
-/** Whether three components are red, green and blue rather than luminance and chrominance. */
-bool IsRgb(const Header &header);
+/**
+ * Whether three components are red, green and blue rather than luminance and chrominance. `isWanted` decides where the
+ * stream doesn't.
+ */
+bool IsRgb(const Header &header, bool isWanted);
 
 }  // namespace kscodec::jpeg

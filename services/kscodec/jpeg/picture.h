@@ -6,6 +6,7 @@
 #include "kscodec/jpeg/colors.h"
 #include "kscodec/jpeg/entropy.h"
 #include "kscodec/jpeg/markers.h"
+#include "kscodec/jpeg/quantisation.h"
 
 #include <array>
 #include <vector>
@@ -49,8 +50,8 @@ struct Scan {
 
 /** What segments set for the scans after them. */
 struct Tables {
-  /** The standard Huffman tables, until the stream has others. */
-  Tables();
+  /** The standard Huffman tables, and `given` for quantisation unless it is null, until the stream has others. */
+  explicit Tables(const QuantisationTable *given);
 
   std::array<HuffmanDecoder, 4> dc;
   std::array<HuffmanDecoder, 4> ac;

@@ -89,8 +89,8 @@ bool AllAreScanned(Picture &picture) {
 }
 
 /** Reads all segments of a stream that ReadHeader accepted, and decodes its scans. */
-Status DecodeScans(Stream stream, Picture &picture, ScanDecoder decoder) {
-  Tables tables;
+Status DecodeScans(Stream stream, const Plan &plan, Picture &picture, ScanDecoder decoder) {
+  Tables tables(plan.quantisation);
   constexpr std::size_t kStartOfImage = 2;
   MarkerWalk walk(stream.subspan(kStartOfImage));
   Segment segment;
@@ -112,7 +112,11 @@ Status DecodeScans(Stream stream, Picture &picture, ScanDecoder decoder) {
 
 }  // namespace
 
-Tables::Tables() {
+Tables::Tables(const QuantisationTable *given) {
+  for (std::size_t i = 0; i < quantisation.size() && given != nullptr; ++i) {
+    std::copy(given->begin(), given->end(), quantisation[i].begin());
+    hasQuantisation[i] = true;
+  }
   for (std::size_t i = 0; i < kStandardDc.size(); ++i) {
     dc[i].Build(kStandardDc[i]);
     ac[i].Build(kStandardAc[i]);
@@ -124,7 +128,7 @@ Status DecodeOwn(Stream stream, const Header &header, const Plan &plan, const Ks
   constexpr std::uint32_t kTransformed = 8;
   Picture picture(header.frame, isLossless ? 1 : kTransformed, plan, target);
   Status status = picture.MakePlanes(IsInOneScan(header));
-  if (status == SUCCESS) status = DecodeScans(stream, picture, isLossless ? DecodeLossless : DecodeSequential);
+  if (status == SUCCESS) status = DecodeScans(stream, plan, picture, isLossless ? DecodeLossless : DecodeSequential);
   if (status == SUCCESS) picture.WriteRows();
   return status;
 }

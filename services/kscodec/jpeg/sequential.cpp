@@ -1,5 +1,6 @@
 // Sequential JPEG with a cosine transform (ITU-T T.81, annexes A and F), of 8 and of 12 bits.
 #include "kscodec/jpeg/picture.h"
+#include "kscodec/jpeg/quantisation.h"
 
 #include <algorithm>
 #include <array>
@@ -8,24 +9,7 @@ namespace kscodec::jpeg {
 
 namespace {
 
-constexpr std::uint32_t kSide = 8;
-constexpr std::uint32_t kCoefficients = kSide * kSide;
-
 using Block = std::array<float, kCoefficients>;
-
-/** Where the coefficients of a block lie in its rows, in the order of the stream. */
-constexpr std::array<std::uint8_t, kCoefficients> kZigzag = [] {
-  std::array<std::uint8_t, kCoefficients> places = {};
-  std::uint32_t index = 0;
-  for (std::uint32_t diagonal = 0; diagonal < 2 * kSide - 1; ++diagonal) {
-    const std::uint32_t first = diagonal < kSide ? 0 : diagonal - kSide + 1;
-    for (std::uint32_t step = first; step <= diagonal - first; ++step) {
-      const std::uint32_t row = diagonal % 2 == 0 ? diagonal - step : step;
-      places[index++] = static_cast<std::uint8_t>(row * kSide + diagonal - row);
-    }
-  }
-  return places;
-}();
 
 /** Half the cosines of the multiples of pi / 16; the first one is that of pi / 4, for the constant part. */
 constexpr std::array<float, kSide> kHalfCosines = {0.35355339059F, 0.49039264020F, 0.46193976626F, 0.41573480615F,

@@ -45,8 +45,17 @@ void InstallTable(j_common_ptr state, JHUFF_TBL **slot, const HuffmanTable &tabl
   std::copy(table.symbols.begin(), table.symbols.end(), (*slot)->huffval);
 }
 
+void InstallQuantisation(jpeg_decompress_struct *jpeg, const QuantisationTable &table) {
+  for (JQUANT_TBL *&slot : jpeg->quant_tbl_ptrs) {
+    if (slot != nullptr) continue;
+    slot = jpeg_alloc_quant_table(reinterpret_cast<j_common_ptr>(jpeg));
+    for (size_t i = 0; i < table.size(); ++i) slot->quantval[kZigzag[i]] = table[i];
+  }
+}
+
 /** A stream without Huffman tables has the standard ones. */
-void InstallMissingTables(jpeg_decompress_struct *jpeg) {
+void InstallMissingTables(jpeg_decompress_struct *jpeg, const Plan &plan) {
+  if (plan.quantisation != nullptr) InstallQuantisation(jpeg, *plan.quantisation);
   if (jpeg->progressive_mode) return;
   auto *const state = reinterpret_cast<j_common_ptr>(jpeg);
   for (size_t i = 0; i < kStandardDc.size(); ++i) {
@@ -114,7 +123,7 @@ Status Run(Decoder *decoder, Stream stream, const Plan &plan, const KsBitmap &ta
   jpeg_mem_src(jpeg, stream.data(), static_cast<unsigned long>(stream.size()));
   jpeg_read_header(jpeg, TRUE);
   if (jpeg->image_width != target.width || jpeg->image_height != target.height) return ERROR_FILE_FORMAT;
-  InstallMissingTables(jpeg);
+  InstallMissingTables(jpeg, plan);
   ChooseColors(jpeg, plan.route);
   jpeg_start_decompress(jpeg);
   if (plan.route == Route::kPicked) {

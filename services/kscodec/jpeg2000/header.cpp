@@ -115,6 +115,14 @@ Status ReadSize(Stream codeStream, Size *size) {
   return SUCCESS;
 }
 
+/** Whether the image header box is about another picture than the code stream. */
+bool Contradicts(Stream boxes, const Size &size) {
+  constexpr std::uint64_t kUsedPart = 10;
+  const std::optional<Stream> box = FindBox(boxes, BoxType("ihdr"));
+  if (!box || box->size() < kUsedPart) return false;
+  return U32(*box, 0) != size.height || U32(*box, 4) != size.width || U16(*box, 8) != size.components;
+}
+
 /**
  * Precincts of one component of a picture or tile: what a segment that begins with the number of decomposition levels
  * says (ISO/IEC 15444-1, table A.20). The sizes of precincts follow it where `hasSizes`.
@@ -190,16 +198,21 @@ bool IsCodeStream(Stream stream) {
 
 Status ReadHeader(Stream stream, Header *header) {
   *header = {};
-  header->isJp2 = IsJp2(stream);
-  header->codeStream = stream;
+  header->stream = header->codeStream = stream;
+  if (!IsJp2(stream)) return ReadSize(stream, &header->size);
+  const std::optional<Stream> codeStream = FindBox(stream, BoxType("jp2c"));
+  if (!codeStream) return ERROR_FILE_FORMAT;
+  header->codeStream = *codeStream;
+  const Status status = ReadSize(*codeStream, &header->size);
+  if (status != SUCCESS) return status;
+  const Stream boxes = FindBox(stream, BoxType("jp2h")).value_or(Stream());
+  header->isJp2 = !Contradicts(boxes, header->size);
   if (header->isJp2) {
-    const std::optional<Stream> codeStream = FindBox(stream, BoxType("jp2c"));
-    if (!codeStream) return ERROR_FILE_FORMAT;
-    header->codeStream = *codeStream;
-    const std::optional<Stream> boxes = FindBox(stream, BoxType("jp2h"));
-    if (boxes) header->colors = ReadColors(*boxes);
+    header->colors = ReadColors(boxes);
+  } else {
+    header->stream = *codeStream;
   }
-  return ReadSize(header->codeStream, &header->size);
+  return SUCCESS;
 }
 
 Coding ReadCoding(const Header &header) {

@@ -26,8 +26,10 @@ struct Colors {
   bool isSycc = false;
 };
 
+/** A JP2 file whose image header box contradicts its code stream counts as the bare stream. */
 struct Header {
   bool isJp2 = false;
+  Stream stream;     /**< the JP2 file, or the code stream */
   Stream codeStream; /**< from SOC */
   Size size;
   Colors colors;

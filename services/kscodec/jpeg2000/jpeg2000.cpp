@@ -161,9 +161,8 @@ std::optional<std::uint32_t> EndOfRows(const opj_image_t &image, std::uint32_t f
   return static_cast<std::uint32_t>(std::min(end - image.y0, height));
 }
 
-/** A stream and what is wanted of it. */
+/** A stream, and what is wanted of it. */
 struct Order {
-  Stream stream;
   const Header &header;
   const KsLoadOptions &options;
   const Selection &selection;
@@ -180,7 +179,7 @@ Look LookOf(const Order &order, const opj_image_t &image) {
 /** Decodes the rows from `*first` on, as many as are decoded at once, and moves `*first` past them. */
 Status DecodeRows(const Order &order, std::uint32_t rowsAtOnce, std::uint32_t *first, KsBitmap *target) {
   const Size &size = order.header.size;
-  Decoder decoder(order.stream, order.header.isJp2);
+  Decoder decoder(order.header.stream, order.header.isJp2);
   Status status = decoder.ReadHeader();
   if (status != SUCCESS) return status;
   const opj_image_t &image = decoder.Image();
@@ -201,7 +200,7 @@ Status DecodeRows(const Order &order, std::uint32_t rowsAtOnce, std::uint32_t *f
 
 class Jpeg2000Stream : public OpenedStream {
  public:
-  Jpeg2000Stream(Stream source, const Header &read) : OpenedStream(InfoOf(read)), stream(source), header(read) {}
+  explicit Jpeg2000Stream(const Header &read) : OpenedStream(InfoOf(read)), header(read) {}
 
   Status Load(const KsLoadOptions &options, KsBitmap *target) const override {
     const Coding coding = ReadCoding(header);
@@ -212,13 +211,12 @@ class Jpeg2000Stream : public OpenedStream {
     if (!IsPlausible(header, coding)) return ERROR_FILE_FORMAT;
     const std::uint32_t rowsAtOnce = RowsAtOnce(header, selection.decoded);
     for (std::uint32_t first = 0; first < header.size.height && status == SUCCESS;) {
-      status = DecodeRows({stream, header, options, selection}, rowsAtOnce, &first, target);
+      status = DecodeRows({header, options, selection}, rowsAtOnce, &first, target);
     }
     return status;
   }
 
  private:
-  Stream stream;
   Header header;
 };
 
@@ -229,7 +227,7 @@ bool Recognises(Stream stream) {
 Status Open(Stream stream, std::unique_ptr<OpenedStream> *opened) {
   Header header;
   const Status status = ReadHeader(stream, &header);
-  if (status == SUCCESS) *opened = std::make_unique<Jpeg2000Stream>(stream, header);
+  if (status == SUCCESS) *opened = std::make_unique<Jpeg2000Stream>(header);
   return status;
 }
 

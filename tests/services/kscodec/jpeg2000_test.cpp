@@ -271,6 +271,10 @@ INSTANTIATE_TEST_SUITE_P(
                 SUCCESS},
         BoxCase{"a foreign box before it",
                 [](Bytes &file, size_t box) { Insert(file, box, Box("free", RandomBytes(99, 1))); }, SUCCESS},
+        BoxCase{"another height in the header box",
+                [](Bytes &file, size_t) { PutBig(file, BoxAt(file, "ihdr") + 8, 30, 4); }, SUCCESS},
+        BoxCase{"another width", [](Bytes &file, size_t) { PutBig(file, BoxAt(file, "ihdr") + 12, 36, 4); }, SUCCESS},
+        BoxCase{"other components", [](Bytes &file, size_t) { PutBig(file, BoxAt(file, "ihdr") + 16, 3, 2); }, SUCCESS},
         BoxCase{"shorter than its head", [](Bytes &file, size_t box) { PutBig(file, box, 3, 4); }, ERROR_FILE_FORMAT},
         BoxCase{"64 bits, shorter than its head",
                 [](Bytes &file, size_t box) {
@@ -380,11 +384,13 @@ TEST_P(ClaimTest, OfAShortStreamIsRefusedBeforeDecoding) {
     EXPECT_EQ(ReadHeader(stream, &header), SUCCESS);
     return IsPlausible(header, ReadCoding(header));
   };
-  EXPECT_TRUE(isPlausible());
   const std::string marker = "\xFF\x52";
   const auto found = std::search(stream.begin(), stream.end(), marker.begin(), marker.end(),
                                  [](uint8_t byte, char wanted) { return byte == static_cast<uint8_t>(wanted); });
-  GetParam().change(stream, static_cast<size_t>(found - stream.begin()));
+  const auto style = static_cast<size_t>(found - stream.begin());
+  PutBig(stream, style + 6, 200, 2);  // layers
+  EXPECT_TRUE(isPlausible());
+  GetParam().change(stream, style);
   EXPECT_FALSE(isPlausible());
   KsLocalBitmap bitmap;
   EXPECT_EQ(Load(stream, bitmap), ERROR_FILE_FORMAT);

@@ -145,20 +145,23 @@ KindCase Colors(const char *name, const JpegEncoding &encoding, uint32_t flags, 
 
 INSTANTIATE_TEST_SUITE_P(
     Colors, JpegKind,
-    testing::Values(Colors("plain", {}, KS_LOAD_COLOR, Route::kYCbCr), Colors("jfif", {.jfif = true}, 0, Route::kYCbCr),
-                    Colors("jfifWithLetters", {.jfif = true, .ids = "RGB"}, KS_LOAD_COLOR, Route::kYCbCr),
-                    Colors("adobeYCbCrWithLetters", {.adobe = uint8_t{1}, .ids = "RGB"}, 0, Route::kYCbCr),
-                    Colors("adobeRgb", {.adobe = uint8_t{0}}, 0, Route::kBands),
-                    Colors("adobeRgbBesideJfif", {.jfif = true, .adobe = uint8_t{0}}, 0, Route::kBands),
-                    Colors("adobeUnknownWithLetters", {.adobe = uint8_t{7}, .ids = "RGB"}, 0, Route::kBands),
-                    Colors("letters", {.ids = "RGB"}, 0, Route::kBands),
-                    Colors("someLetters", {.ids = "RGC"}, 0, Route::kYCbCr),
-                    Colors("bandsOfThree", {.jfif = true}, KS_LOAD_BANDS, Route::kBands, {2, 0, 1}, {2, 0, 1}),
-                    Colors("bandsOfFour", {.components = 4}, KS_LOAD_BANDS, Route::kBands, {3, 1, 3}, {3, 1, 3}),
-                    Colors("bandsBehindTheLast", {.components = 4}, KS_LOAD_BANDS, Route::kBands, {9, UINT32_MAX, 0},
-                           {3, 3, 0}),
-                    Colors("bandsOfTwo", {.components = 2}, KS_LOAD_BANDS, Route::kBands, {1, 0, 1}, {1, 0, 1}),
-                    Colors("bandsOfOne", {.components = 1}, KS_LOAD_BANDS, Route::kGray, {2, 1, 0}, {0, 0, 0})),
+    testing::Values(
+        Colors("plain", {}, 0, Route::kYCbCr), Colors("wanted", {}, KS_LOAD_COLOR, Route::kBands),
+        Colors("nitfRgb", {.nitf = {{0, 1}}}, 0, Route::kBands),
+        Colors("nitfRgbBesideJfif", {.jfif = true, .nitf = {{0, 1}}}, 0, Route::kBands),
+        Colors("nitfYCbCrWithLetters", {.nitf = {{0, 2}}, .ids = "RGB"}, KS_LOAD_COLOR, Route::kYCbCr),
+        Colors("nitfOther", {.nitf = {{0, 3}}}, 0, Route::kYCbCr), Colors("jfif", {.jfif = true}, 0, Route::kYCbCr),
+        Colors("jfifWithLetters", {.jfif = true, .ids = "RGB"}, KS_LOAD_COLOR, Route::kYCbCr),
+        Colors("adobeYCbCrWithLetters", {.adobe = uint8_t{1}, .ids = "RGB"}, 0, Route::kYCbCr),
+        Colors("adobeRgb", {.adobe = uint8_t{0}}, 0, Route::kBands),
+        Colors("adobeRgbBesideJfif", {.jfif = true, .adobe = uint8_t{0}}, 0, Route::kBands),
+        Colors("adobeUnknownWithLetters", {.adobe = uint8_t{7}, .ids = "RGB"}, 0, Route::kBands),
+        Colors("letters", {.ids = "RGB"}, 0, Route::kBands), Colors("someLetters", {.ids = "RGC"}, 0, Route::kYCbCr),
+        Colors("bandsOfThree", {.jfif = true}, KS_LOAD_BANDS, Route::kBands, {2, 0, 1}, {2, 0, 1}),
+        Colors("bandsOfFour", {.components = 4}, KS_LOAD_BANDS, Route::kBands, {3, 1, 3}, {3, 1, 3}),
+        Colors("bandsBehindTheLast", {.components = 4}, KS_LOAD_BANDS, Route::kBands, {9, UINT32_MAX, 0}, {3, 3, 0}),
+        Colors("bandsOfTwo", {.components = 2}, KS_LOAD_BANDS, Route::kBands, {1, 0, 1}, {1, 0, 1}),
+        Colors("bandsOfOne", {.components = 1}, KS_LOAD_BANDS, Route::kGray, {2, 1, 0}, {0, 0, 0})),
     [](const auto &kind) { return kind.param.name; });
 
 // ---- other forms of the same stream ---------------------------------------------------------------------------------
@@ -194,6 +197,31 @@ TEST_F(JpegTest, FillBytesMayStandInFrontOfTheStream) {
 TEST_F(JpegTest, StreamsWithoutQuantisationAreDamaged) {
   KsLocalBitmap bitmap;
   EXPECT_EQ(LoadStream(WithoutSegments(Encode({.components = 1}), 0xDB, 1), bitmap), ERROR_FILE_FORMAT);
+}
+
+TEST_F(JpegTest, StreamsWithoutQuantisationHaveTheTablesOfTheirNitfSegment) {
+  // Level 3, in zigzag order.
+  const Bytes numbers = {8,  10, 10, 10, 10, 10, 10, 10, 10, 10, 11, 10, 11, 10, 11, 13, 11, 12, 12, 11, 13, 15,
+                         13, 13, 14, 13, 13, 15, 18, 16, 15, 16, 16, 15, 16, 18, 19, 18, 19, 21, 19, 18, 19, 22,
+                         23, 25, 25, 23, 22, 27, 30, 32, 30, 27, 36, 40, 40, 36, 50, 53, 50, 68, 68, 91};
+  Bytes whole = Encode({.components = 1, .nitf = {{3, 0}}});
+  const Place table = Find(whole, 0xDB);
+  std::copy(numbers.begin(), numbers.end(), whole.begin() + static_cast<std::ptrdiff_t>(table.position) + 5);
+  ExpectSamePicture(whole, WithoutSegments(whole, 0xDB, 1));
+  // Our own decoder, for five components.
+  Bytes many = EncodeJpeg({.width = 9,
+                           .height = 9,
+                           .sample = [](uint32_t component, uint32_t x, uint32_t) { return 90 + component + 9 * x; },
+                           .lossless = false,
+                           .components = 5});
+  const Place ones = Find(many, 0xDB);
+  std::copy(numbers.begin(), numbers.end(), many.begin() + static_cast<std::ptrdiff_t>(ones.position) + 5);
+  const Bytes nitf(whole.begin(), whole.begin() + 29);
+  const Bytes bare = WithoutSegments(many, 0xDB, 1);
+  ExpectSamePicture(many, Joined(nitf, {bare.begin() + 2, bare.end()}));
+  KsLocalBitmap bitmap;
+  EXPECT_EQ(LoadStream(WithoutSegments(Encode({.components = 1, .nitf = {{6, 0}}}), 0xDB, 1), bitmap),
+            ERROR_FILE_FORMAT);
 }
 
 TEST_F(JpegTest, APrefixTakesTheTilesOwnStartIntoItsSegment) {
