@@ -1,7 +1,10 @@
 // Composing compressed pictures, as a ratio to the codec's own library: decoding the same streams from memory, and
 // copying as many bytes as the canvas has.
+#include "jpeg2000_encoder.h"
+#include "jpeg_encoder.h"
 #include "measure.h"
 #include "nitf_builder.h"
+#include "t4_encoder.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,12 +15,11 @@
 #include <vector>
 
 #include <jpeglib.h>
-#include <openjpeg.h>
 #include <tiffio.h>
 
 namespace {
 
-/** A file, and its streams decoded by the library that the codec stands on. */
+/** A file, and its streams decoded by the library behind the codec. */
 struct Scene {
   const char *name;
   std::uint32_t side;
@@ -46,33 +48,10 @@ Bytes Joined(const std::vector<Bytes> &streams) {
 constexpr std::uint32_t kTile = 256;
 
 Bytes EncodeTile(std::uint32_t left, std::uint32_t top, int bands) {
-  jpeg_compress_struct jpeg{};
-  jpeg_error_mgr errors{};
-  jpeg.err = jpeg_std_error(&errors);
-  jpeg_create_compress(&jpeg);
-  unsigned char *memory = nullptr;
-  unsigned long size = 0;
-  jpeg_mem_dest(&jpeg, &memory, &size);
-  jpeg.image_width = jpeg.image_height = kTile;
-  jpeg.input_components = bands;
-  jpeg.in_color_space = bands == 1 ? JCS_GRAYSCALE : JCS_RGB;
-  jpeg_set_defaults(&jpeg);
-  jpeg_set_quality(&jpeg, 85, TRUE);
-  jpeg_start_compress(&jpeg, TRUE);
-  Bytes row(std::size_t{kTile} * static_cast<std::size_t>(bands));
-  for (std::uint32_t y = 0; y < kTile; ++y) {
-    for (std::uint32_t i = 0; i < row.size(); ++i) {
-      const auto step = static_cast<std::uint32_t>(bands);
-      row[i] = Terrain(i % step, left + i / step, top + y);
-    }
-    JSAMPROW rows[] = {row.data()};
-    jpeg_write_scanlines(&jpeg, rows, 1);
-  }
-  jpeg_finish_compress(&jpeg);
-  jpeg_destroy_compress(&jpeg);
-  Bytes stream(memory, memory + size);
-  std::free(memory);
-  return stream;
+  const JpegEncoding encoding = {
+      .components = bands, .sampling = {{2, 2}}, .jfif = true, .quality = 85, .width = kTile, .height = kTile};
+  return EncodeByLibrary(
+      encoding, [&](std::uint32_t band, std::uint32_t x, std::uint32_t y) { return Terrain(band, left + x, top + y); });
 }
 
 template <int kBands>
@@ -128,79 +107,19 @@ void DecodeJpeg(const Bytes &stream) {
 
 // ---- JPEG 2000 ------------------------------------------------------------------------------------------------------
 
-struct Memory {
-  Bytes bytes;
-  std::size_t at = 0;
-};
-
-OPJ_SIZE_T ReadMemory(void *buffer, OPJ_SIZE_T count, void *user) {
-  auto &memory = *static_cast<Memory *>(user);
-  const std::size_t moved = std::min<std::size_t>(count, memory.bytes.size() - memory.at);
-  std::copy_n(memory.bytes.begin() + static_cast<std::ptrdiff_t>(memory.at), moved,
-              static_cast<std::uint8_t *>(buffer));
-  memory.at += moved;
-  return moved == 0 ? static_cast<OPJ_SIZE_T>(-1) : moved;
-}
-
-OPJ_SIZE_T WriteMemory(void *buffer, OPJ_SIZE_T count, void *user) {
-  auto &memory = *static_cast<Memory *>(user);
-  memory.bytes.resize(std::max(memory.bytes.size(), memory.at + count));
-  std::copy_n(static_cast<std::uint8_t *>(buffer), count,
-              memory.bytes.begin() + static_cast<std::ptrdiff_t>(memory.at));
-  memory.at += count;
-  return count;
-}
-
-OPJ_OFF_T SkipMemory(OPJ_OFF_T count, void *user) {
-  static_cast<Memory *>(user)->at += static_cast<std::size_t>(count);
-  return count;
-}
-
-OPJ_BOOL SeekMemory(OPJ_OFF_T to, void *user) {
-  static_cast<Memory *>(user)->at = static_cast<std::size_t>(to);
-  return OPJ_TRUE;
-}
-
-opj_stream_t *OpenMemory(Memory *memory, bool reads) {
-  opj_stream_t *stream = opj_stream_create(kMebibyte, reads ? OPJ_TRUE : OPJ_FALSE);
-  opj_stream_set_read_function(stream, ReadMemory);
-  opj_stream_set_write_function(stream, WriteMemory);
-  opj_stream_set_skip_function(stream, SkipMemory);
-  opj_stream_set_seek_function(stream, SeekMemory);
-  opj_stream_set_user_data(stream, memory, nullptr);
-  opj_stream_set_user_data_length(stream, memory->bytes.size());
-  return stream;
-}
-
-std::vector<Bytes> EncodeJpeg2000(std::uint32_t side) {
-  opj_cparameters_t parameters;
-  opj_set_default_encoder_parameters(&parameters);
-  parameters.tcp_numlayers = 1;
-  parameters.tcp_rates[0] = 12;
-  parameters.cp_disto_alloc = 1;
-  parameters.tcp_mct = 1;
-  std::vector<opj_image_cmptparm_t> bands(3);
-  for (opj_image_cmptparm_t &band : bands) {
-    band = {};
-    band.dx = band.dy = 1;
-    band.w = band.h = side;
-    band.prec = 8;
-  }
-  opj_image_t *image = opj_image_create(3, bands.data(), OPJ_CLRSPC_SRGB);
-  image->x1 = image->y1 = side;
+std::vector<Bytes> EncodePicture(std::uint32_t side) {
+  const Jpeg2000Spec spec = {.components = std::vector<Jpeg2000Component>(3),
+                             .width = side,
+                             .height = side,
+                             .mixes = true,
+                             .space = OPJ_CLRSPC_SRGB,
+                             .rate = 12,
+                             .resolutions = 6};
+  Jpeg2000Samples samples(3);
   for (std::uint32_t band = 0; band < 3; ++band) {
-    for (std::uint32_t i = 0; i < side * side; ++i) image->comps[band].data[i] = Terrain(band, i % side, i / side);
+    for (std::uint32_t i = 0; i < side * side; ++i) samples[band].push_back(Terrain(band, i % side, i / side));
   }
-  Memory memory;
-  opj_codec_t *codec = opj_create_compress(OPJ_CODEC_J2K);
-  opj_stream_t *stream = OpenMemory(&memory, false);
-  const bool isDone = opj_setup_encoder(codec, &parameters, image) && opj_start_compress(codec, image, stream) &&
-                      opj_encode(codec, stream) && opj_end_compress(codec, stream);
-  if (!isDone) std::abort();
-  opj_stream_destroy(stream);
-  opj_destroy_codec(codec);
-  opj_image_destroy(image);
-  return {memory.bytes};
+  return {EncodeJpeg2000(spec, samples)};
 }
 
 ImageSpec Jpeg2000Image(const std::vector<Bytes> &streams, std::uint32_t side) {
@@ -211,12 +130,12 @@ ImageSpec Jpeg2000Image(const std::vector<Bytes> &streams, std::uint32_t side) {
 }
 
 void DecodeJpeg2000(const Bytes &bytes) {
-  Memory memory{bytes};
+  Jpeg2000Memory memory{bytes};
   opj_codec_t *codec = opj_create_decompress(OPJ_CODEC_J2K);
   opj_dparameters_t parameters;
   opj_set_default_decoder_parameters(&parameters);
   opj_setup_decoder(codec, &parameters);
-  opj_stream_t *stream = OpenMemory(&memory, true);
+  opj_stream_t *stream = OpenJpeg2000Memory(&memory, true);
   opj_image_t *image = nullptr;
   if (!opj_read_header(stream, codec, &image) || !opj_decode(codec, stream, image)) std::abort();
   opj_image_destroy(image);
@@ -232,31 +151,19 @@ const std::string &TiffPath() {
 }
 
 /** Words on a page: runs of some ten pixels, alike in a few rows one below the other. */
-std::vector<Bytes> EncodeT4(std::uint32_t side) {
-  TIFF *tiff = TIFFOpen(TiffPath().c_str(), "w");
-  TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, side);
-  TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, side);
-  TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 1);
-  TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_CCITTFAX3);
-  TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE);
-  TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, side);
+std::vector<Bytes> EncodePage(std::uint32_t side) {
   Bytes row(side / 8);
   std::uint32_t state = 1;
-  for (std::uint32_t y = 0; y < side; ++y) {
-    if (y % 4 == 0) {
+  const auto isBlack = [&](std::uint32_t y, std::uint32_t x) {
+    if (y % 4 == 0 && x == 0) {
       for (std::size_t at = 0; at < row.size();) {
-        const std::uint8_t ink = (NoiseByte(state) & 3) == 0 ? 0xFF : 0;
+        const std::uint8_t ink = (NoiseByte(state) & 3) == 0 ? 1 : 0;
         for (unsigned run = 1 + (NoiseByte(state) & 7); run > 0 && at < row.size(); --run) row[at++] = ink;
       }
     }
-    TIFFWriteScanline(tiff, row.data(), y, 0);
-  }
-  TIFFClose(tiff);
-  tiff = TIFFOpen(TiffPath().c_str(), "r");
-  Bytes stream(TIFFRawStripSize64(tiff, 0));
-  if (TIFFReadRawStrip(tiff, 0, stream.data(), static_cast<tmsize_t>(stream.size())) < 0) std::abort();
-  TIFFClose(tiff);
-  return {stream};
+    return row[x / 8] != 0;
+  };
+  return {EncodeT4({side, side, isBlack}, false, TiffPath())};
 }
 
 ImageSpec T4Image(const std::vector<Bytes> &streams, std::uint32_t side) {
@@ -284,8 +191,8 @@ const Scene kScenes[] = {
      DecodeJpeg},
     {"JPEG 4096 x 4096 YCbCr, tiles of 256, mask table", 4096, 24, 1.15, EncodeTiles<3>, TiledImage<3, true>,
      DecodeJpeg},
-    {"JPEG 2000 2048 x 2048 RGB, one thread", 2048, 24, 1.1, EncodeJpeg2000, Jpeg2000Image, DecodeJpeg2000},
-    {"T.4 8192 x 8192, one-dimensional", 8192, 8, 1.2, EncodeT4, T4Image, DecodeT4},
+    {"JPEG 2000 2048 x 2048 RGB, one thread", 2048, 24, 1.1, EncodePicture, Jpeg2000Image, DecodeJpeg2000},
+    {"T.4 8192 x 8192, one-dimensional", 8192, 8, 1.2, EncodePage, T4Image, DecodeT4},
 };
 
 /** One composition and one floor an iteration, turn by turn; the best of each counts. */

@@ -488,7 +488,10 @@ enum KsFormat {
 
 /** Bits of KsLoadOptions::loadFlags that codecs use. */
 enum KsLoadFlags {
-  /** Return three components as blue, green, red. JPEG does so without this flag, too. */
+  /**
+   * Take the three components of a JPEG stream that names no colours as red, green and blue. Without this flag they are
+   * Y, Cb and Cr.
+   */
   KS_LOAD_COLOR = 0x4000,
   /**
    * Return the components in KsLoadOptions::bands as red, green and blue, without colour conversion. A number beyond

@@ -1,64 +1,70 @@
-#include "kscodec/codec.h"
-#include "kscodec/jpeg2000.h"
-#include "kscodec/jpeg_save.h"
-#include "kscodec/t4.h"
+// The exports: which codec a stream belongs to, and what its bitmap must be.
+#include "kscodec/codecs.h"
 #include "kscore/bitmap.h"
 
 #include <limits>
+#include <new>
 
 namespace {
 
 using kscodec::Codec;
+using kscodec::kLibraries;
+using kscodec::OpenedStream;
 using kscodec::PictureInfo;
 using kscodec::Stream;
 
-/** Who answers for a stream that has no header of its own: what KsSetRedirect set in this thread. */
+/** Describes a stream that has no header of its own: the last call of KsSetRedirect in this thread. */
 struct Redirect {
   KsRedirectCallback callback;
   void *userData;
 };
 thread_local Redirect redirect = {nullptr, nullptr};
 
-/** The codecs of this build, for streams that tell by their first bytes what they are. */
-constexpr const Codec *kCodecs[] = {
-#ifdef KSNTFX_CODEC_JPEG
-    &kscodec::kJpegCodec,
-#endif
-#ifdef KSNTFX_CODEC_JPEG2000
-    &kscodec::kJpeg2000Codec,
-#endif
-    nullptr,  // stands in a build without codecs, too
-};
-
 const Codec *CodecOf(Stream stream) {
-  for (const Codec *codec : kCodecs) {
+  for (const Codec *codec : {&kscodec::kJpegCodec, kLibraries.jpeg2000}) {
     if (codec != nullptr && codec->recognises(stream)) return codec;
   }
   return nullptr;
 }
 
-/** Whether the picture may become a bitmap: SUCCESS, or ERROR_NO_MEMORY above the limit. Nothing is allocated. */
-int32_t CheckLimit(const PictureInfo &info) {
-  KsBitmap shape;
-  return KsBitmapCreate(&shape, sizeof shape, KS_BITMAP_CALLER, info.width, info.height, kscodec::DepthOfBitmap(info),
-                        KS_ORDER_BGR, nullptr, 1, nullptr, 0);
+/** Nothing may be thrown out of an export. */
+template <class Work>
+Status WithoutExceptions(const Work &work) {
+  try {
+    return work();
+  } catch (const std::bad_alloc &) {
+    return ERROR_NO_MEMORY;
+  }
 }
 
-/** A stream that says what it is: its codec makes the bitmap. */
-int32_t LoadWithHeader(Stream stream, const KsLoadOptions &options, KsBitmap *bitmap) {
+/** A stream with a header. */
+Status LoadWithHeader(Stream stream, const KsLoadOptions &options, KsBitmap *bitmap) {
   const Codec *codec = CodecOf(stream);
   if (codec == nullptr) return ERROR_NOT_SUPPORTED;
-  PictureInfo info;
-  int32_t status = codec->inform(stream, &info);
-  if (status == SUCCESS) status = CheckLimit(info);
-  return status == SUCCESS ? codec->load(stream, options, bitmap) : status;
+  std::unique_ptr<OpenedStream> opened;
+  Status status = codec->open(stream, &opened);
+  if (status != SUCCESS) return status;
+  const PictureInfo &info = opened->Info();
+  status = kscodec::CheckBitmapLimit(info.width, info.height, DepthOfBitmap(info));
+  return status == SUCCESS ? opened->Load(options, bitmap) : status;
 }
 
-/** A stream without a header: the redirect tells its form, and the pixels go into the bitmap that is there. */
-int32_t LoadRaw(Stream stream, KsBitmap *bitmap) {
+/** A stream without a header: the redirect describes it, and the pixels go into the existing bitmap. */
+Status LoadRaw(Stream stream, KsBitmap *bitmap) {
   KsRawFormatInfo info = {};
-  const int32_t status = redirect.callback(&info, redirect.userData);
-  return status == SUCCESS ? kscodec::LoadT4(stream, info, bitmap) : status;
+  const Status status = redirect.callback(&info, redirect.userData);
+  if (status != SUCCESS) return status;
+  return kLibraries.loadT4 != nullptr ? kLibraries.loadT4(stream, info, bitmap) : ERROR_NOT_SUPPORTED;
+}
+
+Status LoadInPlace(const Codec &codec, Stream stream, const KsLoadOptions &options, const KsBitmap &place) {
+  std::unique_ptr<OpenedStream> opened;
+  const Status status = codec.open(stream, &opened);
+  if (status != SUCCESS) return status;
+  const PictureInfo &info = opened->Info();
+  const bool fits =
+      info.width == place.width && info.height == place.height && DepthOfBitmap(info) == place.bitsPerPixel;
+  return fits ? opened->LoadInPlace(options, place) : ERROR_NOT_SUPPORTED;
 }
 
 /** Releases what the record holds; one that was never initialised holds nothing. */
@@ -70,11 +76,28 @@ void MakeEmpty(KsBitmap *bitmap) {
   }
 }
 
-/** Bytes of a picture with rows padded to four bytes, or the greatest number where it can't be told in 64 bits. */
+/** Bytes of a picture with rows padded to four bytes, or the greatest number where 64 bits can't hold them. */
 uint64_t PaddedBytes(uint64_t bitsPerPixel, uint32_t width, uint32_t height) {
   const uint64_t row = kscore::BytesPerLine(bitsPerPixel, width);
   constexpr uint64_t kMost = std::numeric_limits<uint64_t>::max();
   return row > kMost / height ? kMost : row * height;
+}
+
+Status ReadInfo(Stream stream, KsFileInfo *info) {
+  const Codec *codec = CodecOf(stream);
+  if (codec == nullptr) return ERROR_NOT_SUPPORTED;
+  std::unique_ptr<OpenedStream> opened;
+  const Status status = codec->open(stream, &opened);
+  if (status != SUCCESS) return status;
+  const PictureInfo &picture = opened->Info();
+  info->formatId = picture.format;
+  info->width = picture.width;
+  info->height = picture.height;
+  info->bitsPerPixel = picture.components * picture.bits;
+  info->imageBytes = PaddedBytes(info->bitsPerPixel, picture.width, picture.height);
+  info->pageCount = 1;
+  info->pageNumber = 1;
+  return SUCCESS;
 }
 
 /** Bits of a pixel that pictures are saved with. */
@@ -110,19 +133,7 @@ int32_t KsFileInfoMemory(const void *buffer, KsFileInfo *info, uint32_t infoByte
   const bool hasStream = buffer != nullptr && size != 0;
   if (!hasStream || info == nullptr || infoBytes != sizeof(KsFileInfo)) return ERROR_INVALID_VALUE;
   const Stream stream(static_cast<const uint8_t *>(buffer), size);
-  const Codec *codec = CodecOf(stream);
-  if (codec == nullptr) return ERROR_NOT_SUPPORTED;
-  PictureInfo picture;
-  const int32_t status = codec->inform(stream, &picture);
-  if (status != SUCCESS) return status;
-  info->formatId = picture.format;
-  info->width = picture.width;
-  info->height = picture.height;
-  info->bitsPerPixel = picture.components * picture.bits;
-  info->imageBytes = PaddedBytes(info->bitsPerPixel, picture.width, picture.height);
-  info->pageCount = 1;
-  info->pageNumber = 1;
-  return SUCCESS;
+  return WithoutExceptions([&] { return ReadInfo(stream, info); }).Code();
 }
 
 int32_t KsLoadMemory(const void *buffer, KsBitmap *bitmap, uint32_t bitmapSize, int32_t bits, int32_t order,
@@ -130,42 +141,39 @@ int32_t KsLoadMemory(const void *buffer, KsBitmap *bitmap, uint32_t bitmapSize, 
   const bool hasStream = buffer != nullptr && size != 0;
   if (!hasStream || bitmap == nullptr || bitmapSize != sizeof(KsBitmap)) return ERROR_INVALID_VALUE;
   const Stream stream(static_cast<const uint8_t *>(buffer), size);
-  if (redirect.callback != nullptr) return LoadRaw(stream, bitmap);
+  if (redirect.callback != nullptr) return WithoutExceptions([&] { return LoadRaw(stream, bitmap); }).Code();
   MakeEmpty(bitmap);
   if (bits != 0 || order != KS_ORDER_CODEC) return ERROR_NOT_SUPPORTED;
   const KsLoadOptions none = {};
-  return LoadWithHeader(stream, options != nullptr ? *options : none, bitmap);
-}
-
-int32_t KsSaveMemory(void **handle, const KsBitmap *bitmap, uint32_t format, uint32_t bits, uint32_t quality,
-                     uint64_t *size, const KsSaveOptions *) {
-  if (handle == nullptr || size == nullptr) return ERROR_INVALID_VALUE;
-  const int32_t status = kscore::CheckPixels(bitmap);
-  if (status != SUCCESS) return status;
-  if (!IsSaved(format)) return ERROR_NOT_SUPPORTED;
-  if (bits != kGrayBits && bits != kColorBits) return ERROR_BITS_PER_PIXEL;
-  if (quality < kscodec::jpeg::kBestQuality || quality > kscodec::jpeg::kSmallestQuality) return ERROR_QUALITY;
-#ifdef KSNTFX_CODEC_JPEG
-  return kscodec::jpeg::Save(*bitmap, {bits == kGrayBits, format == KS_FORMAT_JPEG_RGB, quality}, handle, size);
-#else
-  return ERROR_NOT_SUPPORTED;
-#endif
+  const KsLoadOptions &wanted = options != nullptr ? *options : none;
+  const Status status = WithoutExceptions([&] { return LoadWithHeader(stream, wanted, bitmap); });
+  if (status != SUCCESS) KsBitmapFree(bitmap);
+  return status.Code();
 }
 
 int32_t KsLoadMemoryInPlace(const void *buffer, const KsBitmap *place, uint32_t bitmapSize, uint64_t size,
                             const KsLoadOptions *options) {
   const bool hasStream = buffer != nullptr && size != 0;
   if (!hasStream || place == nullptr || bitmapSize != sizeof(KsBitmap)) return ERROR_INVALID_VALUE;
-  int32_t status = kscore::CheckPixels(place);
-  if (status != SUCCESS) return status;
+  const Status status = kscore::CheckPixels(place);
+  if (status != SUCCESS) return status.Code();
   const Stream stream(static_cast<const uint8_t *>(buffer), size);
   const Codec *codec = redirect.callback == nullptr ? CodecOf(stream) : nullptr;
-  if (codec == nullptr || codec->loadInPlace == nullptr) return ERROR_NOT_SUPPORTED;
-  PictureInfo info;
-  status = codec->inform(stream, &info);
-  if (status != SUCCESS) return status;
-  const bool fits =
-      info.width == place->width && info.height == place->height && kscodec::DepthOfBitmap(info) == place->bitsPerPixel;
+  if (codec == nullptr || !codec->loadsInPlace) return ERROR_NOT_SUPPORTED;
   const KsLoadOptions none = {};
-  return fits ? codec->loadInPlace(stream, options != nullptr ? *options : none, *place) : ERROR_NOT_SUPPORTED;
+  const KsLoadOptions &wanted = options != nullptr ? *options : none;
+  return WithoutExceptions([&] { return LoadInPlace(*codec, stream, wanted, *place); }).Code();
+}
+
+int32_t KsSaveMemory(void **handle, const KsBitmap *bitmap, uint32_t format, uint32_t bits, uint32_t quality,
+                     uint64_t *size, const KsSaveOptions *) {
+  if (handle == nullptr || size == nullptr) return ERROR_INVALID_VALUE;
+  const Status status = kscore::CheckPixels(bitmap);
+  if (status != SUCCESS) return status.Code();
+  if (!IsSaved(format)) return ERROR_NOT_SUPPORTED;
+  if (bits != kGrayBits && bits != kColorBits) return ERROR_BITS_PER_PIXEL;
+  if (quality < kscodec::kBestQuality || quality > kscodec::kSmallestQuality) return ERROR_QUALITY;
+  if (kLibraries.encodeJpeg == nullptr) return ERROR_NOT_SUPPORTED;
+  return kLibraries.encodeJpeg(*bitmap, {bits == kGrayBits, format == KS_FORMAT_JPEG_RGB, quality}, handle, size)
+      .Code();
 }

@@ -1,8 +1,6 @@
-#include "kscodec/t4.h"
-
-#if defined(KSNTFX_CODEC_T4)
-
+// Bi-level streams of ITU-T T.4, one- and two-dimensional (MIL-STD-188-196 in NITF), with libtiff.
 #include "internal/ksclasses_.h"
+#include "kscodec/codecs.h"
 #include "kscore/bitmap.h"
 
 #include <algorithm>
@@ -16,8 +14,7 @@ namespace kscodec {
 namespace {
 
 /**
- * The front of a TIFF file in memory whose one strip is the stream: what the decoder wants to be told stands in its
- * directory.
+ * The start of a TIFF file in memory, whose one strip is the stream. Its directory holds the decoder's parameters.
  */
 class Directory {
  public:
@@ -138,7 +135,7 @@ OpenTiff Open(MemoryFile *file) {
                                     nullptr, nullptr, options.get()));
 }
 
-/** Zeros in front of the first one, in the bit order of `fillOrder`, as far as the first bytes go. */
+/** Zeros before the first one, in the bit order of `fillOrder`, among the first four bytes. */
 unsigned LeadingZeros(Stream stream, std::uint16_t fillOrder) {
   constexpr std::size_t kBytesLookedAt = 4;
   unsigned zeros = 0;
@@ -152,8 +149,8 @@ unsigned LeadingZeros(Stream stream, std::uint16_t fillOrder) {
 }
 
 /**
- * The order of bits in a byte. The format asks for the top one first; a stream that begins with an end-of-line code
- * (eleven zeros and a one) only the other way round is read that way.
+ * The order of bits in a byte. The format puts the top one first; a stream that begins with an end-of-line code (eleven
+ * zeros and a one) only in the opposite order is read in that order.
  */
 std::uint16_t FillOrderOf(Stream stream) {
   constexpr unsigned kZerosOfEndOfLine = 11;
@@ -165,7 +162,7 @@ std::uint16_t FillOrderOf(Stream stream) {
 /**
  * Whether a stream is long enough for the picture that it claims: a picture of more than 64 MiB has no more than 16384
  * pixels for each byte. The longest code, of 12 bits, stands for 2560 pixels; one row in four at least is made of such
- * codes, and those between them may be told in some bits each.
+ * codes, and the rows between them may be coded in a few bits each.
  */
 bool IsPlausible(Stream stream, const KsBitmap &target) {
   constexpr std::uint64_t kPixelsOfNone = std::uint64_t{64} << 23;
@@ -187,7 +184,7 @@ void PutInverse(const std::uint8_t *decoded, std::uint32_t width, std::uint8_t *
   if (width % 8 != 0) row[bytes - 1] = static_cast<std::uint8_t>(row[bytes - 1] & (0xFF00U >> (width % 8)));
 }
 
-std::int32_t DecodeRows(TIFF *tiff, KsBitmap *target) {
+Status DecodeRows(TIFF *tiff, KsBitmap *target) {
   const auto bytes = static_cast<std::size_t>(TIFFScanlineSize(tiff));
   KsArray<std::uint8_t> decoded;
   if (bytes < (target->width + std::size_t{7}) / 8) return ERROR_FILE_FORMAT;
@@ -205,10 +202,10 @@ std::int32_t DecodeRows(TIFF *tiff, KsBitmap *target) {
 
 }  // namespace
 
-std::int32_t LoadT4(Stream stream, const KsRawFormatInfo &info, KsBitmap *target) {
+Status LoadT4(Stream stream, const KsRawFormatInfo &info, KsBitmap *target) {
   const bool known = info.format == KS_FORMAT_T4_1D || info.format == KS_FORMAT_T4_2D;
   if (!known || target->bitsPerPixel != 1) return ERROR_NOT_SUPPORTED;
-  const std::int32_t status = KsBitmapAccess(target, 0);
+  const Status status = KsBitmapAccess(target, 0);
   if (status != SUCCESS) return status;
   KsBitmapRelease(target, 1, 1);
   if (info.width != target->width || info.height != target->height) return ERROR_INVALID_VALUE;
@@ -217,19 +214,7 @@ std::int32_t LoadT4(Stream stream, const KsRawFormatInfo &info, KsBitmap *target
   const Directory directory(info, stream, FillOrderOf(stream));
   MemoryFile file{directory, stream};
   const OpenTiff tiff = Open(&file);
-  return tiff ? DecodeRows(tiff.get(), target) : static_cast<std::int32_t>(ERROR_FILE_FORMAT);
+  return tiff ? DecodeRows(tiff.get(), target) : ERROR_FILE_FORMAT;
 }
 
 }  // namespace kscodec
-
-#else
-
-namespace kscodec {
-
-std::int32_t LoadT4(Stream, const KsRawFormatInfo &, KsBitmap *) {
-  return ERROR_NOT_SUPPORTED;
-}
-
-}  // namespace kscodec
-
-#endif

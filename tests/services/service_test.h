@@ -40,41 +40,6 @@ inline int32_t Create(KsLocalBitmap &bitmap, uint32_t width, uint32_t height, ui
                         nullptr, 0);
 }
 
-/** Decodes a stream that says what it is, in the codec's own form. */
-inline int32_t LoadStream(const Bytes &stream, KsLocalBitmap &bitmap, const KsLoadOptions *options = nullptr) {
-  return KsLoadMemory(stream.data(), bitmap.Get(), sizeof(KsBitmap), 0, KS_ORDER_CODEC, stream.size(), options,
-                      nullptr);
-}
-
-/** Decodes a stream that may be damaged: there is a status, or all of a picture. */
-inline int32_t LoadDamaged(const Bytes &stream) {
-  KsLocalBitmap bitmap;
-  const int32_t status = LoadStream(stream, bitmap);
-  EXPECT_TRUE(status == SUCCESS || status == ERROR_FILE_FORMAT || status == ERROR_NOT_SUPPORTED ||
-              status == ERROR_NO_MEMORY)
-      << status;
-  EXPECT_EQ(bitmap->pixels != nullptr, status == SUCCESS);
-  EXPECT_EQ(bitmap->width != 0, status == SUCCESS);
-  KsFileInfo info = {};
-  const int32_t told = KsFileInfoMemory(stream.data(), &info, sizeof info, stream.size(), 0, 0);
-  EXPECT_TRUE(status != SUCCESS || told == SUCCESS) << told;
-  return status;
-}
-
-/** Decodes a stream with each of its bytes changed in some ways. A changed size may ask for gigabytes. */
-inline void LoadWithChangedBytes(const Bytes &stream) {
-  KsSetBitmapLimit(uint64_t{1} << 20);
-  for (size_t i = 0; i < stream.size() && !testing::Test::HasFailure(); ++i) {
-    SCOPED_TRACE(i);
-    for (const int change : {0x01, 0x10, 0x80, 0xFF}) {
-      Bytes damaged = stream;
-      damaged[i] = static_cast<uint8_t>(damaged[i] ^ change);
-      LoadDamaged(damaged);
-    }
-  }
-  KsSetBitmapLimit(0);
-}
-
 inline Bytes RandomBytes(uint64_t count, uint32_t seed) {
   std::mt19937 random(seed);
   Bytes bytes(count);
