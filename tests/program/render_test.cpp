@@ -114,7 +114,7 @@ TEST_F(Render, TheSamePixelsAtEachCompression) {
 
   std::map<std::string, std::size_t> sizes;
   for (const std::string level : {"0", "1", "6", "9"}) {
-    ASSERT_EQ(Run({"render", "a.ntf", "-o", "out.png", "--compress", level}).exitCode, 0);
+    ASSERT_EQ(Run({"render", "a.ntf", "-o", "out.png", "--force", "--compress", level}).exitCode, 0);
     const std::string file = ReadText("out.png");
     EXPECT_EQ(Pixels(DecodePng(file)), samples) << level;
     sizes[level] = file.size();
@@ -145,11 +145,13 @@ TEST_F(Render, LoadOptionsReachTheComposition) {
   EXPECT_EQ(fixed.Sample(2047, 2047), 'd');
 }
 
-TEST_F(Render, ReplacesAnOlderPictureAndKeepsLinks) {
+TEST_F(Render, ReplacesAnOlderPictureAndKeepsLinksAndPermissions) {
   Scene(ColorBands(), "abc").Write(PathOf("a.ntf"));
   WriteText("out.ppm", "older");
   std::filesystem::create_symlink("out.ppm", PathOf("link.ppm"));
-  ASSERT_EQ(Run({"render", "a.ntf", "-o", "link.ppm"}).exitCode, 0);
+  std::filesystem::permissions(PathOf("out.ppm"), std::filesystem::perms(0640));
+  ASSERT_EQ(Run({"render", "a.ntf", "-o", "link.ppm", "--force"}).exitCode, 0);
+  EXPECT_EQ(std::filesystem::status(PathOf("out.ppm")).permissions(), std::filesystem::perms(0640));
   EXPECT_TRUE(std::filesystem::is_symlink(PathOf("link.ppm")));
   EXPECT_EQ(ReadText("out.ppm"), "P6\n7 4\n255\n" + SceneCanvas(3, "abc"));
   EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"a.ntf", "link.ppm", "out.ppm"}));
@@ -197,7 +199,7 @@ TEST_P(ImageOfItsOwnDepth, CroppedAndPadded) {
 
   ASSERT_EQ(Run({"render", "a.ntf", "--image", "1", "-o", "out.png"}).exitCode, 0);
   ExpectPicture(ReadText("out.png"), image.columns, image.rows);
-  ASSERT_EQ(Run({"render", "a.ntf", "--image", "1", "--padded", "-o", "out.png"}).exitCode, 0);
+  ASSERT_EQ(Run({"render", "a.ntf", "--image", "1", "--padded", "-o", "out.png", "--force"}).exitCode, 0);
   ExpectPicture(ReadText("out.png"), image.BlocksPerRow() * image.BlockWidth(),
                 image.BlocksPerColumn() * image.BlockHeight());
 }

@@ -28,7 +28,7 @@ TEST_F(Segments, TextIsPrintedAsItsBytes) {
   EXPECT_EQ(Run({"text", "a.ntf"}).output,
             "== text 0: A note (STA, 10 bytes)\nsome words\n== text 1: Test text (STA, 9 bytes)\ncaf\xe9\x1b[2J\n");
   const ProgramRun missing = Run({"text", "a.ntf", "2"});
-  EXPECT_EQ(missing.exitCode, 1);
+  EXPECT_EQ(missing.exitCode, 2);
   EXPECT_EQ(missing.errors, "ntf: a.ntf: there is no text 2: the file has 2 texts (status 87)\n");
 }
 
@@ -58,11 +58,17 @@ TEST_F(Segments, ExtractWritesWhatWasChosenUnderANameOfItsData) {
   ImageSpec jp2 = jpeg;
   jp2.compression = "C8";
   jp2.data = {0xFF, 0x4F, 0xFF, 0x51};
-  NitfBuilder().Image(jpeg).Image(masked).Image(jp2).Write(PathOf("b.ntf"));
-  ASSERT_EQ(Run({"extract", "b.ntf", "-o", "out", "--image", "0", "--image", "1", "--image", "2"}).exitCode, 0);
-  for (const char *name : {"out/image-000.jpg", "out/image-001.raw", "out/image-002.jp2"}) {
-    EXPECT_TRUE(std::filesystem::exists(PathOf(name))) << name;
+  ImageSpec tiled = jpeg;
+  tiled.blockWidth = 2;
+  NitfBuilder().Image(jpeg).Image(masked).Image(jp2).Image(tiled).Write(PathOf("b.ntf"));
+  ASSERT_EQ(Run({"extract", "b.ntf", "-o", "out", "--image", "0", "--image", "1", "--image", "3"}).exitCode, 0);
+  // What is extracted later joins the manifest.
+  ASSERT_EQ(Run({"extract", "b.ntf", "-o", "out", "--force", "--image", "2"}).exitCode, 0);
+  for (const char *name : {"image-000.jpg", "image-001.raw", "image-002.j2k", "image-003.jpg-blocks"}) {
+    EXPECT_TRUE(std::filesystem::exists(PathOf(std::string("out/") + name))) << name;
+    EXPECT_NE(ReadText("out/manifest.json").find(name), std::string::npos) << name;
   }
+  EXPECT_NE(ReadText("out/manifest.json").find("blocks of 2 x 2 pixels, 2 across and 1 down"), std::string::npos);
 }
 
 TEST_F(Segments, ExtractOverwritesNothingAndFollowsNoLink) {
@@ -87,7 +93,7 @@ TEST_F(Segments, CopyIsTheSameFile) {
   WriteText("c.ntf", "older");
   const ProgramRun taken = Run({"copy", "a.ntf", "c.ntf"});
   EXPECT_EQ(taken.exitCode, 1);
-  EXPECT_EQ(taken.errors, "ntf: c.ntf: is there already (--force overwrites it) (status -5)\n");
+  EXPECT_EQ(taken.errors, "ntf: c.ntf: already exists (use --force to overwrite) (status -5)\n");
   EXPECT_EQ(ReadText("c.ntf"), "older");
   for (const char *target : {"c.ntf", "a.ntf"}) {
     EXPECT_EQ(Run({"copy", "a.ntf", target, "--force"}).exitCode, 0);
@@ -100,7 +106,7 @@ TEST_F(Segments, CopyThatFailsLeavesNothing) {
   std::filesystem::resize_file(PathOf("a.ntf"), FullFile().Build().size() - 1);
   const ProgramRun run = Run({"copy", "a.ntf", "b.ntf"});
   EXPECT_EQ(run.exitCode, 1);
-  EXPECT_EQ(run.errors, "ntf: a.ntf: ends too early, or can't be read (status -7)\n");
+  EXPECT_EQ(run.errors, "ntf: a.ntf: is truncated, or can't be read (status -7)\n");
   EXPECT_EQ(FilesInFolder(), std::vector<std::string>{"a.ntf"});
 }
 
@@ -120,7 +126,10 @@ TEST_P(FaultyFile, IsToldInOneLine) {
   const ProgramRun run = Run({"check", "a.ntf"});
   EXPECT_EQ(run.exitCode, 1);
   EXPECT_EQ(run.output, "a.ntf: " + GetParam().finding + "\n");
-  const Json findings = Json::parse(Run({"check", "--json", "a.ntf"}).output)["findings"];
+  const Json result = Json::parse(Run({"check", "--json", "a.ntf"}).output);
+  EXPECT_EQ(result["ok"], false);
+  EXPECT_FALSE(result.contains("status")) << "the file was read";
+  const Json &findings = result["findings"];
   ASSERT_EQ(findings.size(), 1U);
   EXPECT_NE(GetParam().finding.find(findings[0]["field"].get<std::string>() + " at byte "), std::string::npos);
 }
@@ -146,26 +155,45 @@ NitfBuilder OneImage(const FieldTexts &fields) {
 INSTANTIATE_TEST_SUITE_P(
     Check, FaultyFile,
     testing::Values(Faulty{"FileLength", NitfBuilder().Field("FL", "000000000399"),
-                           "FL at byte 342: is 399, the file has 388 bytes"},
+                           "FL at byte 342: is 399, but the file has 388 bytes"},
                     Faulty{"Date", NitfBuilder().Field("FDT", "20261340000000"),
-                           "FDT at byte 25: is no date: '20261340000000'"},
+                           "FDT at byte 25: is not a date: '20261340000000'"},
                     Faulty{"Characters", NitfBuilder().Field("FTITLE", "a\x07"),
-                           "FTITLE at byte 39: has characters outside the format's set"},
-                    Faulty{"Digits", NitfBuilder().Field("FSCOP", "x"), "FSCOP at byte 286: is no number: 'x    '"},
+                           "FTITLE at byte 39: has characters that the format doesn't allow"},
+                    Faulty{"Digits", NitfBuilder().Field("FSCOP", "x"), "FSCOP at byte 286: is not a number: 'x    '"},
                     Faulty{"Blocks", NitfBuilder().Image(TwoBlocks()),
-                           "image 0 NBPR at byte 795: 2 blocks of 3 pixels, 3 pixels need 1"},
+                           "image 0 NBPR at byte 795: 2 blocks of 3 pixels, but 3 pixels need 1"},
                     Faulty{"DataLength", OneImage({{"NBPP", "04"}, {"ABPP", "04"}}),
-                           "image 0 IC at byte 777: uncompressed data of 3 bytes, LI is 6"},
+                           "image 0 IC at byte 777: the uncompressed data needs 3 bytes, but LI is 6"},
                     Faulty{"ActualBits", OneImage({{"ABPP", "09"}}), "image 0 ABPP at byte 772: 9 bits of 8"},
                     Faulty{"MaskRecords", NitfBuilder().Image(Masked({{0, 0}, {}, {}})),
-                           "image 0 IMDATOFF at byte 843: is 18, the mask table has 14 bytes"},
+                           "image 0 IMDATOFF at byte 843: is 18, but the mask table has 14 bytes"},
                     Faulty{"MaskEntry", NitfBuilder().Image(Masked({{6}, {}, {}})),
-                           "image 0 BMR at byte 853: block 0 lies behind the data, at 6 of 6"},
+                           "image 0 BMR at byte 853: block 0 is beyond the data, at 6 of 6"},
                     Faulty{"LevelTwice", NitfBuilder().Image(SmallImage()).Graphic({1, 0, 0, 0, 'C', {}, {}}),
                            "graphic 0 SDLVL at byte 1073: display level 1 is used twice"},
+                    Faulty{"LevelZero", NitfBuilder().Graphic({0, 0, 0, 0, 'C', {}, {}}),
+                           "graphic 0 SDLVL at byte 612: is 0, but display levels start at 1"},
+                    Faulty{"OwnLevel", NitfBuilder().Graphic({3, 3, 0, 0, 'C', {}, {}}),
+                           "graphic 0 SALVL at byte 615: is attached to its own level 3"},
                     Faulty{"Attachment", NitfBuilder().Graphic({3, 2, 0, 0, 'C', {}, {}}),
-                           "graphic 0 SALVL at byte 615: attached to level 2, which nothing has"}),
+                           "graphic 0 SALVL at byte 615: is attached to level 2, which no segment has"}),
     [](const auto &tested) { return tested.param.name; });
+
+TEST_F(Segments, CheckNamesTheFieldOfARefusedFile) {
+  const std::pair<NitfBuilder, std::string> files[] = {
+      {NitfBuilder().Field("FSCLAS", "X").Image(SmallImage()), "FSCLAS at byte 119: is 'X', not one of T, S, C, R, U"},
+      {OneImage({{"ISCLAS", "X"}}), "image 0 ISCLAS at byte 527: is 'X', not one of T, S, C, R, U"}};
+  for (const auto &[file, finding] : files) {
+    file.Write(PathOf("a.ntf"));
+    const ProgramRun run = Run({"check", "a.ntf"});
+    EXPECT_EQ(run.output, "a.ntf: " + finding + "\n");
+    EXPECT_EQ(run.errors, "ntf: a.ntf: is not a NITF file, or is malformed (status -9)\n");
+    const Json result = Json::parse(Run({"check", "--json", "a.ntf"}).output);
+    EXPECT_EQ(result["ok"], false);
+    EXPECT_EQ(result["status"], -9);
+  }
+}
 
 TEST_F(Segments, CheckFindsNothingInASoundFile) {
   const ProgramRun run = Run({"check", "a.ntf"});

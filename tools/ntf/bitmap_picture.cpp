@@ -18,7 +18,7 @@ bool IsGrayRamp(const std::vector<KsPaletteEntry> &palette) {
   return true;
 }
 
-/** All colours that an index of the bitmap may stand for; those beyond its palette are black. */
+/** The colours of all possible indices of the bitmap; those beyond its palette are black. */
 std::vector<KsPaletteEntry> FullPalette(const KsBitmap &bitmap) {
   std::vector<KsPaletteEntry> palette(std::size_t{1} << bitmap.bitsPerPixel);
   const auto entries = static_cast<std::uint32_t>(palette.size());

@@ -12,20 +12,20 @@ namespace {
 
 struct Checked {
   std::vector<Finding> findings;
-  Outcome problem; /* where the file could not be read */
+  Outcome problem; /* if the file can't be read */
 };
 
 Checked CheckFile(const std::string &name) {
   LoadedFile file;
   Checked checked;
   checked.problem = LoadHeaders(name, file);
-  checked.findings = checked.problem ? FindWrongMarkers(file.View()) : FindFaults(file.View());
+  checked.findings = checked.problem ? FindLoadFaults(file.View()) : FindFaults(file.View());
   return checked;
 }
 
 void PrintFindings(const std::string &name, const std::vector<Finding> &findings) {
   for (const Finding &finding : findings) {
-    std::printf("%s: %s at byte %llu: %s\n", name.c_str(), finding.field.c_str(),
+    std::printf("%s: %s at byte %llu: %s\n", WithoutControls(name).c_str(), finding.field.c_str(),
                 static_cast<unsigned long long>(finding.offset), WithoutControls(finding.words).c_str());
   }
 }
@@ -36,7 +36,8 @@ Json DescribeFindings(const std::string &name, const Checked &checked) {
     findings.push_back(
         {{"field", finding.field}, {"offset", finding.offset}, {"finding", Latin1ToUtf8(finding.words)}});
   }
-  Json file = {{"name", name}, {"status", checked.problem ? checked.problem->status : std::int32_t{SUCCESS}}};
+  Json file = {{"name", name}, {"ok", !checked.problem && checked.findings.empty()}};
+  if (checked.problem) file["status"] = checked.problem->status;
   file["findings"] = std::move(findings);
   return file;
 }

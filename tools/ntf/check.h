@@ -1,4 +1,4 @@
-// ntf check: what does not agree in a file.
+// ntf check: inconsistencies in files.
 #pragma once
 
 #include <string>
@@ -11,7 +11,7 @@ struct CheckOptions {
   bool json = false;
 };
 
-/** Prints what is found in each file, a line a finding. True where nothing is. */
+/** Reports the inconsistencies of each file, one per line. Returns true if there are none. */
 bool Check(const CheckOptions &options);
 
 }  // namespace ntf

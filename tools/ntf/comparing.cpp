@@ -13,12 +13,12 @@ namespace {
 constexpr SegmentKind kKinds[] = {SegmentKind::Image, SegmentKind::Graphic, SegmentKind::Text,
                                   SegmentKind::DataExtension};
 
-/** Vector-quantised data end with their last row of codes, whatever stands behind it in the original. */
+/** Vector-quantised data is saved up to its last row of codes; bytes after it are left out. */
 bool MayEndEarlier(const FileView &file, SegmentKind kind, std::uint32_t index) {
   return kind == SegmentKind::Image && file.Image(index).vectorQuantised;
 }
 
-/** Compares `bytes` bytes of two files, each from an offset of its own. */
+/** Compares `bytes` bytes of two files, each from its own offset. */
 bool SameBytes(const FileView &original, std::uint64_t offset, const FileView &saved, std::uint64_t savedOffset,
                std::uint32_t bytes) {
   constexpr std::uint32_t kPiece = 1U << 20;
@@ -42,7 +42,7 @@ bool SameBody(const FileView &original, const FileView &saved, SegmentKind kind,
   return fits && SameBytes(original, before.data, saved, after.data, after.dataLength);
 }
 
-/** All segments are there, and those that were in the file have the same data. */
+/** Fails unless all segments exist, and those of the source have the same data. */
 Outcome CompareSegments(const std::string &name, const FileView &original, const FileView &saved) {
   for (const SegmentKind kind : kKinds) {
     const std::string word = KindWord(kind);
@@ -64,7 +64,7 @@ Outcome SaveCompared(const LocalHandle &handle, const std::string &name) {
   return SaveChecked(handle, name, [&](const std::string &savedName) -> Outcome {
     LoadedFile saved;
     if (Outcome unreadable = LoadHeaders(savedName, saved)) {
-      return Problem{name, "what was written can't be read: " + unreadable->words, unreadable->status};
+      return Problem{name, "the saved file can't be read: " + unreadable->words, unreadable->status};
     }
     return CompareSegments(name, handle.View(), saved.View());
   });

@@ -1,4 +1,4 @@
-// What was saved, held against what it came from.
+// Comparing a saved file with its source.
 #pragma once
 
 #include "problem.h"
@@ -9,8 +9,8 @@
 namespace ntf {
 
 /**
- * Saves the file of a handle as `name`, where it appears if it opens, has all segments, and those that the handle was
- * opened with have the same data.
+ * Saves the file of a handle as `name`. The output appears only if it can be opened, has all segments, and the same
+ * data in those that the opened file has.
  */
 Outcome SaveCompared(const LocalHandle &handle, const std::string &name);
 

@@ -8,10 +8,11 @@
 namespace ntf {
 namespace {
 
-void TellNotCarried(const std::string &name, const FileView &file) {
+void WarnOfSegmentsLeftOut(const std::string &name, const FileView &file) {
   const std::uint32_t count = file.Numbers().reservedExtensions;
   if (count == 0) return;
-  std::fprintf(stderr, "ntf: %s: its %u reserved extension segments are not carried, though the header counts them\n",
+  std::fprintf(stderr,
+               "ntf: %s: warning: its %u reserved extension segments are not copied, although the header counts them\n",
                name.c_str(), count);
 }
 
@@ -22,7 +23,7 @@ Outcome Copy(const CopyOptions &options) {
   if (Outcome failed = handle.Open(options.input)) return failed;
   if (Outcome taken = CheckOutput(options.output, options.force)) return taken;
   Outcome failed = SaveCompared(handle, options.output);
-  if (!failed) TellNotCarried(options.input, handle.View());
+  if (!failed) WarnOfSegmentsLeftOut(options.input, handle.View());
   return failed;
 }
 

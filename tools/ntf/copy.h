@@ -1,4 +1,4 @@
-// ntf copy: a file through the library's writer.
+// ntf copy: saving a file under another name.
 #pragma once
 
 #include "problem.h"
@@ -13,7 +13,7 @@ struct CopyOptions {
   bool force = false; /* overwrites a file */
 };
 
-/** Opens and saves a file, and holds what was saved against the original before it takes its place. */
+/** Opens and saves a file, and compares the result with the original before it appears. */
 Outcome Copy(const CopyOptions &options);
 
 }  // namespace ntf

@@ -1,4 +1,4 @@
-// ntf create and ntf append: a file built from pictures, drawings and texts.
+// ntf create and ntf append: files from pictures, drawings and texts.
 #pragma once
 
 #include "kskernel.h"
@@ -18,11 +18,11 @@ enum class ItemKind : std::uint8_t { Image, Graphic, Text };
 struct Item {
   ItemKind kind;
   std::string file;
-  std::uint32_t quality = 10; /* of an image: 2, the best, to 255, the smallest */
+  std::uint32_t quality = 10; /* of an image: 2 (best) to 255 (smallest) */
   std::optional<std::string> location{};
   std::optional<std::string> level{};
   std::optional<std::string> attachment{};
-  std::optional<KsRect> box{}; /* of a drawing; that of its objects where not given */
+  std::optional<KsRect> box{}; /* of a drawing; by default the bounds of its objects */
 };
 
 struct CreateOptions {

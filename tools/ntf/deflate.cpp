@@ -16,7 +16,7 @@ namespace {
 /** Room in the output for one call of a compressor. */
 constexpr std::size_t kRoom = 256 * 1024;
 
-/** Puts what `fill` gives behind the part; it is told where and how much room there is, and tells what it left. */
+/** Appends the output of `fill` to the part; it receives a place and its size, and returns the size that is left. */
 template <class Fill>
 void Append(DeflatedPart &part, const Fill &fill) {
   if (part.room.size() - part.size < kRoom) part.room.resize(part.size + kRoom);
@@ -25,10 +25,10 @@ void Append(DeflatedPart &part, const Fill &fill) {
 
 #ifdef NTF_WITH_ISAL
 
-/** How far back repetitions are searched, as a power of 2; runs of a byte or of a pixel are near. */
+/** The window for repetitions, as a power of 2; runs of a byte or a pixel need only a small one. */
 enum Search : std::uint16_t { kFar = 15, kNear = 2 };
 
-/** Some times faster than the fastest level of zlib, for files of the same size. */
+/** Several times as fast as the fastest level of zlib, for files of the same size. */
 void DeflateFast(std::span<const std::uint8_t> bytes, Search search, bool isLast, DeflatedPart &part) {
   const auto stream = std::make_unique<isal_zstream>();
   std::vector<std::uint8_t> working(ISAL_DEF_LVL1_DEFAULT);

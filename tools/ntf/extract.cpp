@@ -3,12 +3,14 @@
 #include "info_json.h"
 #include "load_headers.h"
 #include "output_file.h"
+#include "saving.h"
 #include "segment_choice.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <string_view>
 #include <system_error>
 
@@ -19,7 +21,7 @@ namespace fs = std::filesystem;
 
 constexpr const char *kManifestName = "manifest.json";
 
-/** How the bodies of a kind are named, and where the choice of segments stands. */
+/** A kind of segments: its file names, and the segments that were chosen. */
 struct ExtractedKind {
   SegmentKind kind;
   const char *prefix;
@@ -34,7 +36,7 @@ constexpr ExtractedKind kKinds[] = {
     {SegmentKind::DataExtension, "des", "dataExtensions", &ExtractOptions::dataExtensions},
 };
 
-/** One segment that is to be written. */
+/** One segment to write. */
 struct Body {
   const ExtractedKind *kind;
   std::uint32_t index;
@@ -43,7 +45,7 @@ struct Body {
   std::uint32_t bytes;
 };
 
-/** What other programs know an image's data by. Data behind a mask table, or of no codec, are nothing else's. */
+/** The suffix by which other programs recognise an image's data; ".raw" if there is a mask table, or no codec. */
 std::string ImageSuffix(const FileView &file, const Body &body) {
   constexpr std::string_view kJp2Box("\0\0\0\x0CjP  ", 8);
   constexpr std::string_view kCodeStream("\xFF\x4F\xFF\x51", 4);
@@ -51,8 +53,11 @@ std::string ImageSuffix(const FileView &file, const Body &body) {
   std::array<char, 8> start = {};
   const std::uint64_t held = file.ReadAt(body.offset, start.data(), std::min<std::uint64_t>(start.size(), body.bytes));
   const std::string_view front(start.data(), held);
-  if (front.starts_with(kJpeg)) return ".jpg";
-  return front.starts_with(kJp2Box) || front.starts_with(kCodeStream) ? ".jp2" : ".raw";
+  const ImageNumbers image = file.Image(body.index);
+  // A stream for each block is nothing that other programs read as one picture.
+  if (front.starts_with(kJpeg)) return image.blocksPerRow * image.blocksPerColumn > 1 ? ".jpg-blocks" : ".jpg";
+  if (front.starts_with(kJp2Box)) return ".jp2";
+  return front.starts_with(kCodeStream) ? ".j2k" : ".raw";
 }
 
 std::string SuffixOf(const FileView &file, const Body &body) {
@@ -102,7 +107,7 @@ Outcome CopyBody(const std::string &source, const FileView &file, const Body &bo
     if (file.ReadAt(body.offset + done, piece.data(), bytes) != bytes) {
       return Problem{
           source,
-          std::string("the data of ") + KindWord(body.kind->kind) + " " + std::to_string(body.index) + " are cut off",
+          std::string("the data of ") + KindWord(body.kind->kind) + " " + std::to_string(body.index) + " is truncated",
           ERROR_FILE_READ};
     }
     if (!output.Write(piece.data(), bytes)) return output.Failure();
@@ -111,7 +116,7 @@ Outcome CopyBody(const std::string &source, const FileView &file, const Body &bo
   return {};
 }
 
-/** The files of a folder, each under a plain name of ours. */
+/** The output folder. All names in it are ours. */
 class Folder {
  public:
   explicit Folder(const ExtractOptions &options) : path(options.folder), force(options.force) {}
@@ -122,26 +127,56 @@ class Folder {
     return error ? Outcome(SystemProblem(path.string(), error.value(), ERROR_FILE_WRITE)) : Outcome();
   }
 
-  /** A link of that name might lead out of the folder, so it is never followed. */
+  /** Refuses an existing file unless forced. A link may lead out of the folder, so it is never followed. */
   Outcome CheckFree(const std::string &name) const {
     std::error_code ignored;
     const fs::file_status status = fs::symlink_status(path / name, ignored);
     if (!fs::exists(status)) return {};
-    if (!force) return Problem{NameOf(name), "is there already (--force overwrites it)", ERROR_FILE_WRITE};
+    if (!force) return Problem{NameOf(name), "already exists (use --force to overwrite)", ERROR_FILE_WRITE};
     if (!fs::is_regular_file(status)) return Problem{NameOf(name), "is not a regular file", ERROR_FILE_WRITE};
     return {};
   }
 
   std::string NameOf(const std::string &name) const { return (path / name).string(); }
+  bool Has(const std::string &name) const {
+    std::error_code ignored;
+    return fs::exists(fs::symlink_status(path / name, ignored));
+  }
 
  private:
   fs::path path;
   bool force;
 };
 
-Json ManifestOf(const ExtractOptions &options, const FileView &file, const std::vector<Body> &bodies) {
+/** The content of files whose suffix doesn't say all. */
+Json ContentOf(const FileView &file, const Body &body) {
+  if (!body.name.ends_with(".jpg-blocks")) return nullptr;
+  const ImageNumbers image = file.Image(body.index);
+  return "JPEG streams, one after the other, for blocks of " + std::to_string(image.blockWidth) + " x " +
+         std::to_string(image.blockHeight) + " pixels, " + std::to_string(image.blocksPerRow) + " across and " +
+         std::to_string(image.blocksPerColumn) + " down";
+}
+
+/** Entries of the folder's manifest, if it is of the same source, whose files exist and are not replaced. */
+Json KeptSegments(const ExtractOptions &options, const Folder &folder, const std::vector<Body> &bodies) {
+  Json kept = Json::array();
+  std::ifstream stream(folder.NameOf(kManifestName));
+  const Json manifest = Json::parse(stream, nullptr, false);
+  if (!manifest.is_object() || manifest.value("source", Json()) != options.file) return kept;
+  for (const Json &segment : manifest.value("segments", Json::array())) {
+    const Json name = segment.is_object() ? segment.value("file", Json()) : Json();
+    if (!name.is_string() || !folder.Has(name)) continue;
+    const bool isReplaced =
+        std::any_of(bodies.begin(), bodies.end(), [&](const Body &body) { return body.name == name; });
+    if (!isReplaced) kept.push_back(segment);
+  }
+  return kept;
+}
+
+Json ManifestOf(const ExtractOptions &options, const Folder &folder, const FileView &file,
+                const std::vector<Body> &bodies) {
   const Json headers = DescribeHeaders(file);
-  Json segments = Json::array();
+  Json segments = KeptSegments(options, folder, bodies);
   for (const Body &body : bodies) {
     segments.push_back({{"kind", KindWord(body.kind->kind)},
                         {"index", body.index},
@@ -149,11 +184,12 @@ Json ManifestOf(const ExtractOptions &options, const FileView &file, const std::
                         {"offset", body.offset},
                         {"bytes", body.bytes},
                         {"subheader", headers[body.kind->listing][body.index]}});
+    if (const Json content = ContentOf(file, body); !content.is_null()) segments.back()["content"] = content;
   }
   return {{"source", options.file}, {"header", headers["file"]}, {"segments", std::move(segments)}};
 }
 
-/** Writes a file of the folder by what `fill` puts into it. */
+/** Writes a file of the folder with the contents that `fill` provides. */
 template <class Fill>
 Outcome WriteFile(const Folder &folder, const std::string &name, Fill fill) {
   OutputFile output(folder.NameOf(name));
@@ -174,13 +210,14 @@ Outcome Extract(const ExtractOptions &options) {
   if (Outcome unmade = folder.Make()) return unmade;
   if (Outcome taken = folder.CheckFree(kManifestName)) return taken;
   for (const Body &body : bodies) {
+    if (Outcome same = CheckNotInput(folder.NameOf(body.name), {options.file})) return same;
     if (Outcome taken = folder.CheckFree(body.name)) return taken;
   }
   for (const Body &body : bodies) {
     const auto copy = [&](OutputFile &output) { return CopyBody(options.file, file, body, output); };
     if (Outcome failed = WriteFile(folder, body.name, copy)) return failed;
   }
-  const std::string manifest = ManifestOf(options, file, bodies).dump(2) + '\n';
+  const std::string manifest = ManifestOf(options, folder, file, bodies).dump(2) + '\n';
   return WriteFile(folder, kManifestName, [&](OutputFile &output) {
     return output.Write(manifest.data(), manifest.size()) ? Outcome() : Outcome(output.Failure());
   });

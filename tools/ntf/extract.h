@@ -1,4 +1,4 @@
-// ntf extract: the bodies of segments as files.
+// ntf extract: the data of segments as files.
 #pragma once
 
 #include "problem.h"
@@ -11,16 +11,19 @@ namespace ntf {
 
 struct ExtractOptions {
   std::string file;
-  std::string folder; /* made where it isn't there */
+  std::string folder; /* created if it doesn't exist */
   bool force = false; /* overwrites files */
-  // Which segments, from 0; all of them where no kind names any.
+  // The chosen segments, from 0; all segments if none is chosen.
   std::vector<std::uint32_t> images;
   std::vector<std::uint32_t> graphics;
   std::vector<std::uint32_t> texts;
   std::vector<std::uint32_t> dataExtensions;
 };
 
-/** Writes each body as it is, under a name made of its kind and number, and a manifest.json that tells of all. */
+/**
+ * Writes the data of each segment to a file named after its kind and number, and a manifest.json that describes them.
+ * Entries of an older manifest of the same source are kept as long as their files exist.
+ */
 Outcome Extract(const ExtractOptions &options);
 
 }  // namespace ntf

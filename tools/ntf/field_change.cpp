@@ -1,13 +1,17 @@
 #include "field_change.h"
 
+#include "field_rules.h"
+#include "printable.h"
+
 #include <algorithm>
 #include <iterator>
+#include <optional>
 #include <string_view>
 
 namespace ntf {
 namespace {
 
-/** What follows from the data and from other fields. */
+/** Fields that depend on the data or on other fields. */
 constexpr std::string_view kKept[] = {"FHDR",   "FVER",   "CLEVEL",  "FL",     "HL",     "NUMI",   "NUMS",   "NUMX",
                                       "NUMT",   "NUMDES", "NUMRES",  "UDHDL",  "XHDL",   "IM",     "SY",     "TE",
                                       "NROWS",  "NCOLS",  "PVTYPE",  "IREP",   "ABPP",   "PJUST",  "ICORDS", "NICOM",
@@ -15,7 +19,7 @@ constexpr std::string_view kKept[] = {"FHDR",   "FVER",   "CLEVEL",  "FL",     "
                                       "NPPBV",  "NBPP",   "IMAG",    "UDIDL",  "IXSHDL", "SFMT",   "SCOLOR", "SXSHDL",
                                       "TXSHDL", "UDHOFL", "XHDLOFL", "UDOFL",  "IXSOFL", "SXSOFL", "TXSOFL"};
 
-/** Three bytes as six hexadecimal digits: red, green, blue. */
+/** Red, green and blue as six hexadecimal digits. */
 bool StoreBackground(const FileView &file, const std::string &value) {
   const bool known = value.size() == 6 && value.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
   if (!known) return false;
@@ -23,20 +27,33 @@ bool StoreBackground(const FileView &file, const std::string &value) {
   return true;
 }
 
+/** A field that holds a value may still not allow it. */
+Outcome CheckStored(const std::string &fileName, const FileView &file, const HeaderChoice &header,
+                    const std::string &name) {
+  std::optional<std::string> fault;
+  file.ListFields(header, [&](const Field &field) {
+    if (field.name == name) fault = FaultOf(field);
+  });
+  if (!fault) return {};
+  return Problem{fileName, name + " " + Latin1ToUtf8(*fault), ERROR_INVALID_VALUE, true};
+}
+
 }  // namespace
 
 Outcome ChangeField(const std::string &fileName, const FileView &file, const HeaderChoice &header,
                     const std::string &name, const std::string &value) {
-  const Problem refused = {fileName, name + " can't hold '" + value + "'", ERROR_INVALID_VALUE};
+  const Problem refused = {fileName, name + " can't hold '" + value + "'", ERROR_INVALID_VALUE, true};
+  const std::optional<std::string> text = Utf8ToLatin1(value);
+  if (!text) return Problem{fileName, refused.words + ": it is not Latin-1", ERROR_INVALID_VALUE, true};
   if (std::find(std::begin(kKept), std::end(kKept), name) != std::end(kKept)) {
-    return Problem{fileName, name + " follows from the data and can't be changed", ERROR_INVALID_VALUE};
+    return Problem{fileName, name + " depends on the data and can't be changed", ERROR_INVALID_VALUE, true};
   }
   if (!header.kind && name == "FBKGC") return StoreBackground(file, value) ? Outcome() : Outcome(refused);
-  switch (file.Store(header, name, value)) {
+  switch (file.Store(header, name, *text)) {
     case FieldChange::Stored:
-      return {};
+      return CheckStored(fileName, file, header, name);
     case FieldChange::NoSuchField:
-      return Problem{fileName, "there is no field " + name + " here", ERROR_INVALID_VALUE};
+      return Problem{fileName, "the header has no field " + name, ERROR_INVALID_VALUE, true};
     case FieldChange::Refused:
       break;
   }

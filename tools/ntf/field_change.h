@@ -1,4 +1,4 @@
-// Header fields that a command changes by their names.
+// Changing header fields by their names.
 #pragma once
 
 #include "core.h"
@@ -9,9 +9,8 @@
 namespace ntf {
 
 /**
- * Stores a value in a field, named as in the standard, of a file in memory. Fields that tell what the data are or how
- * long they are can't be changed. `fileName` is for the problem: an unknown field, or a value that the field can't
- * hold.
+ * Stores a value, in UTF-8, in a field of a file in memory. Fails for an unknown field, for a value that the field
+ * can't hold, and for fields that describe the data or its length. `fileName` is for the error message.
  */
 Outcome ChangeField(const std::string &fileName, const FileView &file, const HeaderChoice &header,
                     const std::string &name, const std::string &value);

@@ -1,6 +1,7 @@
 #include "findings.h"
 
 #include "digits.h"
+#include "field_rules.h"
 #include "segment_choice.h"
 
 #include <algorithm>
@@ -11,7 +12,7 @@
 namespace ntf {
 namespace {
 
-/** What the rules know of a kind of segments. */
+/** A kind of segments, and the marker that each of them starts with. */
 struct CheckedKind {
   SegmentKind kind;
   const char *marker;
@@ -28,7 +29,7 @@ constexpr CheckedKind kKinds[] = {
 constexpr std::uint64_t kLevel3Pixels = 2048;
 constexpr std::uint64_t kLevel3Bytes = 52428799;
 
-/** A header with the places of its fields. */
+/** A header with the offsets of its fields. */
 class Header {
  public:
   Header(const FileView &file, const HeaderChoice &chosen, std::uint64_t startsAt, std::string named)
@@ -68,6 +69,7 @@ class Checker {
   void CheckText(const Header &header, const Field &field);
   void CheckImage(const Header &header, std::uint32_t index);
   void CheckBlocks(const Header &header, const ImageNumbers &image);
+  void CheckRate(const Header &header);
   void CheckMask(const Header &header, const ImageNumbers &image);
   void CheckDataLength(const Header &header, const ImageNumbers &image);
   void CheckLevels();
@@ -75,7 +77,7 @@ class Checker {
     findings.push_back(header.Found(field, std::move(words)));
   }
 
-  /** A display level, and where it is told. */
+  /** A display level, and where it is stored. */
   struct Level {
     std::uint32_t level;
     std::uint32_t attachment;
@@ -91,75 +93,11 @@ class Checker {
 
 // ---- texts --------------------------------------------------------------------------------------------------------
 
-bool IsBlank(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char character) { return character == ' '; });
-}
-
-/** The format's extended character set: printable ASCII, and the upper half of Latin-1. */
-bool IsCharacter(char character) {
-  const auto byte = static_cast<unsigned char>(character);
-  return (byte >= 0x20 && byte < 0x7F) || byte >= 0xA0;
-}
-
-/** Year, month and day, and the time of day where the text goes on. Parts that are not known are hyphens. */
-bool IsDate(std::string_view text) {
-  struct Part {
-    std::size_t width;
-    std::uint64_t least;
-    std::uint64_t most;
-  };
-  constexpr Part kParts[] = {{4, 0, 9999}, {2, 1, 12}, {2, 1, 31}, {2, 0, 23}, {2, 0, 59}, {2, 0, 60}};
-  for (const Part &part : kParts) {
-    if (text.empty()) return true;
-    const std::string_view digits = text.substr(0, part.width);
-    text.remove_prefix(digits.size());
-    if (std::all_of(digits.begin(), digits.end(), [](char character) { return character == '-'; })) continue;
-    if (!IsAllDigits(digits) || NumberOf(digits) < part.least || NumberOf(digits) > part.most) return false;
-  }
-  return true;
-}
-
-constexpr std::string_view kDateTimes[] = {"FDT", "IDATIM", "TXTDT"};
-/** The ends of the names of the dates among the security fields. */
-constexpr std::string_view kSecurityDates[] = {"SDCDT", "SDGDT", "SSRDT"};
-
-bool IsSecurityDate(const std::string &name) {
-  return std::any_of(std::begin(kSecurityDates), std::end(kSecurityDates),
-                     [&](std::string_view end) { return name.ends_with(end); });
-}
-
-bool IsLocation(const std::string &name) {
-  return name.ends_with("LOC") || name.starts_with("SBND");
-}
-
-bool IsLocationText(std::string_view text) {
-  for (const std::string_view half : {text.substr(0, kLocationHalf), text.substr(kLocationHalf)}) {
-    const std::string_view digits = half.starts_with('-') ? half.substr(1) : half;
-    if (!IsAllDigits(digits)) return false;
-  }
-  return true;
-}
-
 void Checker::CheckText(const Header &header, const Field &field) {
-  if (field.content == FieldContent::Binary) return;
-  if (std::find(std::begin(kDateTimes), std::end(kDateTimes), field.name) != std::end(kDateTimes)) {
-    if (!IsDate(field.text)) Add(header, field.name, "is no date: '" + std::string(field.text) + "'");
-  } else if (IsSecurityDate(field.name)) {
-    if (!IsBlank(field.text) && !IsDate(field.text)) {
-      Add(header, field.name, "is no date: '" + std::string(field.text) + "'");
-    }
-  } else if (IsLocation(field.name)) {
-    if (!IsLocationText(field.text)) Add(header, field.name, "is no location: '" + std::string(field.text) + "'");
-  } else if (field.content == FieldContent::Digits) {
-    if (!IsAllDigits(field.text)) {
-      Add(header, field.name, "is no number: '" + std::string(field.text) + "'");
-    }
-  } else if (!std::all_of(field.text.begin(), field.text.end(), IsCharacter)) {
-    Add(header, field.name, "has characters outside the format's set");
-  }
+  if (const std::optional<std::string> fault = FaultOf(field)) Add(header, field.name, *fault);
 }
 
-/** Data of other forms than text have no character set. */
+/** Fields whose data isn't text. */
 bool HasOwnForm(const std::string &name) {
   constexpr std::string_view kOwn[] = {"UDHD", "XHD", "UDID", "IXSHD", "SXSHD", "TXSHD", "DESSHF"};
   return std::find(std::begin(kOwn), std::end(kOwn), name) != std::end(kOwn);
@@ -190,16 +128,18 @@ void Checker::CheckFileHeader() {
   const Header header(file, {}, 0, {});
   const FileNumbers numbers = file.Numbers();
   if (numbers.fileLength != size) {
-    Add(header, "FL", "is " + Number(numbers.fileLength) + ", the file has " + Number(size) + " bytes");
+    Add(header, "FL", "is " + Number(numbers.fileLength) + ", but the file has " + Number(size) + " bytes");
   }
   if (numbers.headerLength != header.Length()) {
-    Add(header, "HL", "is " + Number(numbers.headerLength) + ", the header has " + Number(header.Length()) + " bytes");
+    Add(header, "HL",
+        "is " + Number(numbers.headerLength) + ", but the header has " + Number(header.Length()) + " bytes");
   }
   const std::uint64_t sum = SegmentSum(file);
   if (sum != size) {
-    Add(header, "NUMI", "the lengths of header and segments come to " + Number(sum) + " bytes of " + Number(size));
+    Add(header, "NUMI",
+        "the lengths of header and segments add up to " + Number(sum) + " bytes, but the file has " + Number(size));
   }
-  if (size > kLevel3Bytes) Add(header, "CLEVEL", "the file is longer than level 03 allows");
+  if (size > kLevel3Bytes) Add(header, "CLEVEL", "the file is longer than compliance level 03 allows");
   CheckTexts(header);
 }
 
@@ -209,7 +149,7 @@ void Checker::CheckSegment(const CheckedKind &kind, std::uint32_t index) {
   const Header header(file, {kind.kind, index}, place.subheader, KindWord(kind.kind) + (" " + std::to_string(index)));
   if (place.subheaderLength != header.Length()) {
     Add(header, kind.marker,
-        "the subheader has " + Number(header.Length()) + " bytes, the file header says " +
+        "the subheader has " + Number(header.Length()) + " bytes, but the file header says " +
             Number(place.subheaderLength));
   }
   CheckTexts(header);
@@ -226,11 +166,13 @@ void Checker::CheckSegment(const CheckedKind &kind, std::uint32_t index) {
 
 void Checker::CheckImage(const Header &header, std::uint32_t index) {
   const ImageNumbers image = file.Image(index);
-  if (image.rows > kLevel3Pixels) Add(header, "NROWS", Number(image.rows) + " rows are more than level 03 allows");
+  if (image.rows > kLevel3Pixels)
+    Add(header, "NROWS", Number(image.rows) + " rows are more than compliance level 03 allows");
   if (image.columns > kLevel3Pixels) {
-    Add(header, "NCOLS", Number(image.columns) + " columns are more than level 03 allows");
+    Add(header, "NCOLS", Number(image.columns) + " columns are more than compliance level 03 allows");
   }
   CheckBlocks(header, image);
+  CheckRate(header);
   CheckMask(header, image);
   if (!image.compressed) CheckDataLength(header, image);
 }
@@ -248,12 +190,22 @@ void Checker::CheckBlocks(const Header &header, const ImageNumbers &image) {
     const std::uint64_t needed = axis.block == 0 ? 0 : (std::uint64_t{axis.size} + axis.block - 1) / axis.block;
     if (axis.blocks == needed) continue;
     Add(header, axis.field,
-        Number(axis.blocks) + " blocks of " + Number(axis.block) + " pixels, " + Number(axis.size) + " pixels need " +
-            Number(needed));
+        Number(axis.blocks) + " blocks of " + Number(axis.block) + " pixels, but " + Number(axis.size) +
+            " pixels need " + Number(needed));
   }
   if (image.actualBits > image.bitsPerPixel) {
     Add(header, "ABPP", Number(image.actualBits) + " bits of " + Number(image.bitsPerPixel));
   }
+}
+
+/** COMRAT of JPEG 2000: N or V and three digits, or bits per pixel as four digits. */
+void Checker::CheckRate(const Header &header) {
+  const std::string code = file.FieldText(header.choice, "IC");
+  if (code != "C8" && code != "M8") return;
+  const std::string rate = file.FieldText(header.choice, "COMRAT");
+  const std::string_view digits = std::string_view(rate).substr(rate.starts_with('N') || rate.starts_with('V') ? 1 : 0);
+  if (IsAllDigits(digits)) return;
+  Add(header, "COMRAT", "is '" + rate + "', not Nnnn, Vnnn or nnnn, as IC " + code + " requires");
 }
 
 void Checker::CheckMask(const Header &header, const ImageNumbers &image) {
@@ -269,20 +221,20 @@ void Checker::CheckMask(const Header &header, const ImageNumbers &image) {
   if (mask.padRecordLength != 0 && mask.padRecordLength != kMaskRecordBytes) {
     add("TMRLNTH", 6, "is " + Number(mask.padRecordLength));
   }
-  // Only bands that are stored one after the other have records of their own.
+  // Only bands that are stored one after the other have separate records.
   const std::uint64_t records =
       std::uint64_t{image.blocksPerRow} * image.blocksPerColumn * (image.bandSequential ? image.bands : 1);
   const std::uint64_t tables = (mask.blockRecordLength != 0 ? 1 : 0) + (mask.padRecordLength != 0 ? 1 : 0);
   const std::uint64_t bytes = kMaskHeaderBytes + mask.padCodeBytes + tables * records * kMaskRecordBytes;
   if (mask.dataOffset != bytes) {
-    add("IMDATOFF", 0, "is " + Number(mask.dataOffset) + ", the mask table has " + Number(bytes) + " bytes");
+    add("IMDATOFF", 0, "is " + Number(mask.dataOffset) + ", but the mask table has " + Number(bytes) + " bytes");
   }
   const std::uint64_t data = place.dataLength > mask.dataOffset ? place.dataLength - mask.dataOffset : 0;
   const std::vector<std::uint32_t> offsets = file.BlockOffsets(header.choice.index);
   for (std::uint64_t block = 0; block < std::min<std::uint64_t>(records, offsets.size()); ++block) {
     if (offsets[block] == kBlockNotRecorded || offsets[block] < data) continue;
     add("BMR", kMaskHeaderBytes + mask.padCodeBytes + block * kMaskRecordBytes,
-        "block " + Number(block) + " lies behind the data, at " + Number(offsets[block]) + " of " + Number(data));
+        "block " + Number(block) + " is beyond the data, at " + Number(offsets[block]) + " of " + Number(data));
     break;
   }
 }
@@ -294,7 +246,8 @@ void Checker::CheckDataLength(const Header &header, const ImageNumbers &image) {
   const std::uint64_t bits = pixels * image.bands * image.bitsPerPixel;
   const std::uint64_t most = (bits + 7) / 8 + paddedRows * image.blocksPerRow * image.bands;
   if (dataLength >= (bits + 7) / 8 && dataLength <= most) return;
-  Add(header, "IC", "uncompressed data of " + Number((bits + 7) / 8) + " bytes, LI is " + Number(dataLength));
+  Add(header, "IC",
+      "the uncompressed data needs " + Number((bits + 7) / 8) + " bytes, but LI is " + Number(dataLength));
 }
 
 // ---- levels -------------------------------------------------------------------------------------------------------
@@ -302,15 +255,22 @@ void Checker::CheckDataLength(const Header &header, const ImageNumbers &image) {
 void Checker::CheckLevels() {
   std::map<std::uint32_t, int> used;
   for (const Level &level : levels) {
+    if (level.level == 0) {
+      findings.push_back({level.levelPlace.field, level.levelPlace.offset, "is 0, but display levels start at 1"});
+    }
     if (++used[level.level] == 2) {
       findings.push_back(
           {level.levelPlace.field, level.levelPlace.offset, "display level " + Number(level.level) + " is used twice"});
     }
   }
   for (const Level &level : levels) {
+    if (level.attachment != 0 && level.attachment == level.level) {
+      findings.push_back({level.attachmentPlace.field, level.attachmentPlace.offset,
+                          "is attached to its own level " + Number(level.level)});
+    }
     if (level.attachment == 0 || used.contains(level.attachment)) continue;
     findings.push_back({level.attachmentPlace.field, level.attachmentPlace.offset,
-                        "attached to level " + Number(level.attachment) + ", which nothing has"});
+                        "is attached to level " + Number(level.attachment) + ", which no segment has"});
   }
 }
 
@@ -326,24 +286,39 @@ std::vector<Finding> Checker::Run() {
   return std::move(findings);
 }
 
+/** A wrong classification ends a load. */
+void AddClassification(const FileView &file, const Header &header, std::vector<Finding> &findings) {
+  file.ListFields(header.choice, [&](const Field &field) {
+    const auto fault = field.name.ends_with("SCLAS") ? FaultOf(field) : std::nullopt;
+    if (fault) findings.push_back(header.Found(field.name, *fault));
+  });
+}
+
+std::string NameOf(SegmentKind kind, std::uint32_t index) {
+  return KindWord(kind) + (" " + std::to_string(index));
+}
+
 }  // namespace
 
 std::vector<Finding> FindFaults(const FileView &file) {
   return Checker(file).Run();
 }
 
-std::vector<Finding> FindWrongMarkers(const FileView &file) {
+std::vector<Finding> FindLoadFaults(const FileView &file) {
   std::vector<Finding> findings;
   if (!file.Numbers().headerRead) return findings;
+  AddClassification(file, Header(file, {}, 0, {}), findings);
   for (const CheckedKind &kind : kKinds) {
     const std::uint32_t count = file.Count(kind.kind);
     for (std::uint32_t index = 0; index < count; ++index) {
+      const Header header(file, {kind.kind, index}, file.Place(kind.kind, index).subheader, NameOf(kind.kind, index));
+      AddClassification(file, header, findings);
       std::array<char, 2> marker = {};
-      const std::uint64_t start = file.Place(kind.kind, index).subheader;
-      const bool whole = file.ReadAt(start, marker.data(), marker.size()) == marker.size();
+      const bool whole = file.ReadAt(header.start, marker.data(), marker.size()) == marker.size();
       if (whole && std::string_view(marker.data(), marker.size()) == kind.marker) continue;
-      findings.push_back({KindWord(kind.kind) + (" " + std::to_string(index)) + " " + kind.marker, start,
-                          whole ? "the segment doesn't begin with its mark" : "the file ends before the segment"});
+      findings.push_back(
+          header.FoundAt(kind.marker, header.start,
+                         whole ? "the segment doesn't start with its marker" : "the file ends before the segment"));
     }
   }
   return findings;

@@ -1,4 +1,4 @@
-// What does not agree in the headers of a file.
+// Inconsistencies in the headers of a file.
 #pragma once
 
 #include "core.h"
@@ -9,17 +9,17 @@
 
 namespace ntf {
 
-/** One thing that does not agree. */
+/** An inconsistency. */
 struct Finding {
-  std::string field;    /* the standard's name; with the segment in front of it where there is one */
+  std::string field;    /* the standard's name, after the name of the segment if it belongs to one */
   std::uint64_t offset; /* of the field in the file */
   std::string words;
 };
 
-/** Looks through a loaded file. */
+/** The inconsistencies of a loaded file, in the order of the file. */
 std::vector<Finding> FindFaults(const FileView &file);
 
-/** Why a file could not be loaded: markers that are not where the header's lengths say. */
-std::vector<Finding> FindWrongMarkers(const FileView &file);
+/** Reasons why a file could not be loaded: a wrong classification, segments that don't start where they should. */
+std::vector<Finding> FindLoadFaults(const FileView &file);
 
 }  // namespace ntf

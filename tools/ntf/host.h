@@ -1,4 +1,4 @@
-// What the program asks of the operating system beyond the C++ library.
+// Functions of the operating system beyond the C++ library.
 #pragma once
 
 #include <string>
@@ -8,13 +8,16 @@ namespace ntf {
 bool StandardErrorIsTerminal();
 bool StandardOutputIsTerminal();
 
-/** Keeps line ends in the standard output as they are written. */
+/** Writes line ends to standard output unchanged. */
 void MakeStandardOutputBinary();
 
 /**
- * From now on the file `name` is removed when the program is interrupted; an empty name ends that. One file at a time;
- * names too long for the system are left alone.
+ * Removes the file `name` if the program is interrupted from now on; an empty name ends this. One file at a time. Names
+ * that are too long for the system are ignored.
  */
 void RemoveOnInterrupt(const std::string &name);
+
+/** Gives `replacement` the permissions of `original`, and its owner if the user may; nothing if it doesn't exist. */
+void KeepAccess(const std::string &original, const std::string &replacement);
 
 }  // namespace ntf

@@ -1,7 +1,9 @@
 #include "host.h"
 
 #include <array>
+#include <cerrno>
 #include <csignal>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <climits>
@@ -9,7 +11,7 @@
 namespace ntf {
 namespace {
 
-// A signal handler may touch little else than such a buffer.
+// A signal handler may use little else than such a buffer.
 std::array<char, PATH_MAX> removedOnInterrupt;
 
 constexpr std::array kInterrupts = {SIGINT, SIGTERM, SIGHUP};
@@ -18,7 +20,7 @@ void HandleInterrupts(void (*handler)(int)) {
   struct sigaction action = {};
   action.sa_handler = handler;
   for (const int signal : kInterrupts) {
-    // What the parent process told us to ignore stays ignored.
+    // A signal that the parent process ignores stays ignored.
     struct sigaction before = {};
     sigaction(signal, nullptr, &before);
     if (before.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);
@@ -51,6 +53,14 @@ void RemoveOnInterrupt(const std::string &name) {
   name.copy(removedOnInterrupt.data(), name.size());
   removedOnInterrupt[name.size()] = '\0';
   HandleInterrupts(RemoveAndDie);
+}
+
+void KeepAccess(const std::string &original, const std::string &replacement) {
+  struct stat status = {};
+  if (stat(original.c_str(), &status) != 0) return;
+  // Only root may change the owner.
+  if (chown(replacement.c_str(), status.st_uid, status.st_gid) != 0) errno = 0;
+  if (chmod(replacement.c_str(), status.st_mode & 0777U) != 0) errno = 0;
 }
 
 }  // namespace ntf

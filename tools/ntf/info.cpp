@@ -7,13 +7,21 @@
 #include "load_headers.h"
 #include "problem.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 
 namespace ntf {
 namespace {
 
-/** Adds the size of the picture, or why there is none. */
-void AddCanvas(const std::string &fileName, Json &description) {
+constexpr SegmentKind kDrawnKinds[] = {SegmentKind::Image, SegmentKind::Graphic, SegmentKind::Label};
+
+/** Adds the size of the picture, or the status if it can't be determined; null if the file has nothing to draw. */
+void AddCanvas(const std::string &fileName, const FileView &file, Json &description) {
+  Json &canvas = description["canvas"];
+  const bool isDrawn = std::any_of(std::begin(kDrawnKinds), std::end(kDrawnKinds),
+                                   [&](SegmentKind kind) { return file.Count(kind) != 0; });
+  if (!isDrawn) return;
   const WideName name = Widen(fileName);
   KsFileInfo answer = {};
   KsLoadOptions loadOptions = {};
@@ -23,7 +31,6 @@ void AddCanvas(const std::string &fileName, Json &description) {
   request.fileInfo = &answer;
   request.loadOptions = &loadOptions;
   const std::int32_t status = fltInfo(&request);
-  Json &canvas = description["canvas"];
   if (status == SUCCESS) {
     canvas = {{"width", std::uint32_t{answer.width}}, {"height", std::uint32_t{answer.height}}};
   } else {
@@ -36,13 +43,13 @@ Outcome Describe(const std::string &fileName, Json &description) {
   if (Outcome failed = LoadHeaders(fileName, file)) return failed;
   description["name"] = fileName;
   description.update(DescribeHeaders(file.View()));
-  AddCanvas(fileName, description);
+  AddCanvas(fileName, file.View(), description);
   return {};
 }
 
 bool Print(const std::string &text) {
   if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) return true;
-  Report({"standard output", "could not be written in full", ERROR_FILE_WRITE});
+  Report({"standard output", "could not be written completely", ERROR_FILE_WRITE});
   return false;
 }
 

@@ -1,4 +1,4 @@
-// ntf info: what is in a file.
+// ntf info: a summary of files, or their headers as JSON.
 #pragma once
 
 #include <string>
@@ -11,7 +11,7 @@ struct InfoOptions {
   bool json = false;
 };
 
-/** Prints all files that can be read and reports the others. True where all could. */
+/** Prints all files that can be read, and reports errors for the others. Returns true if there were none. */
 bool Info(const InfoOptions &options);
 
 }  // namespace ntf

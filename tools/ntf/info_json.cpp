@@ -43,7 +43,7 @@ Json DescribeBand(const ImageBand &band) {
   return object;
 }
 
-/** The numbers in front of the mask tables; the tables themselves are one entry a block, too long to read. */
+/** The fields before the mask tables. The tables have an entry for each block, too many to list. */
 Json DescribeMask(const std::optional<ImageMask> &mask) {
   if (!mask) return nullptr;
   Json object;

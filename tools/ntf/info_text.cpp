@@ -8,7 +8,7 @@
 namespace ntf {
 namespace {
 
-/** A field as it is read aloud: empty where the object hasn't it. */
+/** The value of a field as text; empty if the object doesn't have it. */
 std::string Plain(const Json &object, const char *field) {
   const auto value = object.find(field);
   if (value == object.end() || value->is_null()) return {};
@@ -23,14 +23,14 @@ void AddLine(std::string &text, const std::string &name, const std::string &valu
   text += line + WithoutControls(value) + '\n';
 }
 
-/** Appends ", WORDS VALUE" where there is a value. */
+/** Appends ", WORDS VALUE" if there is a value. */
 void AddPhrase(std::string &line, const std::string &words, const std::string &value) {
   if (value.empty()) return;
   if (!line.empty()) line += ", ";
   line += words.empty() ? value : words + " " + value;
 }
 
-/** Five characters a coordinate, the row first. */
+/** A location field: row and column, five characters each. */
 std::string Location(const std::string &field) {
   if (field.size() != 2 * kLocationHalf) return field;
   const int row = std::atoi(field.substr(0, kLocationHalf).c_str());
@@ -38,7 +38,7 @@ std::string Location(const std::string &field) {
   return "row " + std::to_string(row) + " column " + std::to_string(column);
 }
 
-/** What all displayable segments have, under the prefix of their kind. */
+/** The fields of all displayable segments, whose names start with the prefix of their kind. */
 void AddPlacement(std::string &line, const Json &segment, const std::string &prefix) {
   const std::string attachment = Plain(segment, (prefix + "ALVL").c_str());
   AddPhrase(line, "display level", Plain(segment, (prefix + "DLVL").c_str()));
@@ -105,7 +105,8 @@ constexpr SegmentLines kSegmentLines[] = {
 
 std::string CanvasLine(const Json &description) {
   const Json &canvas = description["canvas"];
-  if (canvas.is_null()) return "not known (status " + Plain(description, "canvasStatus") + ")";
+  const std::string status = Plain(description, "canvasStatus");
+  if (canvas.is_null()) return status.empty() ? "nothing to draw" : "unknown (status " + status + ")";
   return Plain(canvas, "width") + " x " + Plain(canvas, "height");
 }
 
@@ -113,7 +114,7 @@ std::string CanvasLine(const Json &description) {
 
 std::string Summarize(const std::string &fileName, const Json &description) {
   const Json &header = description["file"];
-  std::string text = fileName + '\n';
+  std::string text = WithoutControls(fileName) + '\n';
   AddLine(text, "format",
           Plain(header, "FHDR") + " " + Plain(header, "FVER") + ", compliance level " + Plain(header, "CLEVEL") + ", " +
               Plain(header, "FL") + " bytes");

@@ -1,4 +1,4 @@
-// A file's headers in a few lines for a reader.
+// A summary of a file's headers.
 #pragma once
 
 #include "info_json.h"
@@ -7,7 +7,7 @@
 
 namespace ntf {
 
-/** A summary of what DescribeHeaders and the canvas make of a file: a few lines on the file, one on each segment. */
+/** Summarises the output of DescribeHeaders and the canvas: a few lines for the file, and one for each segment. */
 std::string Summarize(const std::string &fileName, const Json &description);
 
 }  // namespace ntf

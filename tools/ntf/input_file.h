@@ -15,7 +15,7 @@ using WideName = std::unique_ptr<char16_t, decltype(&KsToWideFree)>;
 /** What keeps `name` from being read as a file: it isn't there, is a folder, may not be opened. */
 Outcome CheckInput(const std::string &name);
 
-/** Null where `name` is no UTF-8, which CheckInput has told already. */
+/** A file name in UTF-16; null if `name` isn't UTF-8, which CheckInput reports. */
 WideName Widen(const std::string &name);
 
 }  // namespace ntf

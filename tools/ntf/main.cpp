@@ -1,4 +1,4 @@
-// ntf: looks at NITF files, draws them, builds them, takes them apart, changes and checks them.
+// ntf: inspects, draws, creates, changes and checks NITF files. This is the command line.
 #include "check.h"
 #include "copy.h"
 #include "create.h"
@@ -11,21 +11,24 @@
 #include "set.h"
 #include "text.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 namespace {
 
-static_assert(std::string_view(KSNTFX_VERSION) == NTF_VERSION, "the header tells the version of the build");
+static_assert(std::string_view(KSNTFX_VERSION) == NTF_VERSION, "the header has the version of the build");
 
 enum ExitCode { kDone = 0, kFileFault = 1, kWrongUsage = 2 };
 
-/** What the command line asks for. */
+/** The options of all commands. */
 struct Request {
   ntf::InfoOptions info;
   ntf::RenderOptions render;
@@ -38,7 +41,7 @@ struct Request {
   ntf::SetOptions set;
 };
 
-// The refusals that the library shows in a message box come back as a status too, and one line is enough.
+// What the library shows in a message box, it also returns as a status, and one line is enough.
 std::int32_t SilentMessageBox(const char *, const char *, std::uint32_t, void *) {
   return 1;
 }
@@ -49,11 +52,25 @@ void SilenceLibrary() {
   KsSetPlatformHandlers(&handlers);
 }
 
+/** Adds a command with what all of them have. */
+CLI::App *AddCommand(CLI::App &app, const std::string &name, const std::string &description,
+                     const std::vector<std::string> &examples) {
+  CLI::App *command = app.add_subcommand(name, description);
+  command->set_version_flag("-v,--version", "ntf " NTF_VERSION);
+  std::string footer = "Examples:";
+  for (const std::string &example : examples) footer += "\n    ntf " + example;
+  command->footer(footer);
+  return command;
+}
+
+void DefineForce(CLI::App &command, bool &force) {
+  command.add_flag("--force", force, "Overwrite existing files");
+}
+
 void DefineInfo(CLI::App &app, ntf::InfoOptions &options) {
-  CLI::App *info = app.add_subcommand("info", "Tell what is in files");
-  info->set_version_flag("--version", "ntf " NTF_VERSION);
-  info->add_option("FILE", options.files, "NITF files")->required();
-  info->add_flag("--json", options.json, "All header fields as JSON: an object, or an array of them for several files");
+  CLI::App *info = AddCommand(app, "info", "Summarise files", {"info scene.ntf", "info --json *.ntf"});
+  info->add_option("FILE", options.files, "NITF files")->required()->type_name("");
+  info->add_flag("--json", options.json, "Print all header fields as JSON: an object, or an array for several files");
 }
 
 void DefineLoadFlag(CLI::App &render, ntf::RenderOptions &options, CLI::Option *image, const std::string &name,
@@ -66,102 +83,160 @@ void DefineRender(CLI::App &app, ntf::RenderOptions &options) {
   const auto checkOutput = [](const std::string &name) {
     return ntf::IsPictureName(name) ? std::string() : name + ": the name must end in .png or .ppm, or be -";
   };
-  CLI::App *render = app.add_subcommand("render", "Draw the picture of a file");
-  render->set_version_flag("--version", "ntf " NTF_VERSION);
-  render->add_option("FILE", options.file, "NITF file")->required();
-  render->add_option("-o,--output", options.output, "Picture to write, .png or .ppm; - is PNG on the standard output")
+  CLI::App *render = AddCommand(app, "render", "Draw a file",
+                                {"render scene.ntf -o scene.png", "render scene.ntf --image 0 -o image.png"});
+  render->add_option("FILE", options.file, "NITF file")->required()->type_name("");
+  render->add_option("-o,--output", options.output, "Picture to write, .png or .ppm; - for PNG on standard output")
       ->required()
-      ->check(CLI::Validator(checkOutput, "OUT"));
+      ->type_name("OUT")
+      ->check(CLI::Validator(checkOutput, ""));
+  DefineForce(*render, options.force);
   CLI::Option *image =
-      render->add_option("--image", options.image, "Only this image segment, counted from 0, at its own depth");
+      render->add_option("--image", options.image, "Only this image, counted from 0, at its own depth")->type_name("N");
   CLI::Option *graphic =
-      render->add_option("--graphic", options.graphic, "Only this graphic segment, counted from 0, on white");
+      render->add_option("--graphic", options.graphic, "Only this graphic, counted from 0, on white")->type_name("N");
   graphic->excludes(image);
-  render->add_flag("--padded", options.padded, "With --image: also the fill of the last blocks")->needs(image);
-  render->add_option("--depth", options.depth, "Bits per pixel of the canvas, 8 (gray) or 24")
-      ->check(CLI::IsMember({8, 24}))
+  render->add_flag("--padded", options.padded, "With --image: include the pad pixels of the last blocks")->needs(image);
+  render->add_option("--depth", options.depth, "Bits per pixel of the canvas: 8 (gray) or 24")
+      ->type_name("BITS")
+      ->check(CLI::IsMember({8, 24}).description(""))
       ->capture_default_str()
       ->excludes(image)
       ->excludes(graphic);
   CLI::Option *compress =
-      render->add_option("--compress", options.compression, "How small a PNG becomes: 0 is stored, 1 fast, 9 small")
-          ->check(CLI::Range(ntf::kStored, ntf::kSmallest))
+      render->add_option("--compress", options.compression, "PNG compression level: 0 none, 1 fastest, 9 smallest")
+          ->type_name("LEVEL")
+          ->check(CLI::Range(ntf::kStored, ntf::kSmallest).description(""))
           ->capture_default_str();
   render->callback([compress, &options] {
     const bool isNeedless = compress->count() != 0 && !ntf::IsCompressedPicture(options.output);
     if (isNeedless) throw CLI::ValidationError("--compress", "only PNG is compressed");
   });
-  DefineLoadFlag(*render, options, image, "--fixed-canvas", NITF_LOAD_FIXED_CANVAS, "A canvas of 2048 by 2048 pixels");
+  DefineLoadFlag(*render, options, image, "--fixed-canvas", NITF_LOAD_FIXED_CANVAS,
+                 "Use a canvas of 2048 x 2048 pixels");
   DefineLoadFlag(*render, options, image, "--tone-check", NITF_LOAD_TONE_CHECK,
-                 "Spread very dark images over the full range");
-  DefineLoadFlag(*render, options, image, "--vector-render", NITF_LOAD_VECTOR_RENDER, "Paint object symbols at once");
+                 "Stretch very dark images to the full range");
+  DefineLoadFlag(*render, options, image, "--vector-render", NITF_LOAD_VECTOR_RENDER,
+                 "Paint object symbols immediately");
 }
 
 void DefineText(CLI::App &app, ntf::TextOptions &options) {
-  CLI::App *text = app.add_subcommand("text", "Print the texts of a file");
-  text->set_version_flag("--version", "ntf " NTF_VERSION);
-  text->add_option("FILE", options.file, "NITF file")->required();
-  text->add_option("N", options.text, "Only this text segment, counted from 0, and without a heading");
+  CLI::App *text =
+      AddCommand(app, "text", "Print the texts of a file", {"text scene.ntf", "text scene.ntf 0 > notes.txt"});
+  text->add_option("FILE", options.file, "NITF file")->required()->type_name("");
+  text->add_option("N", options.text, "Only this text, counted from 0, without a heading")->type_name("");
 }
 
 void DefineExtract(CLI::App &app, ntf::ExtractOptions &options) {
-  CLI::App *extract = app.add_subcommand("extract", "Write the data of segments as files, all or those chosen");
-  extract->set_version_flag("--version", "ntf " NTF_VERSION);
-  extract->add_option("FILE", options.file, "NITF file")->required();
-  extract->add_option("-o,--output", options.folder, "Folder to write to, made where it isn't there")->required();
-  extract->add_flag("--force", options.force, "Overwrite files that are there");
+  CLI::App *extract = AddCommand(app, "extract", "Write the data of segments to files",
+                                 {"extract scene.ntf -o parts", "extract scene.ntf -o parts --image 0 --text 0"});
+  extract->add_option("FILE", options.file, "NITF file")->required()->type_name("");
+  extract->add_option("-o,--output", options.folder, "Folder to write to; created if it doesn't exist")
+      ->required()
+      ->type_name("DIR");
+  DefineForce(*extract, options.force);
   const auto choose = [&](const std::string &name, std::vector<std::uint32_t> &numbers, const std::string &what) {
-    extract->add_option(name, numbers, what + " of this number, counted from 0; may be repeated")
-        ->allow_extra_args(false);
+    extract->add_option(name, numbers, "Only this " + what + ", counted from 0; may be repeated")
+        ->allow_extra_args(false)
+        ->type_name("N");
   };
-  choose("--image", options.images, "Image");
-  choose("--graphic", options.graphics, "Graphic");
-  choose("--text", options.texts, "Text");
-  choose("--data-extension", options.dataExtensions, "Data extension");
+  choose("--image", options.images, "image");
+  choose("--graphic", options.graphics, "graphic");
+  choose("--text", options.texts, "text");
+  choose("--data-extension", options.dataExtensions, "data extension");
 }
 
 void DefineCopy(CLI::App &app, ntf::CopyOptions &options) {
-  CLI::App *copy = app.add_subcommand("copy", "Open a file, save it under another name, and compare the two");
-  copy->set_version_flag("--version", "ntf " NTF_VERSION);
-  copy->add_option("IN", options.input, "NITF file")->required();
-  copy->add_option("OUT", options.output, "File to write")->required();
-  copy->add_flag("--force", options.force, "Overwrite a file that is there");
+  CLI::App *copy =
+      AddCommand(app, "copy", "Save a file under another name, and compare the data", {"copy scene.ntf other.ntf"});
+  copy->add_option("IN", options.input, "NITF file")->required()->type_name("");
+  copy->add_option("OUT", options.output, "File to write")->required()->type_name("");
+  DefineForce(*copy, options.force);
 }
 
 void DefineCheck(CLI::App &app, ntf::CheckOptions &options) {
-  CLI::App *check = app.add_subcommand("check", "Tell what does not agree in files, a line a finding");
-  check->set_version_flag("--version", "ntf " NTF_VERSION);
-  check->add_option("FILE", options.files, "NITF files")->required();
-  check->add_flag("--json", options.json, "An object, or an array of them for several files");
+  CLI::App *check =
+      AddCommand(app, "check", "Report inconsistencies, one per line", {"check scene.ntf", "check --json *.ntf"});
+  check->add_option("FILE", options.files, "NITF files")->required()->type_name("");
+  check->add_flag("--json", options.json, "Print JSON: an object, or an array for several files");
 }
 
-/** What belongs to the segment that was named last. */
+// ---- values -------------------------------------------------------------------------------------------------------
+
+/** The numbers of a list such as "3,-5"; none if it has another form, or another count of numbers. */
+std::optional<std::vector<int>> NumbersOf(const std::string &list, std::size_t count) {
+  std::vector<int> numbers;
+  for (std::size_t at = 0; at <= list.size();) {
+    const std::size_t comma = std::min(list.find(',', at), list.size());
+    const std::string text = list.substr(at, comma - at);
+    std::size_t used = 0;
+    try {
+      numbers.push_back(std::stoi(text, &used));
+    } catch (const std::logic_error &) {
+      return std::nullopt;
+    }
+    const bool isPlain = text[0] == '-' || (text[0] >= '0' && text[0] <= '9');
+    if (used != text.size() || !isPlain) return std::nullopt;
+    at = comma + 1;
+  }
+  return numbers.size() == count ? std::optional(numbers) : std::nullopt;
+}
+
+/** A number of a location has five characters, of which a minus sign is one. */
+bool FitsLocation(int number) {
+  return number >= -9999 && number <= 99999;
+}
+
+std::string CheckPlace(const std::string &value) {
+  const auto numbers = NumbersOf(value, 2);
+  const bool fits = numbers && std::all_of(numbers->begin(), numbers->end(), FitsLocation);
+  return fits ? std::string() : "'" + value + "' is not ROW,COLUMN, from -9999 to 99999 each";
+}
+
+std::string CheckBox(const std::string &value) {
+  const auto box = NumbersOf(value, 4);
+  const bool isBox = box && (*box)[0] < (*box)[2] && (*box)[1] < (*box)[3];
+  return isBox ? std::string() : "'" + value + "' is not LEFT,TOP,RIGHT,BOTTOM, with LEFT < RIGHT and TOP < BOTTOM";
+}
+
+std::string CheckColor(const std::string &value) {
+  const bool isColor = value.size() == 6 && value.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
+  return isColor ? std::string() : "'" + value + "' is not RRGGBB, in hexadecimal digits";
+}
+
+CLI::Validator AtMost(std::size_t characters) {
+  return {[characters](const std::string &value) {
+            const std::string most = std::to_string(characters);
+            return value.size() <= characters ? std::string() : "'" + value + "' has more than " + most + " characters";
+          },
+          ""};
+}
+
+// ---- segments to append -------------------------------------------------------------------------------------------
+
+/** An option of the segment that precedes it. */
 void RefineItem(ntf::Item *item, const std::string &name, const std::string &value) {
   const bool isText = item == nullptr || item->kind == ntf::ItemKind::Text;
   const bool isImage = !isText && item->kind == ntf::ItemKind::Image;
-  if (isText || (name == "--quality" && !isImage) || (name == "--box" && isImage)) {
-    throw CLI::ValidationError(name, "belongs behind an option that it refines");
+  if (name == "--quality" ? !isImage : name == "--box" ? isText || isImage : isText) {
+    const char *const owner = name == "--quality" ? "--image" : name == "--box" ? "--graphic" : "--image or --graphic";
+    throw CLI::ValidationError(name, std::string("must follow the ") + owner + " that it belongs to");
   }
   if (name == "--quality") item->quality = static_cast<std::uint32_t>(std::stoul(value));
   if (name == "--at") item->location = value;
   if (name == "--level") item->level = value;
   if (name == "--attach") item->attachment = value;
   if (name != "--box") return;
-  KsRect box = {};
-  int end = 0;
-  const int taken = std::sscanf(value.c_str(), "%d,%d,%d,%d%n", &box.left, &box.top, &box.right, &box.bottom, &end);
-  if (taken != 4 || static_cast<std::size_t>(end) != value.size()) {
-    throw CLI::ValidationError(name, "is LEFT,TOP,RIGHT,BOTTOM");
-  }
-  item->box = box;
+  const std::vector<int> box = *NumbersOf(value, 4);
+  item->box = KsRect{box[0], box[1], box[2], box[3]};
 }
 
-/** Takes the segments in the order of the command line. */
-void TakeItems(const CLI::App &command, std::vector<ntf::Item> &items) {
-  std::map<const CLI::Option *, std::size_t> taken;
+/** Collects the segments in the order of the command line. */
+void CollectItems(const CLI::App &command, std::vector<ntf::Item> &items) {
+  std::map<const CLI::Option *, std::size_t> used;
   for (const CLI::Option *option : command.parse_order()) {
     const std::string name = option->get_name();
-    const std::string value = option->results().at(taken[option]++);
+    const std::string value = option->results().at(used[option]++);
     if (name == "--image") {
       items.push_back(ntf::Item{.kind = ntf::ItemKind::Image, .file = value});
     } else if (name == "--graphic") {
@@ -174,63 +249,121 @@ void TakeItems(const CLI::App &command, std::vector<ntf::Item> &items) {
   }
 }
 
-void DefineField(CLI::App &command, ntf::CreateOptions &options, const std::string &name, const std::string &field,
-                 const std::string &description) {
+CLI::Option *DefineField(CLI::App &command, ntf::CreateOptions &options, const std::string &name,
+                         const std::string &field, const std::string &description) {
   const auto add = [&options, field](const std::string &value) { options.fields.emplace_back(field, value); };
-  command.add_option_function<std::string>(name, add, description);
+  return command.add_option_function<std::string>(name, add, description);
 }
 
 void DefineItems(CLI::App &command, ntf::CreateOptions &options) {
-  command.set_version_flag("--version", "ntf " NTF_VERSION);
-  command.add_option("-o,--output", options.output, "File to write")->required();
-  command.add_flag("--force", options.force, "Overwrite a file that is there");
-  DefineField(command, options, "--title", "FTITLE", "Title of the file");
-  DefineField(command, options, "--security", "FSCLAS", "Classification: U, R, C, S or T");
-  DefineField(command, options, "--origin", "OSTAID", "Identifier of the station that the file comes from");
-  DefineField(command, options, "--background", "FBKGC", "Colour behind everything, RRGGBB");
-  const auto segment = [&](const std::string &name, const std::string &description, const CLI::Validator &check) {
-    command.add_option(name, description)->expected(1)->take_all()->group("Segments")->check(check);
+  command.add_option("-o,--output", options.output, "File to write")->required()->type_name("OUT");
+  DefineForce(command, options.force);
+  DefineField(command, options, "--title", "FTITLE", "Title of the file")->type_name("TEXT")->check(AtMost(80));
+  DefineField(command, options, "--security", "FSCLAS", "Classification: U, R, C, S or T")
+      ->type_name("LETTER")
+      ->check(CLI::IsMember({"U", "R", "C", "S", "T"}).description(""));
+  DefineField(command, options, "--origin", "OSTAID", "Identifier of the originating station")
+      ->type_name("ID")
+      ->check(AtMost(10));
+  DefineField(command, options, "--background", "FBKGC", "Background colour, in hexadecimal digits")
+      ->type_name("RRGGBB")
+      ->check(CLI::Validator(CheckColor, ""));
+  const auto segment = [&](const std::string &name, const char *value, const std::string &description) {
+    return command.add_option(name, description)->expected(1)->take_all()->group("Segments")->type_name(value);
   };
-  const CLI::Validator any;
-  segment("--image", "Append a picture, PNG, PPM or JPEG, as JPEG", any);
-  segment("--quality", "Of the picture: 2, the best, to 255, the smallest", CLI::Range(2, 255));
-  segment("--graphic", "Append a drawing, a CGM file", any);
-  segment("--box", "LEFT,TOP,RIGHT,BOTTOM that the drawing fills", any);
-  segment("--at", "ROW,COLUMN of the picture or drawing", any);
-  segment("--level", "Display level of the picture or drawing", any);
-  segment("--attach", "Level that the picture or drawing is attached to", any);
-  segment("--text", "Append a text", any);
+  segment("--image", "FILE", "Append a picture (PNG, PPM or JPEG), stored as JPEG");
+  segment("--quality", "N", "Of the preceding picture: 2 (best) to 255 (smallest)")
+      ->check(CLI::Range(2, 255).description(""));
+  segment("--graphic", "FILE", "Append a drawing (CGM)");
+  segment("--box", "L,T,R,B", "Of the preceding drawing: the box to fill, as left,top,right,bottom")
+      ->check(CLI::Validator(CheckBox, ""));
+  segment("--at", "ROW,COL", "Location of the preceding picture or drawing")->check(CLI::Validator(CheckPlace, ""));
+  segment("--level", "N", "Display level of the preceding picture or drawing, 1 to 999")
+      ->check(CLI::Range(1, 999).description(""));
+  segment("--attach", "N", "Display level that the preceding picture or drawing is attached to")
+      ->check(CLI::Range(0, 998).description(""));
+  segment("--text", "FILE", "Append a text");
 }
 
 void DefineCreate(CLI::App &app, ntf::CreateOptions &options) {
-  CLI::App *create = app.add_subcommand("create", "Build a file from pictures, drawings and texts, in the order given");
+  CLI::App *create = AddCommand(app, "create", "Create a file from pictures, drawings and texts, in the given order",
+                                {"create -o scene.ntf --image map.png --graphic roads.cgm --text notes.txt",
+                                 "create -o scene.ntf --image map.png --image inset.jpg --at 20,30 --attach 1"});
   DefineItems(*create, options);
-  create->callback([create, &options] { TakeItems(*create, options.items); });
+  create->callback([create, &options] { CollectItems(*create, options.items); });
 }
 
 void DefineAppend(CLI::App &app, ntf::CreateOptions &options) {
-  CLI::App *append = app.add_subcommand("append", "Append pictures, drawings and texts to a file");
-  append->add_option("IN", options.input, "NITF file")->required();
+  CLI::App *append = AddCommand(app, "append", "Append pictures, drawings and texts to a file",
+                                {"append scene.ntf -o noted.ntf --text notes.txt"});
+  append->add_option("IN", options.input, "NITF file")->required()->type_name("");
   DefineItems(*append, options);
-  append->callback([append, &options] { TakeItems(*append, options.items); });
+  append->callback([append, &options] { CollectItems(*append, options.items); });
 }
 
 void DefineSet(CLI::App &app, ntf::SetOptions &options) {
-  CLI::App *set = app.add_subcommand("set", "Change header fields");
-  set->set_version_flag("--version", "ntf " NTF_VERSION);
-  set->add_option("IN", options.input, "NITF file")->required();
-  set->add_option("FIELD=VALUE", options.fields, "Fields by their names in the standard")->required();
-  set->add_option("-o,--output", options.output, "File to write")->required();
-  set->add_flag("--force", options.force, "Overwrite a file that is there");
-  CLI::Option *image = set->add_option("--image", options.image, "Of this image, counted from 0");
-  CLI::Option *graphic = set->add_option("--graphic", options.graphic, "Of this graphic")->excludes(image);
-  set->add_option("--text", options.text, "Of this text")->excludes(image)->excludes(graphic);
+  CLI::App *set =
+      AddCommand(app, "set", "Change header fields",
+                 {"set scene.ntf -o titled.ntf FTITLE='A scene'", "set scene.ntf -o moved.ntf --image 1 ILOC=20,30"});
+  set->add_option("IN", options.input, "NITF file")->required()->type_name("");
+  set->add_option("FIELD=VALUE", options.fields, "Fields, by their names in the standard")->required()->type_name("");
+  set->add_option("-o,--output", options.output, "File to write")->required()->type_name("OUT");
+  DefineForce(*set, options.force);
+  CLI::Option *image = set->add_option("--image", options.image, "Of this image, counted from 0")->type_name("N");
+  CLI::Option *graphic =
+      set->add_option("--graphic", options.graphic, "Of this graphic")->excludes(image)->type_name("N");
+  set->add_option("--text", options.text, "Of this text")->excludes(image)->excludes(graphic)->type_name("N");
+}
+
+// ---- usage errors -------------------------------------------------------------------------------------------------
+
+/** The words of an error of the command line, where those of the parser are not a user's. */
+std::string UsageWords(const CLI::Error &error) {
+  const std::string words = error.what();
+  if (error.get_name() == "ArgumentMismatch") return words.substr(0, words.find_first_of(": ")) + " requires a value";
+  constexpr std::string_view kUnconverted = "Could not convert: ";
+  const std::size_t equals = words.find(" = ");
+  if (words.starts_with(kUnconverted) && equals != std::string::npos) {
+    const std::string name = words.substr(kUnconverted.size(), equals - kUnconverted.size());
+    return name + ": '" + words.substr(equals + 3) + "' is not a number, 0 or greater";
+  }
+  return words;
 }
 
 std::string UsageError(const CLI::App *app, const CLI::Error &error) {
   std::string command = "ntf";
   for (const CLI::App *chosen : app->get_subcommands()) command += " " + chosen->get_name();
-  return "ntf: " + std::string(error.what()) + "\nTry '" + command + " --help'.\n";
+  return "ntf: " + UsageWords(error) + "\nTry '" + command + " --help'.\n";
+}
+
+/** How many characters have to be added, removed or replaced. */
+std::size_t Distance(std::string_view one, std::string_view other) {
+  std::vector<std::size_t> row(other.size() + 1);
+  for (std::size_t column = 0; column < row.size(); ++column) row[column] = column;
+  for (const char character : one) {
+    std::size_t diagonal = row[0]++;
+    for (std::size_t column = 1; column < row.size(); ++column) {
+      const std::size_t replaced = diagonal + (character == other[column - 1] ? 0 : 1);
+      diagonal = row[column];
+      row[column] = std::min({replaced, row[column] + 1, row[column - 1] + 1});
+    }
+  }
+  return row.back();
+}
+
+/** The words for a first argument that is no command; none if it is one, or an option. */
+std::optional<std::string> UnknownCommand(const CLI::App &app, const std::vector<std::string> &arguments) {
+  if (arguments.empty()) return "no command; 'ntf --help' lists them";
+  const std::string &name = arguments[0];
+  if (name[0] == '-') return std::nullopt;
+  constexpr std::size_t kSimilar = 2;
+  std::string hint = "'ntf --help' lists them";
+  for (const CLI::App *command : app.get_subcommands([](const CLI::App *) { return true; })) {
+    const std::size_t distance = Distance(name, command->get_name());
+    if (distance == 0) return std::nullopt;
+    if (distance <= kSimilar) hint = "did you mean '" + command->get_name() + "'?";
+  }
+  return "no command '" + name + "'; " + hint;
 }
 
 ntf::Outcome RunFileCommand(const CLI::App &app, const Request &request) {
@@ -248,14 +381,16 @@ int Run(const CLI::App &app, const Request &request) {
   if (app.got_subcommand("info")) return ntf::Info(request.info) ? kDone : kFileFault;
   if (app.got_subcommand("check")) return ntf::Check(request.check) ? kDone : kFileFault;
   const ntf::Outcome failed = RunFileCommand(app, request);
-  if (failed) ntf::Report(*failed);
-  return failed ? kFileFault : kDone;
+  if (!failed) return kDone;
+  ntf::Report(*failed);
+  return failed->isUsage ? kWrongUsage : kFileFault;
 }
 
 int RunCommandLine(int argc, char **argv) {
   Request request;
-  CLI::App app("Looks at NITF 2.1 files, draws them, builds them, takes them apart, changes and checks them.", "ntf");
-  app.set_version_flag("--version", "ntf " NTF_VERSION);
+  CLI::App app("Inspect, draw, create, change and check NITF 2.1 files.", "ntf");
+  app.set_version_flag("-v,--version", "ntf " NTF_VERSION);
+  app.footer("'ntf COMMAND --help' documents a command, and 'man ntf' all of them.");
   app.require_subcommand(1);
   app.failure_message(UsageError);
   DefineInfo(app, request.info);
@@ -268,8 +403,19 @@ int RunCommandLine(int argc, char **argv) {
   DefineAppend(app, request.append);
   DefineSet(app, request.set);
   app.set_help_all_flag("--help-all", "Print the options of all commands and exit");
+  std::vector<std::string> arguments(argv + 1, argv + argc);
+  // "ntf help COMMAND" is "ntf COMMAND --help".
+  if (!arguments.empty() && arguments[0] == "help") {
+    arguments.erase(arguments.begin());
+    arguments.emplace_back("--help");
+  }
+  if (const auto words = UnknownCommand(app, arguments)) {
+    std::fprintf(stderr, "ntf: %s\n", words->c_str());
+    return kWrongUsage;
+  }
   try {
-    app.parse(argc, argv);
+    std::reverse(arguments.begin(), arguments.end());  // as the parser wants them
+    app.parse(arguments);
   } catch (const CLI::ParseError &error) {
     return app.exit(error) == 0 ? kDone : kWrongUsage;
   }

@@ -1,6 +1,6 @@
-# Completes the command line of ntf in bash: commands, options, what they take, and files by their suffixes.
+# Bash completion for ntf: commands, options, their values, and files by suffix.
 
-# Offers folders, and the files whose names end in one of the suffixes.
+# Offers folders, and files with one of the suffixes.
 _ntf_files() {
   local name path suffix
   compopt -o filenames 2>/dev/null
@@ -15,7 +15,7 @@ _ntf_files() {
 
 _ntf_words() { mapfile -t COMPREPLY < <(compgen -W "$*" -- "$word"); }
 
-# Completes what an option takes. Fails where the word before is no option that takes something.
+# Completes the value of an option. Fails if the previous word is not an option with a value.
 _ntf_value() {
   case $command:$before in
     render:--depth) _ntf_words 8 24 ;;
@@ -38,7 +38,7 @@ _ntf() {
   local building="--output --force --title --security --origin --background $segments"
   local -A options=(
     [info]='--json'
-    [render]='--output --depth --compress --fixed-canvas --tone-check --vector-render --image --padded --graphic'
+    [render]='--output --force --depth --compress --fixed-canvas --tone-check --vector-render --image --padded --graphic'
     [text]=''
     [extract]='--output --force --image --graphic --text --data-extension'
     [copy]='--force'

@@ -34,7 +34,7 @@ Outcome OutputFile::Open() {
     stream = stdout;
     return {};
   }
-  // A link stays a link: the file that it points to is the one replaced.
+  // A link stays a link: the file that it points to is replaced.
   std::error_code ignored;
   target = fs::weakly_canonical(name, ignored);
   if (target.empty()) target = name;
@@ -58,6 +58,7 @@ Outcome OutputFile::CreateBesideTarget() {
     return FailWithError(errno);
   }
   RemoveOnInterrupt(temporary.string());
+  KeepAccess(target.string(), temporary.string());
   return {};
 }
 

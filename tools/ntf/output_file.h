@@ -11,28 +11,28 @@
 namespace ntf {
 
 /**
- * Writes beside its target, in the same folder, and takes the target's name at Commit; until then a file of that name
- * stays as it is. The name "-" is the standard output. What is not a regular file, such as a device, is written
- * directly.
+ * Writes to a temporary file in the folder of its target, which Commit renames; until then an existing file of that
+ * name stays as it is. A replaced file keeps its permissions. The name "-" is standard output. Targets that are not
+ * regular files, such as devices, are written directly.
  */
 class OutputFile {
  public:
   explicit OutputFile(std::string outputName) : name(std::move(outputName)) {}
   OutputFile(const OutputFile &) = delete;
   OutputFile &operator=(const OutputFile &) = delete;
-  /** Without a Commit nothing of it remains. */
+  /** Removes the temporary file unless Commit was called. */
   ~OutputFile();
 
   Outcome Open();
-  /** False where the bytes were not taken; Failure tells why. */
+  /** Returns false on error; Failure has the reason. */
   [[nodiscard]] bool Write(const void *bytes, std::size_t size);
-  /** Writes what is held back and puts the file in its place. */
+  /** Flushes the file and renames it to the target. */
   Outcome Commit();
 
-  /** A file that another writer may fill before the Commit; Write is not for it. */
+  /** The name of the file for another writer to fill before Commit; don't combine it with Write. */
   std::string PlaceToWrite() const { return (temporary.empty() ? target : temporary).string(); }
 
-  /** The name as the user gave it. */
+  /** The name on the command line. */
   const std::string &Name() const { return name; }
   /** The problem of the last call that failed. */
   Problem Failure() const;
@@ -46,9 +46,9 @@ class OutputFile {
 
   std::string name;
   std::filesystem::path target;
-  std::filesystem::path temporary; /* empty where the target is written directly */
+  std::filesystem::path temporary; /* empty if the target is written directly */
   std::FILE *stream = nullptr;
-  int lastError = 0; /* as in errno */
+  int lastError = 0; /* an errno */
 };
 
 }  // namespace ntf

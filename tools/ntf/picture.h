@@ -1,4 +1,4 @@
-// A picture as it is written to a file, and the writers of the picture formats.
+// Pictures to write, and the writers of the picture formats.
 #pragma once
 
 #include "deflate.h"
@@ -16,8 +16,9 @@ namespace ntf {
 enum class PixelKind { Gray, Color, Palette };
 
 /**
- * The form of a picture. Rows have no padding but to a full byte: grays of 1, 8 or 16 bits, palette indices of 1 or 8
- * bits, colours as three bytes red, green, blue. One bit: the leftmost pixel in the top bit. 16 bits: high byte first.
+ * The format of a picture's pixels: grays of 1, 8 or 16 bits, palette indices of 1 or 8 bits, or colours as three bytes
+ * red, green, blue. Rows are padded to whole bytes. One bit: the leftmost pixel in the most significant bit. 16 bits:
+ * high byte first.
  */
 struct PictureShape {
   std::uint32_t width = 0;
@@ -32,7 +33,7 @@ struct PictureShape {
   }
 };
 
-/** Writes one picture, row by row from the top, to a file that is open. The caller commits the file. */
+/** Writes one picture to an open file, row by row from the top. The caller commits the file. */
 class PictureWriter {
  public:
   PictureWriter() = default;
@@ -50,16 +51,16 @@ class PictureWriter {
 
 std::unique_ptr<PictureWriter> MakePngWriter(OutputFile &output, CompressionLevel level);
 
-/** A PPM holds colours only: grays and palettes are written as the colours that they show. Nothing is compressed. */
+/** PPM has colours only: grays and palette indices are written as the colours that they show. It isn't compressed. */
 std::unique_ptr<PictureWriter> MakePpmWriter(OutputFile &output, CompressionLevel level);
 
-/** True for a name whose suffix tells a format that can be written, and for "-". */
+/** True for a name with the suffix of a format that can be written, and for "-". */
 bool IsPictureName(const std::string &name);
 
 /** True for a name of a format that is compressed, and for "-". */
 bool IsCompressedPicture(const std::string &name);
 
-/** The writer for the format that the suffix of the output's name tells, PNG for the standard output. */
+/** The writer for the format of the output's suffix; PNG for standard output. */
 std::unique_ptr<PictureWriter> MakePictureWriter(OutputFile &output, CompressionLevel level);
 
 }  // namespace ntf

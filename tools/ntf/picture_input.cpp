@@ -1,7 +1,9 @@
 #include "picture_input.h"
 
 #include "input_file.h"
+#include "status_words.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
@@ -14,7 +16,7 @@ namespace ntf {
 namespace {
 
 Problem NotAPicture(const std::string &name, const std::string &why) {
-  return {name, "is not a picture that can be read: " + why, ERROR_FILE_FORMAT};
+  return {name, "can't be read as a picture: " + why, ERROR_FILE_FORMAT};
 }
 
 Outcome MakeBitmap(const std::string &name, std::uint32_t width, std::uint32_t height, bool gray,
@@ -31,6 +33,8 @@ Outcome ReadPng(const std::string &name, const std::vector<std::uint8_t> &bytes,
   if (png_image_begin_read_from_memory(&image, bytes.data(), bytes.size()) == 0)
     return NotAPicture(name, image.message);
   const bool gray = (image.format & PNG_FORMAT_FLAG_COLOR) == 0;
+  if ((image.format & PNG_FORMAT_FLAG_ALPHA) != 0) Warn(name, "transparent pixels are blended onto white");
+  if ((image.format & PNG_FORMAT_FLAG_LINEAR) != 0) Warn(name, "samples of 16 bits are reduced to 8");
   image.format = gray ? PNG_FORMAT_GRAY : PNG_FORMAT_BGR;
   if (Outcome failed = MakeBitmap(name, image.width, image.height, gray, bitmap)) {
     png_image_free(&image);
@@ -42,7 +46,7 @@ Outcome ReadPng(const std::string &name, const std::vector<std::uint8_t> &bytes,
   return NotAPicture(name, image.message);
 }
 
-/** The next number of the header of a PPM, behind blanks and comments. */
+/** The next number in the header of a PPM; blanks and comments before it are skipped. */
 std::uint32_t TakeNumber(std::string_view &text) {
   std::uint32_t number = 0;
   while (!text.empty() && (text[0] == '#' || std::isspace(static_cast<unsigned char>(text[0])) != 0)) {
@@ -61,10 +65,11 @@ Outcome ReadPnm(const std::string &name, const std::vector<std::uint8_t> &bytes,
   text.remove_prefix(2);
   const std::uint32_t width = TakeNumber(text);
   const std::uint32_t height = TakeNumber(text);
-  if (TakeNumber(text) != 255 || width == 0 || height == 0) return NotAPicture(name, "only samples of 8 bits are");
+  if (width == 0 || height == 0) return NotAPicture(name, "it has no pixels");
+  if (TakeNumber(text) != 255) return NotAPicture(name, "only PPM with a maximum of 255 is supported");
   if (!text.empty()) text.remove_prefix(1);
   const std::uint64_t rowBytes = std::uint64_t{width} * (gray ? 1 : 3);
-  if (text.size() / rowBytes < height) return NotAPicture(name, "it is cut off");
+  if (text.size() / rowBytes < height) return NotAPicture(name, "it is truncated");
   if (Outcome failed = MakeBitmap(name, width, height, gray, bitmap)) return failed;
   for (std::uint32_t y = 0; y < height; ++y) {
     std::uint8_t *row = bitmap->pixels + std::uint64_t{y} * bitmap->bytesPerLine;
@@ -74,10 +79,24 @@ Outcome ReadPnm(const std::string &name, const std::vector<std::uint8_t> &bytes,
   return {};
 }
 
+/** Whether a JPEG file has an end-of-image marker after its headers; thumbnails in the headers have one, too. */
+bool IsWholeJpeg(const std::vector<std::uint8_t> &bytes) {
+  constexpr std::uint8_t kStartOfScan = 0xDA;
+  constexpr std::uint8_t kEnd[] = {0xFF, 0xD9};
+  std::size_t at = 2;  // behind the start-of-image marker, at the first segment: marker, length, data
+  while (at + 4 <= bytes.size() && bytes[at + 1] != kStartOfScan) {
+    at += 2 + (std::size_t{bytes[at + 2]} << 8 | bytes[at + 3]);
+  }
+  if (at >= bytes.size()) return false;
+  const auto scan = bytes.begin() + static_cast<std::ptrdiff_t>(at);
+  return std::search(scan, bytes.end(), std::begin(kEnd), std::end(kEnd)) != bytes.end();
+}
+
 Outcome ReadJpeg(const std::string &name, const std::vector<std::uint8_t> &bytes, KsLocalBitmap &bitmap) {
+  if (!IsWholeJpeg(bytes)) return NotAPicture(name, "it is truncated");
   const std::int32_t status =
       KsLoadMemory(bytes.data(), bitmap.Get(), sizeof(KsBitmap), 0, KS_ORDER_CODEC, bytes.size(), nullptr, nullptr);
-  return OutcomeOf(name, status);
+  return status == SUCCESS ? Outcome() : NotAPicture(name, StatusWords(status));
 }
 
 }  // namespace
@@ -103,7 +122,8 @@ Outcome ReadPicture(const std::string &name, KsLocalBitmap &bitmap) {
   if (front.starts_with("\x89PNG")) return ReadPng(name, bytes, bitmap);
   if (front.starts_with("P5") || front.starts_with("P6")) return ReadPnm(name, bytes, bitmap);
   if (front.starts_with("\xFF\xD8")) return ReadJpeg(name, bytes, bitmap);
-  return NotAPicture(name, "it is neither PNG, PPM nor JPEG");
+  const bool isAscii = front.starts_with("P2") || front.starts_with("P3");
+  return NotAPicture(name, isAscii ? "only binary PPM and PGM (P6, P5) are supported" : "it is not PNG, PPM or JPEG");
 }
 
 }  // namespace ntf

@@ -1,4 +1,4 @@
-// Pictures of other formats, as bitmaps.
+// Reading pictures of other formats.
 #pragma once
 
 #include "internal/ksclasses_.h"
@@ -10,10 +10,13 @@
 
 namespace ntf {
 
-/** All bytes of a file. */
+/** Reads a whole file. */
 Outcome ReadFileBytes(const std::string &name, std::vector<std::uint8_t> &bytes);
 
-/** Reads a PNG, PPM, PGM or JPEG picture: grays of 8 bits, colours of 24. Transparency lies over white. */
+/**
+ * Reads a PNG, PPM, PGM or JPEG picture into a bitmap of 8 bits (gray) or 24. Transparent pixels are blended onto
+ * white, and samples of 16 bits reduced to 8, each with a warning.
+ */
 Outcome ReadPicture(const std::string &name, KsLocalBitmap &bitmap);
 
 }  // namespace ntf

@@ -19,12 +19,12 @@ namespace ntf {
 namespace {
 
 // ---- what libpng writes -------------------------------------------------------------------------------------------
-// It reports a failure by a jump back to the setjmp of the call that it was in. Therefore each call goes through one of
-// the functions below, which hold nothing that would have to be destroyed.
+// It reports errors by a jump back to the setjmp of the call. Therefore each call goes through one of the functions
+// below, which have no objects with destructors.
 
 struct PngFailure {
   std::array<char, 120> words{};
-  bool inOutput = false; /* the file refused the bytes, so it knows the reason better */
+  bool inOutput = false; /* the output failed, and knows the reason */
 };
 
 struct PngTarget {
@@ -78,7 +78,7 @@ bool WriteChunk(png_structp png, const char *name, const std::uint8_t *bytes, st
 
 // ---- the pixels ---------------------------------------------------------------------------------------------------
 
-/** Rows on their way into the file. Their memory serves one group after the other. */
+/** A group of rows to compress and write. Its memory is reused for later groups. */
 struct RowGroup {
   PngRows rows;
   std::vector<std::uint8_t> filtered;
@@ -95,7 +95,7 @@ std::size_t PixelBytesOf(const PictureShape &shape) {
   return (shape.kind == PixelKind::Color ? 3 : 1) * shape.bits / 8;
 }
 
-/** Compresses groups of rows beside each other, one on each processor, and writes them in their order. */
+/** Compresses groups of rows in parallel, one on each processor, and writes them in order. */
 class PngWriter final : public PictureWriter {
  public:
   PngWriter(OutputFile &output, CompressionLevel compression) : target{output, {}}, level(compression) {}
@@ -136,7 +136,7 @@ class PngWriter final : public PictureWriter {
   }
 
  private:
-  /** Long enough that a start afresh costs nothing that counts, and short enough to stay in the cache. */
+  /** Large enough that compressing groups independently costs little, and small enough for the cache. */
   static constexpr std::size_t kGroupBytes = 1 << 20;
 
   void StartGroup(const std::vector<std::uint8_t> &above) {
@@ -156,7 +156,7 @@ class PngWriter final : public PictureWriter {
     if (compressing.size() >= processors) {
       if (Outcome failed = WriteFirst()) return failed;
     }
-    // Where no thread can be had the work is done when its result is asked for.
+    // If no thread can be started, the work is done when its result is needed.
     compressing.push_back(std::async([rows = std::move(group), compression = level, isLast]() mutable {
       rows->Compress(compression, isLast);
       return std::move(rows);
@@ -164,7 +164,7 @@ class PngWriter final : public PictureWriter {
     return {};
   }
 
-  /** Writes the group that is the next in the file. */
+  /** Writes the next group of the file. */
   Outcome WriteFirst() {
     std::unique_ptr<RowGroup> done;
     try {
@@ -199,7 +199,7 @@ class PngWriter final : public PictureWriter {
   CompressionLevel level;
   ZlibStream stream;
   std::size_t rowBytes = 0;
-  std::size_t pixelBytes = 0; /* as PngRows has it */
+  std::size_t pixelBytes = 0; /* as in PngRows */
   std::unique_ptr<RowGroup> group;
   std::deque<std::future<std::unique_ptr<RowGroup>>> compressing; /* in the order of the file */
   std::vector<std::unique_ptr<RowGroup>> spare;

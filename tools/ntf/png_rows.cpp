@@ -8,10 +8,10 @@
 namespace ntf {
 namespace {
 
-/** The filters that are tried, by their numbers in the file. */
+/** The filters to try, by their numbers in the file. */
 enum PngFilter : std::uint8_t { kNone, kLeft, kAbove };
 
-/** Eight bytes, each less its counterpart, without borrowing from one another. */
+/** Subtracts eight bytes at once, each from its counterpart, without borrows between them. */
 std::uint64_t Differences(std::uint64_t bytes, std::uint64_t others) {
   constexpr std::uint64_t kTopBits = 0x8080808080808080;
   return ((bytes | kTopBits) - (others & ~kTopBits)) ^ ((bytes ^ ~others) & kTopBits);
@@ -48,7 +48,7 @@ void FilterRow(const PngRows &rows, std::size_t row, PngFilter filter, std::uint
   }
 }
 
-/** The bits that the best code for the single bytes needs. */
+/** The size in bits of the best code for single bytes: their entropy. */
 double BitsOf(const std::vector<std::uint8_t> &bytes) {
   std::array<std::uint32_t, 256> counts{};
   for (const std::uint8_t byte : bytes) ++counts[byte];
@@ -60,7 +60,7 @@ double BitsOf(const std::vector<std::uint8_t> &bytes) {
   return bits;
 }
 
-/** What is best for the row in the middle is good for those around it. */
+/** The best filter for the row in the middle is good for its neighbours. */
 PngFilter ChooseFilter(const PngRows &rows) {
   if (rows.pixelBytes == 0) return kNone;
   std::vector<std::uint8_t> filtered(rows.rowBytes + 1);

@@ -11,7 +11,7 @@ bool IsContinuation(unsigned char byte) {
   return byte >= 0x80 && byte < 0xC0;
 }
 
-/** The bytes of the UTF-8 character at the front, 1 where there is none. */
+/** The number of bytes of the first UTF-8 character; 1 if there is none. */
 std::size_t CharacterBytes(std::string_view text) {
   std::size_t bytes = 1;
   if (static_cast<unsigned char>(text[0]) < 0xC2) return bytes;
@@ -19,7 +19,7 @@ std::size_t CharacterBytes(std::string_view text) {
   return bytes;
 }
 
-/** Controls of one byte, of Latin-1, and of UTF-8. */
+/** Control characters of ASCII, of Latin-1, and of Latin-1 in UTF-8. */
 bool IsControl(std::string_view character) {
   const auto first = static_cast<unsigned char>(character[0]);
   if (first < 0x20 || first == 0x7F || (first >= 0x80 && first < 0xA0)) return true;
@@ -46,6 +46,22 @@ std::string Latin1ToUtf8(std::string_view text) {
     }
   }
   return utf8;
+}
+
+std::optional<std::string> Utf8ToLatin1(std::string_view text) {
+  std::string latin1;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const auto byte = static_cast<unsigned char>(text[at]);
+    if (byte < 0x80) {
+      latin1 += text[at];
+      continue;
+    }
+    // Characters up to U+00FF have two bytes, of which the first is C2 or C3.
+    const bool isLatin1 = byte == 0xC2 || byte == 0xC3;
+    if (!isLatin1 || at + 1 == text.size() || !IsContinuation(static_cast<unsigned char>(text[at + 1]))) return {};
+    latin1 += static_cast<char>((byte & 3U) << 6 | (static_cast<unsigned char>(text[++at]) & 0x3FU));
+  }
+  return latin1;
 }
 
 bool HasControls(std::string_view text) {

@@ -1,24 +1,28 @@
-// Texts of a file, made fit to be shown.
+// Texts of a file, converted for display.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace ntf {
 
-/** Without the blanks and zero bytes around it. */
+/** Removes blanks and zero bytes from both ends. */
 std::string_view Trim(std::string_view text);
 
-/** As UTF-8; bytes above 127 are taken as Latin-1. */
+/** Converts Latin-1 to UTF-8. */
 std::string Latin1ToUtf8(std::string_view text);
 
-/** Whether a text, UTF-8 or Latin-1, has bytes that change the state of a terminal; ends of lines and tabs don't. */
+/** The other way; none if the text isn't UTF-8, or has a character that Latin-1 doesn't have. */
+std::optional<std::string> Utf8ToLatin1(std::string_view text);
+
+/** Whether a text, UTF-8 or Latin-1, has bytes that change the state of a terminal, other than line ends and tabs. */
 bool HasControls(std::string_view text);
 
-/** With a question mark for each control character. */
+/** Replaces each control character by a question mark. */
 std::string WithoutControls(std::string_view text);
 
-/** Trimmed, as UTF-8, without controls. */
+/** Trims a Latin-1 text and converts it to UTF-8 without control characters. */
 std::string Printable(std::string_view text);
 
 }  // namespace ntf

@@ -1,6 +1,7 @@
 #include "problem.h"
 
 #include "kskernel.h"
+#include "printable.h"
 #include "status_words.h"
 
 #include <cctype>
@@ -24,7 +25,12 @@ Problem SystemProblem(const std::string &subject, int error, std::int32_t status
 }
 
 void Report(const Problem &problem) {
-  std::fprintf(stderr, "ntf: %s: %s (status %d)\n", problem.subject.c_str(), problem.words.c_str(), problem.status);
+  std::fprintf(stderr, "ntf: %s: %s (status %d)\n", WithoutControls(problem.subject).c_str(),
+               WithoutControls(problem.words).c_str(), problem.status);
+}
+
+void Warn(const std::string &subject, const std::string &words) {
+  std::fprintf(stderr, "ntf: %s: warning: %s\n", WithoutControls(subject).c_str(), words.c_str());
 }
 
 }  // namespace ntf

@@ -1,4 +1,4 @@
-// What goes wrong in a command, as it is told to the user.
+// What goes wrong in a command, in words for the user.
 #pragma once
 
 #include <cstdint>
@@ -7,26 +7,30 @@
 
 namespace ntf {
 
-/** A failure in the words of the error line: "ntf: SUBJECT: WORDS (status STATUS)". */
+/** A failure, which the error line reports as "ntf: SUBJECT: WORDS (status STATUS)". */
 struct Problem {
-  std::string subject; /* the file it is about */
+  std::string subject; /* the file, or the option */
   std::string words;
-  std::int32_t status; /* a KsStatus or NitfStatus */
+  std::int32_t status;  /* a KsStatus or NitfStatus */
+  bool isUsage = false; /* the command line is wrong, not the file */
 };
 
-/** The result of a step: empty where it went well. */
+/** The result of a step: empty on success. */
 using Outcome = std::optional<Problem>;
 
-/** The problem that a status of the library stands for. */
+/** The problem that a status of the library means. */
 Problem StatusProblem(const std::string &subject, std::int32_t status);
 
-/** That problem, or none for SUCCESS. */
+/** The same, or none for SUCCESS. */
 Outcome OutcomeOf(const std::string &subject, std::int32_t status);
 
-/** The problem that the operating system told with an errno, in its words; `status` is what it comes to. */
+/** The problem that an errno of the operating system means, in its words, with a status of ours. */
 Problem SystemProblem(const std::string &subject, int error, std::int32_t status);
 
-/** Writes the error line to the standard error output. */
+/** Writes the error line to standard error. */
 void Report(const Problem &problem);
+
+/** Writes a line to standard error about something that doesn't end the command. */
+void Warn(const std::string &subject, const std::string &words);
 
 }  // namespace ntf

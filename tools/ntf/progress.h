@@ -1,4 +1,4 @@
-// A bar for work that takes long.
+// A progress bar for long operations.
 #pragma once
 
 #include <atomic>
@@ -10,8 +10,8 @@
 namespace ntf {
 
 /**
- * Shows how far the work is on the standard error output, where that is a terminal and the work has taken half a
- * second. The work that tells no amount, Advance not having been called yet, is shown by the time it has taken.
+ * Shows the progress of an operation on standard error if that is a terminal and the operation has taken half a second.
+ * Until the first call of Advance, it shows the time since the start.
  */
 class Progress {
  public:
@@ -26,7 +26,7 @@ class Progress {
     done.store(doneUnits, std::memory_order_relaxed);
   }
 
-  /** Removes the bar, so that something else can be written. */
+  /** Removes the bar, so that other output can be written. */
   void Stop();
 
  private:

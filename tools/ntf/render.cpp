@@ -7,6 +7,7 @@
 #include "output_file.h"
 #include "picture.h"
 #include "progress.h"
+#include "saving.h"
 #include "segment_drawing.h"
 #include "segment_image.h"
 
@@ -19,7 +20,7 @@
 namespace ntf {
 namespace {
 
-/** Writes the rows of a bitmap into the output, as they come. */
+/** Writes the rows of a bitmap to the output as they arrive. */
 class PictureSink {
  public:
   PictureSink(const RenderOptions &options, OutputFile &output)
@@ -48,7 +49,7 @@ class PictureSink {
   std::vector<std::uint8_t> pictureRow;
 };
 
-/** What the row callback works with. */
+/** The state of the row callback. */
 struct Delivery {
   PictureSink sink;
   Progress progress;
@@ -68,7 +69,7 @@ struct Delivery {
 
 std::int32_t TakeRow(std::uint64_t, KsBitmap *canvas, void *row, std::uint32_t rowFlags, std::uint32_t rowIndex,
                      std::uint32_t, std::uint64_t delivery) {
-  // The number is the address that the request carried.
+  // The request carries the address as a number.
   auto *target = reinterpret_cast<Delivery *>(delivery);  // NOLINT(performance-no-int-to-ptr)
   target->problem = target->Take(*canvas, row, rowFlags, rowIndex);
   return target->problem ? target->problem->status : SUCCESS;
@@ -119,7 +120,7 @@ Outcome WriteSegment(const RenderOptions &options, OutputFile &output) {
   SegmentImage image;
   if (Outcome decoded = DecodeSegment(options.file, *options.image, image)) return decoded;
   const KsBitmap &bitmap = *image.bitmap.Get();
-  // The bitmap holds whole blocks. It may also be smaller than the subheader tells, where a codec made it.
+  // The bitmap has whole blocks. One that a codec made may be smaller than the subheader says.
   const std::uint32_t width = options.padded ? bitmap.width : std::min(image.columns, bitmap.width);
   const std::uint32_t height = options.padded ? bitmap.height : std::min(image.rows, bitmap.height);
   if (width == 0 || height == 0) return Problem{options.file, "the image is empty", ERROR_FILE_FORMAT};
@@ -141,6 +142,10 @@ Outcome Write(const RenderOptions &options, OutputFile &output) {
 
 Outcome Render(const RenderOptions &options) {
   if (Outcome unreadable = CheckInput(options.file)) return unreadable;
+  if (options.output != "-") {
+    if (Outcome same = CheckNotInput(options.output, {options.file})) return same;
+    if (Outcome taken = CheckFree(options.output, options.force)) return taken;
+  }
   OutputFile output(options.output);
   if (Outcome unopened = output.Open()) return unopened;
   const Outcome failed = Write(options, output);

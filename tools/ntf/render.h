@@ -12,12 +12,13 @@ namespace ntf {
 
 struct RenderOptions {
   std::string file;
-  std::string output;                   /* the suffix tells the format; "-" is PNG on the standard output */
+  std::string output;                   /* the suffix selects the format; "-" is PNG on standard output */
+  bool force = false;                   /* overwrites a file */
   std::uint32_t depth = 24;             /* of the canvas: 8 or 24 bits */
   std::uint32_t loadFlags = 0;          /* NitfLoadFlags */
-  std::optional<std::uint32_t> image;   /* only this segment, from 0, at its own depth */
-  std::optional<std::uint32_t> graphic; /* only this segment, from 0, on white */
-  bool padded = false;                  /* with the fill of its last blocks */
+  std::optional<std::uint32_t> image;   /* only this image, from 0, at its own depth */
+  std::optional<std::uint32_t> graphic; /* only this graphic, from 0, on white */
+  bool padded = false;                  /* with the pad pixels of its last blocks */
   CompressionLevel compression = kFastest;
 };
 

@@ -8,11 +8,24 @@
 
 namespace ntf {
 
-Outcome CheckOutput(const std::string &name, bool force) {
+Outcome CheckFree(const std::string &name, bool force) {
   std::error_code ignored;
-  if (name == "-") return Problem{name, "a NITF file can't be written to the standard output", ERROR_FILE_WRITE};
   if (force || !std::filesystem::exists(std::filesystem::symlink_status(name, ignored))) return {};
-  return Problem{name, "is there already (--force overwrites it)", ERROR_FILE_WRITE};
+  return Problem{name, "already exists (use --force to overwrite)", ERROR_FILE_WRITE};
+}
+
+Outcome CheckNotInput(const std::string &output, const std::vector<std::string> &inputs) {
+  for (const std::string &input : inputs) {
+    std::error_code missing;
+    if (!std::filesystem::equivalent(output, input, missing) || missing) continue;
+    return Problem{output, "is an input of the command", ERROR_FILE_WRITE, true};
+  }
+  return {};
+}
+
+Outcome CheckOutput(const std::string &name, bool force) {
+  if (name == "-") return Problem{name, "a NITF file can't be written to standard output", ERROR_FILE_WRITE, true};
+  return CheckFree(name, force);
 }
 
 Outcome SaveChecked(const LocalHandle &handle, const std::string &name, const SavedCheck &check) {

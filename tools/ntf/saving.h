@@ -1,4 +1,4 @@
-// Saving a file through the library so that it appears whole, or not at all.
+// Saving a file through the library, so that it appears complete or not at all.
 #pragma once
 
 #include "core.h"
@@ -7,16 +7,23 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace ntf {
 
-/** Whether `name` may be written: ERROR_FILE_WRITE where a file is there already, unless `force` is set. */
+/** Refuses a name that already exists, unless `force` is set. */
+Outcome CheckFree(const std::string &name, bool force);
+
+/** Refuses an output that is, under any name or link, one of the files that the command reads. */
+Outcome CheckNotInput(const std::string &output, const std::vector<std::string> &inputs);
+
+/** Whether a NITF file may be written as `name`: not to standard output, and as CheckFree. */
 Outcome CheckOutput(const std::string &name, bool force);
 
-/** Looks at a file that was saved under a name of its own, before it takes its place. */
+/** Checks a file that was saved under a temporary name, before it replaces the output. */
 using SavedCheck = std::function<Outcome(const std::string &savedName)>;
 
-/** A handle that is destroyed with its scope. */
+/** A handle that is destroyed at the end of its scope. */
 class LocalHandle {
  public:
   LocalHandle() = default;
@@ -28,11 +35,11 @@ class LocalHandle {
 
   /** Opens a file. */
   Outcome Open(const std::string &name);
-  /** Makes a file with a header and nothing else; `name` is the one that problems are about. */
+  /** Creates a file with a header and no segments; `name` is for error messages. */
   Outcome Make(const std::string &name);
   NitfHandle Get() const { return handle; }
   FileView View() const { return FileView(handle); }
-  /** The name of the file that was opened. */
+  /** The name of the opened file. */
   const std::string &Name() const { return opened; }
 
  private:
@@ -40,7 +47,7 @@ class LocalHandle {
   std::string opened;
 };
 
-/** Saves the file of a handle as `name`, where it appears after `check` found nothing wrong. */
+/** Saves the file of a handle as `name`, which appears only if `check` succeeds. */
 Outcome SaveChecked(const LocalHandle &handle, const std::string &name, const SavedCheck &check);
 
 }  // namespace ntf

@@ -19,13 +19,12 @@ const char *KindWord(SegmentKind kind) {
 }
 
 Outcome CheckSegment(const std::string &fileName, const FileView &file, SegmentKind kind, std::uint32_t index) {
-  constexpr std::int32_t kIndexOutOfRange = 87;
   if (file.Has(kind, index)) return {};
   const std::string word = KindWord(kind);
   const std::uint32_t count = file.Count(kind);
   const std::string held = count == 0 ? "no " + word : std::to_string(count) + " " + word + (count == 1 ? "" : "s");
   return Problem{fileName, "there is no " + word + " " + std::to_string(index) + ": the file has " + held,
-                 kIndexOutOfRange};
+                 NITF_OUT_OF_RANGE, true};
 }
 
 }  // namespace ntf

@@ -1,4 +1,4 @@
-// A segment that a command names by its kind and number.
+// Segments chosen on the command line by kind and number.
 #pragma once
 
 #include "core.h"
@@ -8,10 +8,10 @@
 
 namespace ntf {
 
-/** What a kind of segments is called: "image", "data extension". */
+/** The name of a kind of segments: "image", "data extension". */
 const char *KindWord(SegmentKind kind);
 
-/** Whether a file has segment `index` of a kind, counted from 0. */
+/** Fails if a file has no segment `index` of a kind, counted from 0. */
 Outcome CheckSegment(const std::string &fileName, const FileView &file, SegmentKind kind, std::uint32_t index);
 
 }  // namespace ntf

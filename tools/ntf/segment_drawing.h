@@ -9,7 +9,7 @@
 
 namespace ntf {
 
-/** Draws graphic segment `index`, counted from 0, of a file alone on a white picture that it fills, of 24 bits. */
+/** Draws graphic `index`, counted from 0, of a file on a white 24-bit picture of its size. */
 Outcome DrawSegment(const std::string &fileName, std::uint32_t index, KsLocalBitmap &picture);
 
 }  // namespace ntf

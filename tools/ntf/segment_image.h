@@ -11,7 +11,7 @@ namespace ntf {
 
 struct SegmentImage {
   KsLocalBitmap bitmap;      /* whole blocks, at the segment's own depth */
-  std::uint32_t columns = 0; /* NCOLS: what of each row is the image */
+  std::uint32_t columns = 0; /* NCOLS: the image's part of each row */
   std::uint32_t rows = 0;    /* NROWS */
 };
 

@@ -26,7 +26,7 @@ Outcome Set(const SetOptions &options) {
   }
   for (const std::string &field : options.fields) {
     const std::size_t equals = field.find('=');
-    if (equals == std::string::npos) return Problem{field, "is not FIELD=VALUE", ERROR_INVALID_VALUE};
+    if (equals == std::string::npos) return Problem{field, "is not FIELD=VALUE", ERROR_INVALID_VALUE, true};
     Outcome failed =
         ChangeField(options.input, handle.View(), choice, field.substr(0, equals), field.substr(equals + 1));
     if (failed) return failed;

@@ -1,4 +1,4 @@
-// ntf set: header fields changed.
+// ntf set: changing header fields.
 #pragma once
 
 #include "problem.h"
@@ -15,7 +15,7 @@ struct SetOptions {
   std::string output;
   bool force = false;              /* overwrites a file */
   std::vector<std::string> fields; /* FIELD=VALUE */
-  // Whose fields, counted from 0; the file header's where none is named.
+  // The segment, counted from 0; the file header if none is chosen.
   std::optional<std::uint32_t> image;
   std::optional<std::uint32_t> graphic;
   std::optional<std::uint32_t> text;

@@ -10,31 +10,30 @@ struct StatusRow {
   const char *words;
 };
 
-// The values without a name are results of the authoring functions.
 constexpr StatusRow kStatusTable[] = {
-    {SUCCESS, "no failure"},
-    {0, "no handle, or the limit of 999 segments of a kind is reached"},
-    {87, "no such segment, or no record for it"},
-    {ERROR_NO_MEMORY, "not enough memory, or a picture above the size limit"},
-    {ERROR_NO_STORAGE, "a bitmap has no storage"},
-    {ERROR_FILE_WRITE, "could not be written in full"},
-    {ERROR_FILE_READ, "ends too early, or can't be read"},
-    {ERROR_FILE_FORMAT, "is not a NITF file, or a header field is wrong"},
+    {SUCCESS, "success"},
+    {NITF_TOO_MANY_SEGMENTS, "the file already has 999 segments of the kind"},
+    {NITF_OUT_OF_RANGE, "no such segment"},
+    {ERROR_NO_MEMORY, "out of memory, or the picture exceeds the size limit"},
+    {ERROR_NO_STORAGE, "the bitmap has no pixels"},
+    {ERROR_FILE_WRITE, "could not be written completely"},
+    {ERROR_FILE_READ, "is truncated, or can't be read"},
+    {ERROR_FILE_FORMAT, "is not a NITF file, or is malformed"},
     {ERROR_NO_FILE, "no such file"},
-    {-11, "an image is wider or higher than 65535 pixels"},
-    {ERROR_INVALID_VALUE, "a value is not allowed, or the stream file header is missing"},
-    {-14, "a text file can't be opened"},
-    {ERROR_NOT_SUPPORTED, "image data or a drawing of a kind that can't be decoded"},
-    {-21, "a compression quality is out of range"},
-    {ERROR_BITS_PER_PIXEL, "a number of bits per pixel that is not supported"},
+    {ERROR_BITMAP_SIZE, "the picture is wider or higher than 65500 pixels"},
+    {ERROR_INVALID_VALUE, "invalid value, or missing stream file header"},
+    {NITF_NO_TEXT_FILE, "the text file can't be opened"},
+    {ERROR_NOT_SUPPORTED, "image data or drawing of an unsupported kind"},
+    {ERROR_QUALITY, "the compression quality is out of range"},
+    {ERROR_BITS_PER_PIXEL, "unsupported number of bits per pixel"},
     {NITF_UNSUPPORTED_VERSION, "version is not 02.10"},
-    {-261, "no handle"},
-    {-501, "a drawing is empty"},
-    {-814, "no data"},
+    {NITF_NULL_HANDLE, "no handle"},
+    {NITF_EMPTY_DRAWING, "the drawing has no objects"},
+    {NITF_NULL_DATA, "no data"},
     {NITF_UNSUPPORTED_PVTYPE, "pixel value type is neither INT nor B"},
     {NITF_UNSUPPORTED_CLEVEL, "compliance level is not 03"},
     {NITF_UNSUPPORTED_BPP, "several bands of 16 bits"},
-    {NITF_UNSUPPORTED_TILE, "compressed data of a kind that the format doesn't hold"},
+    {NITF_UNSUPPORTED_TILE, "a compressed block is neither JPEG nor JPEG 2000"},
 };
 
 }  // namespace
@@ -43,7 +42,7 @@ const char *StatusWords(std::int32_t status) {
   for (const StatusRow &row : kStatusTable) {
     if (row.status == status) return row.words;
   }
-  return "unknown failure";
+  return "unknown error";
 }
 
 }  // namespace ntf

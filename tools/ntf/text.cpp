@@ -29,7 +29,8 @@ Outcome PrintText(const std::string &fileName, const FileView &file, std::uint32
   const std::int32_t status = file.ReadData(SegmentKind::Text, index, text);
   if (status != SUCCESS) return StatusProblem(fileName, status);
   if (StandardOutputIsTerminal() && HasControls(text)) {
-    return Problem{fileName, "text " + std::to_string(index) + " holds control bytes, which are not sent to a terminal",
+    return Problem{fileName,
+                   "text " + std::to_string(index) + " has control characters, which are not sent to a terminal",
                    ERROR_INVALID_VALUE};
   }
   if (!withHeading) return Write(text);

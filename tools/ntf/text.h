@@ -11,10 +11,10 @@ namespace ntf {
 
 struct TextOptions {
   std::string file;
-  std::optional<std::uint32_t> text; /* only this segment, from 0, without a heading */
+  std::optional<std::uint32_t> text; /* only this text, from 0, without a heading */
 };
 
-/** Prints texts as the bytes they are. Control bytes are not sent to a terminal. */
+/** Prints texts unchanged. A text with control characters is not sent to a terminal. */
 Outcome PrintTexts(const TextOptions &options);
 
 }  // namespace ntf
