@@ -2,7 +2,7 @@
 
 #include "kscore/allocation.h"
 #include "kscore/palette.h"
-#include "platform/pages.h"
+#include "kscore/pages.h"
 
 #include <algorithm>
 #include <atomic>
@@ -42,7 +42,7 @@ bool MakeStorage(KsBitmap &bitmap) {
   const uint64_t bytes = uint64_t{bitmap.bytesPerLine} * bitmap.height;
   bitmap.pixels = static_cast<uint8_t *>(kscore::AllocateZeroed(KS_MEMORY_PIXELS, 1, bytes));
   if (bitmap.pixels == nullptr) return false;
-  platform::ExpectWholeUse(bitmap.pixels, bytes);
+  kscore::ExpectWholeUse(bitmap.pixels, bytes);
   bitmap.storageBytes = bytes;
   bitmap.flags |= KS_BITMAP_ALLOCATED | kscore::kBitmapUntouched;
   return true;

@@ -1,0 +1,635 @@
+#include "cgm_builder.h"
+#include "ksvect/cgm/reader.h"
+#include "ksvect/cgm/elements.h"
+#include "service_test.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <variant>
+
+namespace {
+
+using namespace ksvect;
+using namespace ksvect::cgm;
+
+Drawing Read(const Bytes &metafile) {
+  Drawing drawing;
+  EXPECT_EQ(ReadCgm(metafile, drawing), SUCCESS);
+  return drawing;
+}
+
+const std::vector<Object> &ObjectsOf(const Drawing &drawing) {
+  static const std::vector<Object> none;
+  return drawing.layers.empty() ? none : drawing.layers.front().objects;
+}
+
+/** The only object that a metafile draws, and its style. */
+struct Drawn {
+  explicit Drawn(const CgmBuilder &metafile) : drawing(Read(metafile.Finish())) {
+    EXPECT_EQ(ObjectsOf(drawing).size(), 1U);
+    if (ObjectsOf(drawing).empty()) return;
+    shape = ObjectsOf(drawing).back().shape;
+    style = drawing.styles.at(ObjectsOf(drawing).back().style);
+  }
+  Drawing drawing;
+  Shape shape;
+  Style style;
+};
+
+constexpr Color kColors[] = {0xFFFFFF, 0x000000, 0x102030, 0xC04080};
+
+/** A colour of the scene, in the way of its metafile. */
+CgmParameters &Put(CgmParameters &parameters, const CgmBuilder &metafile, int index) {
+  return metafile.coding.directColor ? parameters.Direct(kColors[index]) : parameters.ColorIndex(index);
+}
+
+CgmParameters ColorOf(const CgmBuilder &metafile, int index) {
+  CgmParameters parameters = metafile.New();
+  Put(parameters, metafile, index);
+  return parameters;
+}
+
+CgmParameters Cells(const CgmBuilder &metafile, CgmParameters parameters) {
+  for (const auto &row : {std::vector{2, 3, 2}, {3, 3, 1}}) {
+    parameters.Align();
+    for (const int cell : row) Put(parameters, metafile, cell);
+  }
+  return parameters;
+}
+
+/** Something of every type of parameter; numbers fit into all precisions. */
+Bytes Scene(const CgmCoding &coding) {
+  CgmBuilder cgm(coding, {0, 100}, {100, 0});
+  cgm.Add(kAttributes, kColorTable, cgm.New().ColorIndex(2).Direct(kColors[2]).Direct(kColors[3]))
+      .Add(kAttributes, kLineWidth, cgm.New().Real(2.25))
+      .Add(kAttributes, kLineType, cgm.New().Index(2))
+      .Add(kAttributes, kLineColor, ColorOf(cgm, 3))
+      .Add(kPrimitives, kPolyline, cgm.New().Points({{1, 2}, {3, 4}, {-5, 6}, {7, 8}, {9, 10}, {11, 12}, {0, 1}}))
+      .Add(kAttributes, kInteriorStyle, cgm.New().Enumeration(2))
+      .Add(kAttributes, kPatternTable, Cells(cgm, cgm.New().Index(1).Integer(3).Integer(2).Integer(0)))
+      .Add(kPrimitives, kRectangle, cgm.New().Points({{5, 5}, {50, 60}}))
+      .Add(kPrimitives, kCircularArcCenterClose, cgm.New().Points({{50, 50}, {1, 0}, {0, 1}}).Vdc(25).Enumeration(1))
+      .Add(kPrimitives, kPolygonSet,
+           cgm.New().Points({{0, 0}}).Enumeration(1).Points({{9, 0}}).Enumeration(0).Points({{9, 9}}).Enumeration(3))
+      .Add(kPrimitives, kCellArray,
+           Cells(cgm, cgm.New().Points({{0, 0}, {30, 20}, {30, 0}}).Integer(3).Integer(2).Integer(0).Enumeration(1)))
+      .Add(kAttributes, kTextAlignment, cgm.New().Enumeration(2).Enumeration(3).Real(-0.5).Real(0.25))
+      .Add(kPrimitives, kText, cgm.New().Points({{10, 20}}).Enumeration(1).String(std::string(300, 'a')))
+      .Add(kPrimitives, kPolymarker, cgm.New().Points({{7, 7}}));
+  return cgm.Finish();
+}
+
+constexpr std::size_t kSceneObjects = 7;
+
+class CgmCodingTest : public ServiceTestWith<CgmCoding> {};
+
+TEST_P(CgmCodingTest, GivesTheSameDrawing) {
+  const Drawing usual = Read(Scene({}));
+  ASSERT_EQ(ObjectsOf(usual).size(), kSceneObjects);
+  EXPECT_TRUE(Read(Scene(GetParam())) == usual);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Codings, CgmCodingTest,
+    testing::Values(CgmCoding{.integer = 8, .index = 8, .vdcInteger = 8}, CgmCoding{.integer = 24, .index = 24},
+                    CgmCoding{.integer = 32, .index = 32, .vdcInteger = 32}, CgmCoding{.vdcInteger = 24},
+                    CgmCoding{.color = 16, .colorIndex = 16}, CgmCoding{.color = 24, .colorIndex = 24},
+                    CgmCoding{.color = 32, .colorIndex = 32}, CgmCoding{.directColor = true},
+                    CgmCoding{.color = 16, .directColor = true}, CgmCoding{.color = 32, .directColor = true},
+                    CgmCoding{.real = CgmReal::Float32}, CgmCoding{.real = CgmReal::Float64},
+                    CgmCoding{.real = CgmReal::Fixed64}, CgmCoding{.vdcReal = CgmReal::Float32, .vdcIsReal = true},
+                    CgmCoding{.vdcReal = CgmReal::Float64, .vdcIsReal = true}, CgmCoding{.vdcIsReal = true},
+                    CgmCoding{.vdcReal = CgmReal::Fixed64, .vdcIsReal = true}, CgmCoding{.partition = 2},
+                    CgmCoding{.partition = 30}));
+
+// ---- shapes
+
+/** Parameters of elements, as data. */
+using P = CgmBuilder::Corner;
+struct Vdc {
+  double value;
+};
+struct Real {
+  double value;
+};
+struct Int {
+  int value;
+};
+struct Enum {
+  int value;
+};
+struct Ix {
+  int value;
+};
+struct Ci {
+  int value;
+};
+using Parameters = std::vector<std::variant<P, Vdc, Real, Int, Enum, Ix, Ci, std::string, Bytes>>;
+
+struct Putter {
+  void operator()(const P &point) const { to.Points({point}); }
+  void operator()(Vdc number) const { to.Vdc(number.value); }
+  void operator()(Real number) const { to.Real(number.value); }
+  void operator()(Int number) const { to.Integer(number.value); }
+  void operator()(Enum number) const { to.Enumeration(number.value); }
+  void operator()(Ix number) const { to.Index(number.value); }
+  void operator()(Ci number) const { to.ColorIndex(number.value); }
+  void operator()(const std::string &text) const { to.String(text); }
+  void operator()(const Bytes &bytes) const { to.Raw(bytes); }
+  CgmParameters &to;
+};
+
+void Add(CgmBuilder &cgm, unsigned group, unsigned element, const Parameters &list) {
+  CgmParameters parameters = cgm.New();
+  for (const auto &parameter : list) std::visit(Putter{parameters}, parameter);
+  cgm.Add(group, element, parameters);
+}
+
+struct ShapeCase {
+  std::string name;
+  unsigned element;
+  Parameters parameters;
+  Shape shape;
+};
+
+constexpr double kPi = 3.14159265358979323846;
+const Parameters kCorners = {P{1, 2}, P{30, 4}, P{5, 60}};
+const std::vector<Point> kCornerPoints = {{1, 2}, {30, 4}, {5, 60}};
+
+class CgmShapeTest : public ServiceTestWith<ShapeCase> {};
+
+TEST_P(CgmShapeTest, IsRead) {
+  CgmBuilder cgm;
+  Add(cgm, kPrimitives, GetParam().element, GetParam().parameters);
+  EXPECT_TRUE(Drawn(cgm).shape == GetParam().shape);
+}
+
+const ShapeCase kShapes[] = {
+    {"Polyline", kPolyline, kCorners, Polyline{kCornerPoints}},
+    {"DisjointPolyline", kDisjointPolyline, {P{1, 2}, P{3, 4}, P{5, 6}}, DisjointPolyline{{{1, 2}, {3, 4}}}},
+    {"Polymarker", kPolymarker, kCorners, Markers{kCornerPoints}},
+    {"Polygon", kPolygon, kCorners, Polygon{kCornerPoints}},
+    {"Rectangle", kRectangle, {P{5, 6}, P{1, 2}}, Rectangle{{5, 6}, {1, 2}}},
+    {"Circle", kCircle, {P{5, 6}, Vdc{3}}, Ellipse{{5, 6}, {3, 0}, {0, 3}}},
+    {"Ellipse", kEllipse, {P{5, 6}, P{9, 7}, P{4, 8}}, Ellipse{{5, 6}, {4, 1}, {-1, 2}}},
+    {"ArcOverTheCut",
+     kCircularArcCenter,
+     {P{5, 6}, P{0, 2}, P{0, -2}, Vdc{3}},
+     Ellipse{{5, 6}, {3, 0}, {0, 3}, Closure::Open, kPi / 2, 1.5 * kPi}},
+    {"ArcOfOneRay",
+     kCircularArcCenterClose,
+     {P{5, 6}, P{2, 0}, P{4, 0}, Vdc{3}, Enum{0}},
+     Ellipse{{5, 6}, {3, 0}, {0, 3}, Closure::Pie, 0, 2 * kPi}},
+    {"ArcThroughARow", kCircularArc3Point, {P{0, 0}, P{1, 1}, P{2, 2}}, Polyline{{{0, 0}, {1, 1}, {2, 2}}}},
+    {"ArcThroughARowClosed",
+     kCircularArc3PointClose,
+     {P{0, 0}, P{1, 1}, P{2, 2}, Enum{1}},
+     Polygon{{{0, 0}, {1, 1}, {2, 2}}}},
+    {"RestrictedText",
+     kRestrictedText,
+     {Vdc{40}, Vdc{10}, P{3, 4}, Enum{1}, std::string("in\nside")},
+     Text{{3, 4}, "inside", true, {40, 10}}},
+    {"PackedCells",
+     kCellArray,
+     {P{0, 0}, P{9, 9}, P{9, 0}, Int{3}, Int{2}, Int{2}, Enum{1}, Bytes{0b00011000, 0, 0b01000100, 0}},
+     CellArray{{0, 0}, {9, 9}, {9, 0}, 3, 2, {0xFFFFFF, 0, 0x0000FF, 0, 0xFFFFFF, 0}}},
+    // Of runs with colours of a bit, the second one begins within a byte.
+    {"CellsInRuns",
+     kCellArray,
+     {P{0, 0}, P{9, 9}, P{9, 0}, Int{3}, Int{2}, Int{1}, Enum{0},
+      Bytes{0, 2, 0b10000000, 0b00000000, 0b10000000, 0, 0, 3, 0b10000000}},
+     CellArray{{0, 0}, {9, 9}, {9, 0}, 3, 2, {0, 0, 0xFFFFFF, 0, 0, 0}}},
+};
+
+INSTANTIATE_TEST_SUITE_P(Primitives, CgmShapeTest, testing::ValuesIn(kShapes),
+                         [](const auto &given) { return given.param.name; });
+
+// ---- curves in all directions of the axes
+
+struct CurveCase {
+  unsigned element;
+  Parameters parameters;
+  Point start, middle, end; /**< where the metafile has them */
+};
+const double kHalf = std::sqrt(0.5);
+const CurveCase kCurves[] = {
+    {kCircularArcCenter,
+     {P{50, 40}, P{1, 0}, P{0, 1}, Vdc{20}},
+     {70, 40},
+     {50 + 20 * kHalf, 40 + 20 * kHalf},
+     {50, 60}},
+    {kCircularArcCenterReversed,
+     {P{50, 40}, P{1, 0}, P{0, 1}, Vdc{20}},
+     {70, 40},
+     {50 - 20 * kHalf, 40 - 20 * kHalf},
+     {50, 60}},
+    {kCircularArc3Point, {P{70, 40}, P{50, 60}, P{30, 40}}, {70, 40}, {50, 60}, {30, 40}},
+    {kCircularArc3Point, {P{30, 40}, P{50, 60}, P{70, 40}}, {30, 40}, {50, 60}, {70, 40}},
+    {kCircularArc3PointClose, {P{70, 40}, P{30, 40}, P{70, 40}, Enum{1}}, {70, 40}, {30, 40}, {70, 40}},
+    {kEllipticalArc,
+     {P{50, 40}, P{90, 40}, P{50, 50}, P{1, 0}, P{0, 1}},
+     {90, 40},
+     {50 + 40 * kHalf, 40 + 10 * kHalf},
+     {50, 50}},
+    // The second diameter is on the other side: the arc runs the other way.
+    {kEllipticalArcClose,
+     {P{50, 40}, P{90, 40}, P{50, 30}, P{1, 0}, P{0, -1}, Enum{0}},
+     {90, 40},
+     {50 + 40 * kHalf, 40 - 10 * kHalf},
+     {50, 30}},
+};
+
+using Extent = std::pair<CgmBuilder::Corner, CgmBuilder::Corner>;
+class CgmDirectionTest : public ServiceTestWith<Extent> {
+ protected:
+  const CgmBuilder::Corner first = GetParam().first, second = GetParam().second;
+  Point Turned(Point point) const {
+    return {first.first < second.first ? point.x : -point.x, first.second < second.second ? point.y : -point.y};
+  }
+};
+
+void ExpectNear(Point a, Point b, const char *what) {
+  EXPECT_LT(std::hypot(a.x - b.x, a.y - b.y), 1e-9) << what << ": " << a.x << ", " << a.y;
+}
+
+TEST_P(CgmDirectionTest, CurvesRunTheSameWay) {
+  for (const CurveCase &curve : kCurves) {
+    SCOPED_TRACE(curve.element);
+    CgmBuilder cgm({}, first, second);
+    Add(cgm, kPrimitives, curve.element, curve.parameters);
+    const auto arc = std::get<Ellipse>(Drawn(cgm).shape);
+    const auto at = [&arc](double t) { return arc.center + arc.first * std::cos(t) + arc.second * std::sin(t); };
+    EXPECT_GT(arc.end, arc.start);
+    ExpectNear(at(arc.start), Turned(curve.start), "start");
+    ExpectNear(at((arc.start + arc.end) / 2), Turned(curve.middle), "middle");
+    ExpectNear(at(arc.end), Turned(curve.end), "end");
+  }
+}
+
+TEST_P(CgmDirectionTest, TheFirstCornerIsTheLowerLeftOne) {
+  CgmBuilder cgm({}, first, second);
+  cgm.Add(kPrimitives, kText, cgm.New().Points({{10, 20}}).Enumeration(1).String("A"));
+  const Drawn drawn(cgm);
+  EXPECT_EQ(drawn.drawing.extent, (Box{Turned({first.first, first.second}), Turned({second.first, second.second})}));
+  EXPECT_LT(drawn.drawing.extent.low.x, drawn.drawing.extent.high.x);
+  EXPECT_LT(drawn.drawing.extent.low.y, drawn.drawing.extent.high.y);
+  EXPECT_EQ(drawn.style.clip, drawn.drawing.extent);
+  EXPECT_EQ(std::get<Text>(drawn.shape).position, Turned({10, 20}));
+  EXPECT_EQ(drawn.style.text.up, Turned({0, 1}));
+  EXPECT_EQ(drawn.style.text.along, Turned({1, 0}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Extents, CgmDirectionTest,
+                         testing::Values(Extent{{0, 0}, {100, 200}}, Extent{{0, 200}, {100, 0}},
+                                         Extent{{100, 0}, {0, 200}}, Extent{{100, 200}, {0, 0}}));
+
+using CgmCurveTest = ServiceTest;
+
+TEST_F(CgmCurveTest, BezierCurvesBecomeLines) {
+  CgmBuilder cgm;
+  const auto cubic = cgm.New().Index(2).Points({{0, 0}, {0, 40}, {40, 40}, {40, 0}, {40, -40}, {80, -40}, {80, 0}});
+  const Drawn drawn(cgm.Add(kPrimitives, kPolybezier, cubic));
+  const auto &points = std::get<Polyline>(drawn.shape).points;
+  ASSERT_EQ(points.size() % 2, 1U);
+  ExpectNear(points.front(), {0, 0}, "start");
+  ExpectNear(points[points.size() / 4], {20, 30}, "top");
+  ExpectNear(points[points.size() / 2], {40, 0}, "between the curves");
+  ExpectNear(points.back(), {80, 0}, "end");
+}
+
+TEST_F(CgmCurveTest, AFigureIsOneArea) {
+  CgmBuilder cgm;
+  cgm.Add(kDelimiters, kBeginFigure)
+      .Add(kPrimitives, kPolyline, cgm.New().Points({{0, 0}, {9, 0}}))
+      .Add(kPrimitives, kPolyline, cgm.New().Points({{9, 9}, {0, 9}}))
+      .Add(kPrimitives, kConnectingEdge)
+      .Add(kControls, kNewRegion)
+      .Add(kPrimitives, kRectangle, cgm.New().Points({{2, 2}, {4, 4}}))
+      .Add(kDelimiters, kEndFigure);
+  using enum EdgeFlag;
+  EXPECT_TRUE(Drawn(cgm).shape ==
+              Shape(PolygonSet{{{0, 0}, {9, 0}, {9, 9}, {0, 9}, {2, 2}, {4, 2}, {4, 4}, {2, 4}},
+                               {Visible, Invisible, Visible, CloseVisible, Visible, Visible, Visible, CloseVisible}}));
+}
+
+// ---- looks
+
+struct Element {
+  unsigned group;
+  unsigned number;
+  Parameters parameters;
+};
+
+struct StyleCase {
+  std::string name;
+  std::vector<Element> elements;
+  void (*change)(Style &);
+};
+
+StyleCase One(std::string name, unsigned element, const Parameters &parameters, void (*change)(Style &)) {
+  return {std::move(name), {{kAttributes, element, parameters}}, change};
+}
+
+/** A size of 25 told in some mode, of which the width of lines is 0.25. */
+StyleCase Sized(std::string name, int mode, void (*change)(Style &)) {
+  StyleCase sized{std::move(name), {}, change};
+  for (const unsigned element : {kLineWidthMode, kMarkerSizeMode, kEdgeWidthMode}) {
+    sized.elements.push_back({kPictureDescriptors, element, {Enum{mode}}});
+  }
+  for (const unsigned element : {kLineWidth, kMarkerSize, kEdgeWidth}) {
+    sized.elements.push_back({kAttributes, element, mode == 0 ? Parameters{Vdc{25}} : Parameters{Real{0.25}}});
+  }
+  return sized;
+}
+
+void SetSizes(Style &style, Measure line, Measure marker) {
+  style.line.width = style.edge.width = line;
+  style.marker.size = marker;
+}
+
+class CgmStyleTest : public ServiceTestWith<StyleCase> {};
+
+TEST_P(CgmStyleTest, IsThatOfTheElements) {
+  CgmBuilder cgm;
+  Style expected;
+  expected.clipped = true;
+  expected.clip = {{0, 0}, {100, 100}};
+  GetParam().change(expected);
+  for (const Element &element : GetParam().elements) Add(cgm, element.group, element.number, element.parameters);
+  EXPECT_TRUE(Drawn(cgm.Add(kPrimitives, kPolymarker, cgm.New().Points({{1, 1}}))).style == expected);
+}
+
+constexpr double kPixel = 25.4 / 72;
+
+/** Elements that replace defaults: the edge's colour, and the hatch. */
+Bytes Replacements() {
+  CgmBuilder cgm;
+  cgm.bytes.clear();
+  Add(cgm, kAttributes, kEdgeColor, {Ci{2}});
+  Add(cgm, kAttributes, kHatchIndex, {Ix{5}});
+  return cgm.bytes;
+}
+
+const StyleCase kStyles[] = {
+    {"Defaults", {}, [](Style &) {}},
+    One("LineType", kLineType, {Ix{4}}, [](Style &s) { s.line.dash = Dash::DashDot; }),
+    One("LineTypeUnknown", kLineType, {Ix{-3}}, [](Style &) {}),
+    One("LineColor", kLineColor, {Ci{2}}, [](Style &s) { s.line.color = 0x0000FF; }),
+    One("MarkerType", kMarkerType, {Ix{5}}, [](Style &s) { s.marker.type = Marker::Cross; }),
+    One("MarkerColor", kMarkerColor, {Ci{2}}, [](Style &s) { s.marker.color = 0x0000FF; }),
+    One("TextColor", kTextColor, {Ci{2}}, [](Style &s) { s.text.color = 0x0000FF; }),
+    One("Expansion", kCharacterExpansionFactor, {Real{1.5}}, [](Style &s) { s.text.expansion = 1.5; }),
+    One("Spacing", kCharacterSpacing, {Real{-0.25}}, [](Style &s) { s.text.spacing = -0.25; }),
+    One("Height", kCharacterHeight, {Vdc{12}}, [](Style &s) { s.text.height = 12; }),
+    One("Up", kCharacterOrientation, {P{-2, 0}, P{1, 0}},
+        [](Style &s) {
+          s.text.up = Point{-2, 0};
+        }),
+    One("Along", kCharacterOrientation, {P{0, 1}, P{0, 3}},
+        [](Style &s) {
+          s.text.along = Point{0, 3};
+        }),
+    One("Path", kTextPath, {Enum{3}}, [](Style &s) { s.text.path = TextPath::Down; }),
+    One("Alignment", kTextAlignment, {Enum{4}, Enum{6}, Real{0.25}, Real{0.75}},
+        [](Style &s) {
+          s.text.across = AlignAcross::Continuous;
+          s.text.upwards = AlignUp::Continuous;
+          s.text.acrossPart = 0.25;
+          s.text.upwardsPart = 0.75;
+        }),
+    One("Interior", kInteriorStyle, {Enum{3}}, [](Style &s) { s.fill.interior = Interior::Hatch; }),
+    One("FillColor", kFillColor, {Ci{2}}, [](Style &s) { s.fill.color = 0x0000FF; }),
+    One("Hatch", kHatchIndex, {Ix{6}}, [](Style &s) { s.fill.hatch = Hatch::DiagonalCross; }),
+    One("EdgeType", kEdgeType, {Ix{3}}, [](Style &s) { s.edge.dash = Dash::Dot; }),
+    One("EdgeColor", kEdgeColor, {Ci{2}}, [](Style &s) { s.edge.color = 0x0000FF; }),
+    One("EdgeVisibility", kEdgeVisibility, {Enum{1}}, [](Style &s) { s.edgeVisible = true; }),
+    Sized("Absolute", 0,
+          [](Style &s) {
+            SetSizes(s, {25, false}, {25, false});
+          }),
+    Sized("Scaled", 1,
+          [](Style &s) {
+            SetSizes(s, {0.25, true}, {0.25, true});
+          }),
+    Sized("Fractional", 2,
+          [](Style &s) {
+            SetSizes(s, {25, false}, {25, false});
+          }),
+    Sized("Millimeters", 3,
+          [](Style &s) {
+            SetSizes(s, {0.25 / kPixel, true}, {0.25 / (10 * kPixel), true});
+          }),
+    {"AbsoluteUntold",
+     {{kPictureDescriptors, kLineWidthMode, {Enum{0}}}},
+     [](Style &s) {
+       s.line.width = Measure{0.1, false};
+     }},
+    {"Clip",
+     {{kControls, kClipRectangle, {P{9, 8}, P{1, 2}}}},
+     [](Style &s) {
+       s.clip = Box{{1, 2}, {9, 8}};
+     }},
+    {"NoClip", {{kControls, kClipIndicator, {Enum{0}}}}, [](Style &s) { s.clipped = false, s.clip = {}; }},
+    {"Gaps",
+     {{kControls, kTransparency, {Enum{0}}}, {kControls, kAuxiliaryColor, {Ci{3}}}},
+     [](Style &s) { s.transparent = false, s.auxiliary = 0x00FF00; }},
+    {"ColorExtent",
+     {{kMetafileDescriptors, kColorValueExtent, {Bytes{50, 0, 0, 150, 255, 255}}},
+      {kPictureDescriptors, kColorSelectionMode, {Enum{1}}},
+      {kAttributes, kLineColor, {Bytes{100, 20, 255}}}},
+     [](Style &s) { s.line.color = 0xFF1480; }},
+    // The picture's own colours are those of the moment at which something is drawn.
+    {"ColorTableAfterwards",
+     {{kAttributes, kLineColor, {Ci{200}}}, {kAttributes, kColorTable, {Ci{200}, Bytes{0x33, 0x22, 0x11}}}},
+     [](Style &s) { s.line.color = 0x112233; }},
+    {"DefaultsReplacement",
+     {{kMetafileDescriptors, kMetafileDefaultsReplacement, {Replacements()}}},
+     [](Style &s) { s.edge.color = 0x0000FF, s.fill.hatch = Hatch::Cross; }},
+    {"Segment",
+     {{kDelimiters, kBeginSegment, {Int{1}}}, {kAttributes, kLineType, {Ix{4}}}, {kDelimiters, kEndSegment, {}}},
+     [](Style &) {}},
+};
+
+INSTANTIATE_TEST_SUITE_P(Attributes, CgmStyleTest, testing::ValuesIn(kStyles),
+                         [](const auto &given) { return given.param.name; });
+
+using CgmLooksTest = ServiceTest;
+
+TEST_F(CgmLooksTest, APatternFills) {
+  CgmBuilder cgm;
+  cgm.Add(kAttributes, kInteriorStyle, cgm.New().Enumeration(2))
+      .Add(kAttributes, kPatternIndex, cgm.New().Index(7))
+      .Add(kAttributes, kPatternTable, Cells(cgm, cgm.New().Index(7).Integer(3).Integer(2).Integer(8)))
+      .Add(kAttributes, kPatternSize, cgm.New().Points({{0, 4}, {6, 0}}))
+      .Add(kAttributes, kFillReferencePoint, cgm.New().Points({{1, 2}}))
+      .Add(kPrimitives, kCircle, cgm.New().Points({{5, 5}}).Vdc(3));
+  const Drawn drawn(cgm);
+  const FillStyle &fill = drawn.style.fill;
+  EXPECT_EQ(drawn.drawing.patterns.at(fill.pattern),
+            (Pattern{3, 2, {0x0000FF, 0x00FF00, 0x0000FF, 0x00FF00, 0x00FF00, 0}}));
+  EXPECT_EQ(fill.patternOrigin, (Point{1, 2}));
+  EXPECT_EQ(fill.patternUp, (Point{0, 4}));
+  EXPECT_EQ(fill.patternAlong, (Point{6, 0}));
+}
+
+struct FontCase {
+  std::string name;
+  Family family;
+  bool bold;
+  bool oblique;
+};
+TEST_F(CgmLooksTest, FontsAreKnownByTheirNames) {
+  const FontCase fonts[] = {{"TIMES_ROMAN", Family::Serif, false, false},
+                            {"Helvetica-BoldOblique", Family::Sans, true, true},
+                            {"COURIER_ITALIC", Family::Fixed, false, true},
+                            {"Sans Serif", Family::Sans, false, false}};
+  CgmBuilder cgm;
+  CgmParameters names = cgm.New();
+  for (const FontCase &font : fonts) names.String(font.name);
+  cgm.Add(kMetafileDescriptors, kFontList, names);
+  for (int i = 1; i <= 4; ++i) {
+    cgm.Add(kAttributes, kTextFontIndex, cgm.New().Index(i)).Add(kPrimitives, kPolymarker, cgm.New().Points({{1, 1}}));
+  }
+  const Drawing drawing = Read(cgm.Finish());
+  for (size_t i = 0; i < 4; ++i) {
+    const TextStyle &text = drawing.styles.at(ObjectsOf(drawing).at(i).style).text;
+    EXPECT_EQ(text.family, fonts[i].family) << fonts[i].name;
+    EXPECT_EQ(text.bold, fonts[i].bold) << fonts[i].name;
+    EXPECT_EQ(text.oblique, fonts[i].oblique) << fonts[i].name;
+  }
+}
+
+struct StringCase {
+  std::string characterSet;
+  std::string written;
+  std::string read;
+};
+class CgmStringTest : public ServiceTestWith<StringCase> {};
+
+TEST_P(CgmStringTest, BecomesUtf8) {
+  CgmBuilder cgm;
+  cgm.Add(kMetafileDescriptors, kCharacterSetList, cgm.New().Enumeration(4).String(GetParam().characterSet))
+      .Add(kPrimitives, kText, cgm.New().Points({{1, 1}}).Enumeration(0).String(GetParam().written))
+      .Add(kPrimitives, kAppendText, cgm.New().Enumeration(1).String("!"))
+      .Add(kPrimitives, kAppendText, cgm.New().Enumeration(1).String("?"));
+  EXPECT_EQ(std::get<Text>(Drawn(cgm).shape).text, GetParam().read + "!");
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, CgmStringTest,
+                         testing::Values(StringCase{"4/2", "gr\xFC\xDF\x85\x7F\n", "gr\u00FC\u00DF"},
+                                         StringCase{"%G", "gr\u00FC\u00DF\u0085 \U0001F5FA",
+                                                    "gr\u00FC\u00DF \U0001F5FA"},
+                                         StringCase{"\x1B%/I", "gr\xFC", "gr\u00FC"},
+                                         StringCase{"B", "\xFC\x1B%G\u00FC\x1B%@\xFC\x1B(B", "\u00FC\u00FC\u00FC"}));
+
+// ---- what is no picture, or not all of one
+
+using CgmBoundsTest = ServiceTest;
+
+Status StatusOf(const Bytes &metafile) {
+  Drawing drawing;
+  return ReadCgm(metafile, drawing);
+}
+
+TEST_F(CgmBoundsTest, OnlyAWholePictureMayBeEmpty) {
+  const CgmBuilder empty;
+  EXPECT_EQ(StatusOf({}), ERROR_FILE_FORMAT);
+  EXPECT_EQ(StatusOf(Bytes(100, 0)), ERROR_FILE_FORMAT);
+  EXPECT_EQ(StatusOf(empty.bytes), ERROR_FILE_FORMAT);
+  EXPECT_EQ(StatusOf(empty.Finish()), SUCCESS);
+}
+
+TEST_F(CgmBoundsTest, TheFirstPictureIsTheDrawing) {
+  CgmBuilder cgm;
+  cgm.Add(kPrimitives, kPolymarker, cgm.New().Points({{1, 1}}))
+      .Add(kDelimiters, kEndPicture)
+      .Add(kDelimiters, kBeginPicture, cgm.New().String("second"))
+      .Add(kPrimitives, kPolymarker, cgm.New().Points({{2, 2}}));
+  EXPECT_TRUE(Drawn(cgm).shape == Shape(Markers{{{1, 1}}}));
+}
+
+TEST_F(CgmBoundsTest, WhatIsUnknownOrHiddenIsSkipped) {
+  CgmBuilder cgm;
+  cgm.Add(kEscapes, 1, cgm.New().Integer(-1).String(std::string(100, 'x')))
+      .Add(15, 127, cgm.New().Raw(Bytes(33)))
+      .Add(kDelimiters, kBeginProtectionRegion, cgm.New().Index(1))
+      .Add(kPrimitives, kPolymarker, cgm.New().Points({{1, 1}}))
+      .Add(kDelimiters, kEndProtectionRegion)
+      .Add(kPrimitives, kPolymarker, cgm.New().Points({{2, 2}}));
+  EXPECT_TRUE(Drawn(cgm).shape == Shape(Markers{{{2, 2}}}));
+}
+
+TEST_F(CgmBoundsTest, ReadingEndsAtAMalformedElement) {
+  const CgmCoding reals{.real = CgmReal::Float64, .vdcReal = CgmReal::Float32, .vdcIsReal = true};
+  const Element malformed[] = {
+      {kPrimitives, kPolyline, {P{1, 1}, P{std::nan(""), 1}}},
+      {kAttributes, kLineWidth, {Real{std::numeric_limits<double>::infinity()}}},
+      {kPrimitives, kCircle, {P{1, 1}}},
+      {kControls, kVdcIntegerPrecision, {Int{17}}},
+      {kPrimitives, kText, {P{1, 1}, Enum{1}, Bytes{9, 'a'}}},
+  };
+  for (const Element &element : malformed) {
+    for (const bool somethingBefore : {false, true}) {
+      CgmBuilder cgm(reals);
+      if (somethingBefore) Add(cgm, kPrimitives, kPolymarker, {P{1, 1}});
+      Add(cgm, element.group, element.number, element.parameters);
+      Add(cgm, kPrimitives, kPolymarker, {P{2, 2}});
+      if (somethingBefore) {
+        EXPECT_TRUE(Drawn(cgm).shape == Shape(Markers{{{1, 1}}}));
+      }
+      EXPECT_EQ(StatusOf(cgm.Finish()), somethingBefore ? SUCCESS : ERROR_FILE_FORMAT);
+    }
+  }
+}
+
+TEST_F(CgmBoundsTest, FewBytesMakeNoManyCells) {
+  for (const std::int64_t side : {8192LL, 0x7FFFFFFFLL}) {
+    CgmBuilder cgm({.integer = 32});
+    const CgmParameters corners = cgm.New().Points({{0, 0}, {9, 9}, {9, 0}});
+    CgmBuilder array = cgm;
+    array.Add(kPrimitives, kCellArray, CgmParameters(corners).Integer(side).Integer(side).Integer(8).Enumeration(0));
+    EXPECT_EQ(StatusOf(array.Finish()), ERROR_NO_MEMORY);
+    CgmBuilder pattern = cgm;
+    pattern.Add(kAttributes, kPatternTable, cgm.New().Index(1).Integer(side).Integer(side).Integer(1));
+    EXPECT_EQ(StatusOf(pattern.Finish()), ERROR_NO_MEMORY);
+  }
+}
+
+TEST_F(CgmBoundsTest, ABrokenOffMetafileShowsItsBeginning) {
+  const Bytes whole = Scene({});
+  const Drawing drawing = Read(whole);
+  size_t before = 0;
+  for (size_t length = 0; length < whole.size(); ++length) {
+    // A copy of its own size, so that a byte too far is found.
+    const Bytes part(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
+    Drawing shown;
+    const Status status = ReadCgm(part, shown);
+    const auto &objects = ObjectsOf(shown);
+    ASSERT_EQ(status, objects.empty() ? ERROR_FILE_FORMAT : SUCCESS);
+    ASSERT_GE(objects.size(), before);
+    ASSERT_TRUE(std::equal(objects.begin(), objects.end(), ObjectsOf(drawing).begin()));
+    before = objects.size();
+  }
+  EXPECT_EQ(before, kSceneObjects);
+}
+
+TEST_F(CgmBoundsTest, DamagedBytesAreNoFault) {
+  for (const CgmCoding &coding : {CgmCoding{}, CgmCoding{.real = CgmReal::Float64,
+                                               .vdcReal = CgmReal::Float64,
+                                               .vdcIsReal = true,
+                                               .directColor = true,
+                                               .partition = 30}}) {
+    const Bytes whole = Scene(coding);
+    for (size_t at = 0; at < whole.size(); ++at) {
+      for (const unsigned change : {0x01U, 0x20U, 0x80U, 0xFFU}) {
+        Bytes damaged = whole;
+        damaged[at] = static_cast<uint8_t>(damaged[at] ^ change);
+        const Status status = StatusOf(damaged);
+        ASSERT_TRUE(status == SUCCESS || status == ERROR_FILE_FORMAT || status == ERROR_NO_MEMORY) << at;
+      }
+    }
+  }
+}
+
+}  // namespace
