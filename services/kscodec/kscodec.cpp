@@ -140,7 +140,7 @@ int32_t KsLoadMemory(const void *buffer, KsBitmap *bitmap, uint32_t bitmapSize, 
 int32_t KsSaveMemory(void **handle, const KsBitmap *bitmap, uint32_t format, uint32_t bits, uint32_t quality,
                      uint64_t *size, const KsSaveOptions *) {
   if (handle == nullptr || size == nullptr) return ERROR_INVALID_VALUE;
-  const int32_t status = kscore::CheckPixels(bitmap);
+  const int32_t status = kscore::CheckPixels(bitmap).Code();
   if (status != SUCCESS) return status;
   if (!IsSaved(format)) return ERROR_NOT_SUPPORTED;
   if (bits != kGrayBits && bits != kColorBits) return ERROR_BITS_PER_PIXEL;
@@ -156,7 +156,7 @@ int32_t KsLoadMemoryInPlace(const void *buffer, const KsBitmap *place, uint32_t 
                             const KsLoadOptions *options) {
   const bool hasStream = buffer != nullptr && size != 0;
   if (!hasStream || place == nullptr || bitmapSize != sizeof(KsBitmap)) return ERROR_INVALID_VALUE;
-  int32_t status = kscore::CheckPixels(place);
+  int32_t status = kscore::CheckPixels(place).Code();
   if (status != SUCCESS) return status;
   const Stream stream(static_cast<const uint8_t *>(buffer), size);
   const Codec *codec = redirect.callback == nullptr ? CodecOf(stream) : nullptr;

@@ -1,4 +1,4 @@
-// What the operating system is told of large storage.
+// Hints to the operating system about large storage.
 #pragma once
 
 #include <cstdint>
