@@ -12,11 +12,13 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <memory>
 #include <new>
+#include <string>
 
 namespace {
 
@@ -63,8 +65,8 @@ std::int32_t PixelAt(double place) {
 
 /** With the edges that belong to the left and the top there. */
 KsRect Sorted(const KsRect &rectangle) {
-  const auto [left, right] = std::minmax(rectangle.left, rectangle.right);
-  const auto [top, bottom] = std::minmax(rectangle.top, rectangle.bottom);
+  const auto [left, right] = std::minmax({rectangle.left, rectangle.right});
+  const auto [top, bottom] = std::minmax({rectangle.top, rectangle.bottom});
   return {left, top, right, bottom};
 }
 
@@ -75,14 +77,22 @@ ksvect::Box BoxOnCanvas(const KsRect &rectangle) {
           {static_cast<double>(sorted.right), -static_cast<double>(sorted.top)}};
 }
 
+/** The day in UTC, as in 20050131. */
+std::string Today() {
+  const std::chrono::year_month_day day(std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now()));
+  const int number = static_cast<int>(day.year()) * 10000 + static_cast<int>(static_cast<unsigned>(day.month())) * 100 +
+                     static_cast<int>(static_cast<unsigned>(day.day()));
+  return std::to_string(number);
+}
+
 /** Writes a metafile of the drawing, laid onto `viewport` where that isn't null. */
 Status Encode(const Drawing &drawing, const KsRect *viewport, std::vector<std::uint8_t> &data) {
   ksvect::Box extent;
   const bool hasExtent = ksvect::ExtentOf(drawing, extent);
-  if (viewport == nullptr || !hasExtent) return ksvect::WriteCgm(drawing, hasExtent ? &extent : nullptr, data);
+  if (viewport == nullptr || !hasExtent) return ksvect::WriteCgm(drawing, hasExtent ? &extent : nullptr, Today(), data);
   Drawing laid = drawing;
   ksvect::LayOnto(laid, extent, BoxOnCanvas(*viewport));
-  return ksvect::WriteCgm(laid, nullptr, data);
+  return ksvect::WriteCgm(laid, nullptr, Today(), data);
 }
 
 /** The bytes as a global block. */

@@ -74,10 +74,9 @@ Status AddBox(Drawing &drawing, const KsVectorBox &box) {
   return SUCCESS;
 }
 
-/** Takes a record of `kind` out of memory that may lie anywhere, and lets `add` make an object of it. */
+/** Copies a record of `kind`, which may be unaligned, and has `add` make an object of it. */
 template <class Record>
-Status Take(Drawing &drawing, std::uint32_t kind, const void *description,
-                  Status (*add)(Drawing &, const Record &)) {
+Status Take(Drawing &drawing, std::uint32_t kind, const void *description, Status (*add)(Drawing &, const Record &)) {
   Record record;
   std::memcpy(&record.structureSize, description, sizeof record.structureSize);
   if (record.structureSize != sizeof record) return ERROR_INVALID_VALUE;

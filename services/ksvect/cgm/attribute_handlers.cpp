@@ -1,4 +1,4 @@
-// Elements that tell the looks of what follows.
+// Elements that set the looks of what follows.
 #include "ksvect/cgm/cells.h"
 #include "ksvect/cgm/handlers.h"
 
@@ -99,24 +99,18 @@ void SetPatternSize(Picture &picture, Parameters &parameters) {
 
 void SetPattern(Picture &picture, Parameters &parameters) {
   const std::int32_t index = parameters.Index();
-  const std::int32_t columns = parameters.Integer();
-  const std::int32_t rows = parameters.Integer();
   CellLayout layout;
-  if (columns <= 0 || rows <= 0 || !CellBits(parameters.Integer(), picture.coding, layout.bits)) parameters.Fail();
-  if (!parameters.Good()) return;
-  layout.columns = static_cast<std::uint32_t>(columns);
-  layout.rows = static_cast<std::uint32_t>(rows);
-  if (!picture.TakeCells(layout.Cells())) return;
+  if (!ReadLayout(parameters, picture.coding, layout)) return;
   // Some write the rows of a pattern without padding.
   layout.alignedRows = EndOfCells(layout, picture.coding, parameters.Position()) <= parameters.All().size();
-  std::vector<std::uint32_t> cells = ReadCells(parameters, layout, picture.coding);
+  std::vector<std::uint32_t> cells = picture.ReadCells(parameters, layout);
   if (!parameters.Good()) return;
   picture.patterns[index] = {layout.columns, layout.rows, picture.coding.directColor, std::move(cells), {}, 0};
 }
 
 void SetColors(Picture &picture, Parameters &parameters) {
   std::uint32_t index = parameters.ColorIndex();
-  while (parameters.BytesLeft() >= std::size_t{3} * picture.coding.colorBytes) {
+  while (parameters.BytesLeft() >= picture.coding.DirectColorBytes()) {
     picture.colors.Set(index++, parameters.DirectColor());
   }
 }

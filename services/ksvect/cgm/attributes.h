@@ -1,4 +1,4 @@
-// What a metafile has said of the looks of what follows, in its own terms.
+// The attributes in force, in the terms of the metafile.
 #pragma once
 
 #include "ksvect/cgm/text.h"
@@ -8,20 +8,20 @@
 
 namespace ksvect::cgm {
 
-/** What the widths of lines and edges and the sizes of markers are told in. */
+/** The units of the widths of lines and edges and of the sizes of markers. */
 enum class SizeMode : std::uint8_t { Absolute, Scaled, Fractional, Millimeters };
 
 struct Size {
-  bool told = false;
+  bool isSet = false;
   SizeMode mode = SizeMode::Scaled;
   double value = 0;
 };
 
-/** Colours by index: those that a metafile sets, the background, and a few that stand in for the rest. */
+/** Colours by index: those that a metafile sets, the background, and a few defaults for the rest. */
 class ColorTable {
  public:
   ColorTable();
-  /** Indices beyond the bound are left out. */
+  /** Ignores indices beyond the bound. */
   void Set(std::uint32_t index, Color color);
   Color Of(std::uint32_t index) const;
   Color Of(ColorValue color) const { return color.direct ? color.value : Of(color.value); }
@@ -33,7 +33,7 @@ class ColorTable {
   unsigned version = 0;
 };
 
-/** A pattern as it was defined, and where it stands in the drawing since it was last used. */
+/** A pattern as it was defined, and its index in the drawing once it is used. */
 struct PatternDefinition {
   std::uint32_t columns = 0;
   std::uint32_t rows = 0;
@@ -43,7 +43,7 @@ struct PatternDefinition {
   unsigned tableVersion = 0;
 };
 
-/** The values that hold before any element says otherwise; places and vectors are those of the metafile, unturned. */
+/** Initialised with the defaults; places and vectors are those of the metafile, unturned. */
 struct Attributes {
   ColorValue lineColor = {false, 1};
   ColorValue edgeColor = {false, 1};

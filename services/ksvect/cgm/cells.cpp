@@ -5,10 +5,10 @@
 namespace ksvect::cgm {
 namespace {
 
-constexpr std::int32_t kLocalPrecisions[] = {1, 2, 4, 8, 16, 24, 32};
+constexpr std::int32_t kLocalPrecisions[] = {0, 1, 2, 4, 8, 16, 24, 32};
 
 std::uint64_t BitsOfRow(const CellLayout &layout, const Coding &coding) {
-  return std::uint64_t{layout.columns} * layout.bits * (coding.directColor ? 3 : 1);
+  return std::uint64_t{layout.columns} * layout.bits * (coding.directColor ? ComponentsOf(coding.colorModel) : 1);
 }
 
 /** Reads numbers of 1 to 32 bits, which don't keep to bytes. */
@@ -61,9 +61,9 @@ class CellReader {
  private:
   std::uint32_t Value() {
     if (!coding.directColor) return bits.Get(layout.bits);
-    std::array<std::uint32_t, 3> components = {};
-    for (std::uint32_t &component : components) component = bits.Get(layout.bits);
-    return ColorOf(components, extent);
+    Components components = {};
+    for (unsigned i = 0; i < ComponentsOf(coding.colorModel); ++i) components[i] = bits.Get(layout.bits);
+    return ColorOf(components, extent, coding.colorModel);
   }
 
   bool RowOfRuns(std::span<std::uint32_t> row) {
@@ -83,11 +83,18 @@ class CellReader {
 
 }  // namespace
 
-bool CellBits(std::int32_t localPrecision, const Coding &coding, unsigned &bits) {
-  bits = 8 * (coding.directColor ? coding.colorBytes : coding.colorIndexBytes);
-  if (localPrecision == 0) return true;
-  bits = static_cast<unsigned>(localPrecision);
-  return std::ranges::find(kLocalPrecisions, localPrecision) != std::end(kLocalPrecisions);
+bool ReadLayout(Parameters &parameters, const Coding &coding, CellLayout &layout) {
+  const std::int32_t columns = parameters.Integer();
+  const std::int32_t rows = parameters.Integer();
+  const std::int32_t precision = parameters.Integer();
+  const bool known = std::ranges::find(kLocalPrecisions, precision) != std::end(kLocalPrecisions);
+  if (columns <= 0 || rows <= 0 || !known) parameters.Fail(SkipReason::BadValue);
+  if (!parameters.Good()) return false;
+  layout.columns = static_cast<std::uint32_t>(columns);
+  layout.rows = static_cast<std::uint32_t>(rows);
+  const unsigned usual = 8 * (coding.directColor ? coding.colorBytes : coding.colorIndexBytes);
+  layout.bits = precision == 0 ? usual : static_cast<unsigned>(precision);
+  return true;
 }
 
 std::uint64_t EndOfCells(const CellLayout &layout, const Coding &coding, std::uint64_t position) {
@@ -99,13 +106,11 @@ std::uint64_t EndOfCells(const CellLayout &layout, const Coding &coding, std::ui
 }
 
 std::vector<std::uint32_t> ReadCells(Parameters &parameters, const CellLayout &layout, const Coding &coding) {
-  if (!layout.runs && EndOfCells(layout, coding, parameters.Position()) > parameters.All().size()) parameters.Fail();
-  if (!parameters.Good()) return {};
   std::vector<std::uint32_t> cells(layout.Cells());
   CellReader reader(parameters, layout, coding);
   for (std::uint32_t row = 0; row < layout.rows; ++row) {
     if (!reader.Row(std::span(cells).subspan(std::size_t{row} * layout.columns, layout.columns))) {
-      parameters.Fail();
+      parameters.Fail(SkipReason::TooShort);
       return {};
     }
   }

@@ -15,8 +15,11 @@ struct CellLayout {
   std::uint64_t Cells() const { return std::uint64_t{columns} * rows; }
 };
 
-/** Turns the local precision of a colour list into bits; 0 stands for that of all colours. False for unknown ones. */
-bool CellBits(std::int32_t localPrecision, const Coding &coding, unsigned &bits);
+/**
+ * Reads columns, rows and the local precision, of which 0 means that of all colours. Fails the parameters, and
+ * returns false, where there are no cells or the precision isn't one of the standard's.
+ */
+bool ReadLayout(Parameters &parameters, const Coding &coding, CellLayout &layout);
 
 /** The bytes up to the end of cells that are no runs and begin at `position`. */
 std::uint64_t EndOfCells(const CellLayout &layout, const Coding &coding, std::uint64_t position);

@@ -1,4 +1,4 @@
-// Elements that tell how a metafile is written, and what its picture shows.
+// Elements that set how a metafile is written, and what its picture shows.
 #include "ksvect/cgm/handlers.h"
 
 namespace ksvect::cgm {
@@ -19,12 +19,17 @@ constexpr RealRow kRealForms[] = {
 
 constexpr std::int32_t kVdcInteger = 0;
 constexpr std::int32_t kVdcReal = 1;
+constexpr std::int32_t kIndexedColors = 0;
 constexpr std::int32_t kDirectColors = 1;
+constexpr std::int32_t kRgb = 1;
+constexpr std::int32_t kCmyk = 4;
+constexpr std::int32_t kRgbRelated = 5;
+constexpr std::int32_t kMetricScaling = 1;
 
-/** Fails for other precisions than those of whole bytes. */
+/** Whole bytes only. */
 void ReadPrecision(Parameters &parameters, unsigned &bytes) {
   const std::int32_t bits = parameters.Integer();
-  if (bits != 8 && bits != 16 && bits != 24 && bits != 32) parameters.Fail();
+  if (bits != 8 && bits != 16 && bits != 24 && bits != 32) parameters.Fail(SkipReason::BadValue);
   if (parameters.Good()) bytes = static_cast<unsigned>(bits) / 8;
 }
 
@@ -38,7 +43,7 @@ void ReadRealForm(Parameters &parameters, RealForm &form) {
     if (parameters.Good()) form = row.form;
     return;
   }
-  parameters.Fail();
+  parameters.Fail(SkipReason::BadValue);
 }
 
 template <unsigned Coding::*precision>
@@ -54,14 +59,26 @@ void SetRealForm(Picture &picture, Parameters &parameters) {
 template <SizeMode Attributes::*mode>
 void SetSizeMode(Picture &picture, Parameters &parameters) {
   const std::int32_t value = parameters.Enumeration();
-  if (value < 0 || value > static_cast<std::int32_t>(SizeMode::Millimeters)) return;
+  if (value < 0 || value > static_cast<std::int32_t>(SizeMode::Millimeters)) parameters.Fail(SkipReason::BadValue);
   if (parameters.Good()) picture.attributes.*mode = static_cast<SizeMode>(value);
 }
 
 void SetVdcType(Picture &picture, Parameters &parameters) {
   const std::int32_t type = parameters.Enumeration();
-  if (type != kVdcInteger && type != kVdcReal) parameters.Fail();
+  if (type != kVdcInteger && type != kVdcReal) parameters.Fail(SkipReason::BadValue);
   if (parameters.Good()) picture.coding.vdcIsReal = type == kVdcReal;
+}
+
+/** The models of CIE have components that are no whole numbers, and are not supported. */
+void SetColorModel(Picture &picture, Parameters &parameters) {
+  const std::int32_t model = parameters.Index();
+  if (model != kRgb && model != kCmyk && model != kRgbRelated) parameters.Fail(SkipReason::BadValue);
+  if (parameters.Good()) picture.coding.colorModel = model == kCmyk ? ColorModel::Cmyk : ColorModel::Rgb;
+}
+
+void SetScalingMode(Picture &picture, Parameters &parameters) {
+  const std::int32_t mode = parameters.Enumeration();
+  if (parameters.Good()) picture.isMetric = mode == kMetricScaling;
 }
 
 void SetColorExtent(Picture &picture, Parameters &parameters) {
@@ -88,6 +105,7 @@ void SetCharacterSets(Picture &picture, Parameters &parameters) {
 
 void SetColorSelection(Picture &picture, Parameters &parameters) {
   const std::int32_t mode = parameters.Enumeration();
+  if (mode != kIndexedColors && mode != kDirectColors) parameters.Fail(SkipReason::BadValue);
   if (parameters.Good()) picture.coding.directColor = mode == kDirectColors;
 }
 
@@ -114,8 +132,10 @@ constexpr HandlerRow kRows[] = {
     {kMetafileDescriptors, kColorPrecision, SetPrecision<&Coding::colorBytes>},
     {kMetafileDescriptors, kColorIndexPrecision, SetPrecision<&Coding::colorIndexBytes>},
     {kMetafileDescriptors, kColorValueExtent, SetColorExtent},
+    {kMetafileDescriptors, kColorModel, SetColorModel},
     {kMetafileDescriptors, kFontList, SetFonts},
     {kMetafileDescriptors, kCharacterSetList, SetCharacterSets},
+    {kPictureDescriptors, kScalingMode, SetScalingMode},
     {kPictureDescriptors, kColorSelectionMode, SetColorSelection},
     {kPictureDescriptors, kLineWidthMode, SetSizeMode<&Attributes::lineWidthMode>},
     {kPictureDescriptors, kMarkerSizeMode, SetSizeMode<&Attributes::markerSizeMode>},

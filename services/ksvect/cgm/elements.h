@@ -17,6 +17,14 @@ enum ElementClass : unsigned {
   kElementClasses
 };
 
+/** An element, by its class and its number there. */
+struct ElementCode {
+  unsigned group;
+  unsigned number;
+
+  bool operator==(const ElementCode &) const = default;
+};
+
 /** The numbers of a class have 7 bits. */
 constexpr unsigned kElementNumbers = 128;
 
@@ -26,7 +34,7 @@ constexpr unsigned kLongString = 255;
 /** In such a word: another part follows this one. */
 constexpr unsigned kMoreFollows = 0x8000;
 
-/** The precision of the colours of cells that stands for that of all colours. */
+/** The local precision of cells that means the precision of all colours. */
 constexpr unsigned kLocalPrecision = 0;
 
 enum DelimiterElement : unsigned {
@@ -65,7 +73,8 @@ enum MetafileDescriptorElement : unsigned {
   kMetafileDefaultsReplacement,
   kFontList,
   kCharacterSetList,
-  kCharacterCodingAnnouncer
+  kCharacterCodingAnnouncer,
+  kColorModel = 19
 };
 
 enum PictureDescriptorElement : unsigned {

@@ -1,5 +1,7 @@
 #include "ksvect/cgm/encoder.h"
 
+#include "ksvect/cgm/profile.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -54,6 +56,8 @@ std::size_t Encoder::Begin(ElementCode code) {
 void Encoder::End(std::size_t parameters) {
   const std::size_t size = data.size() - parameters;
   std::uint8_t *header = data.data() + (parameters - kLongHeader);
+  const unsigned code = static_cast<unsigned>(header[0] << 8 | header[1]);
+  seen.beyondProfile = seen.beyondProfile || !IsInProfile({code >> 12, code >> 5 & 0x7F});
   if (size < kLongForm) {
     header[1] = static_cast<std::uint8_t>(header[1] | size);
     std::memmove(header + kWord, header + kLongHeader, size);
@@ -189,7 +193,7 @@ void Encoder::Ray(Point vector) {
   const double greatest = std::max(std::abs(vector.x), std::abs(vector.y));
   if (!std::isfinite(vector.x) || !std::isfinite(vector.y)) return Refuse();
   const double longest = kDirectionLength[static_cast<unsigned>(forms.vdc)];
-  // Divided first: neither the least nor the greatest numbers may leave what a double holds.
+  // Divided first, so that neither the smallest nor the greatest numbers leave the range of a double.
   ScaledDirection(greatest > 0 ? vector.x / greatest : 0, longest);
   ScaledDirection(greatest > 0 ? vector.y / greatest * ySign : 0, longest);
 }

@@ -14,45 +14,41 @@
 
 namespace ksvect::cgm {
 
-/** An element, by its class and its number there. */
-struct ElementCode {
-  unsigned group;
-  unsigned number;
-};
-
 /** How coordinates and lengths are written. */
 enum class VdcForm : std::uint8_t { Integer16, Integer32, Fixed32, Float64 };
 
-/** How numbers and texts are written; as here where a metafile says nothing. */
+/** How numbers and texts are written. The values here are the defaults of a metafile. */
 struct Forms {
   VdcForm vdc = VdcForm::Integer16;
   bool floatingReals = false; /**< 64 bits; otherwise 16 bits before the point and 16 behind it */
   bool longIntegers = false;  /**< 32 bits instead of 16 */
   bool utf8 = false;          /**< instead of Latin 1 */
+  bool profile = true;        /**< nothing but what MIL-STD-2301A has */
 };
 
-/** What the numbers that passed an encoder need. */
+/** What the numbers and elements written so far need. */
 struct NumberSurvey {
   bool encodable = true;   /**< all are numbers */
   bool whole = true;       /**< coordinates and lengths have no fraction */
-  bool nearlyWhole = true; /**< none that a 65536th of a unit shows */
+  bool nearlyWhole = true; /**< no fraction of a 131072th of a unit or more */
   double vdc = 0;          /**< the greatest coordinate or length, without its sign */
   double real = 0;         /**< the greatest other number, likewise */
   std::int32_t integer = 0;
   bool beyondAscii = false;
   bool beyondLatin1 = false;
+  bool beyondProfile = false; /**< an element isn't one of MIL-STD-2301A */
 };
 
-/** Appends elements to a metafile. Its numbers must fit its forms: a first round with the widest ones tells. */
+/** Appends elements to a metafile. Numbers must fit its forms; a survey with the widest ones finds which do. */
 class Encoder {
  public:
   Encoder(std::vector<std::uint8_t> &bytes, const Forms &used) : data(bytes), forms(used) {}
 
-  /** Begins an element, and gives the place of its parameters. An element may be a parameter of another one. */
+  /** Begins an element and returns the offset of its parameters. Elements may be nested. */
   std::size_t Begin(ElementCode code);
-  /** Ends the element whose parameters began there: header, partitions and the even length. */
+  /** Ends the element whose parameters begin at that offset: header, partitions and padding. */
   void End(std::size_t parameters);
-  /** Takes the element back. */
+  /** Removes the element. */
   void Drop(std::size_t parameters);
   std::span<const std::uint8_t> Parameters(std::size_t from) const { return std::span(data).subspan(from); }
 
@@ -61,7 +57,7 @@ class Encoder {
   /** Whether y runs the other way in the metafile than in the drawing. */
   void TurnUpsideDown(bool turn) { ySign = turn ? -1 : 1; }
   bool IsUpsideDown() const { return ySign < 0; }
-  /** What is being written is no drawing that a metafile can hold. */
+  /** The drawing cannot be written as a metafile. */
   void Refuse() { seen.encodable = false; }
   const NumberSurvey &Seen() const { return seen; }
 
@@ -80,7 +76,7 @@ class Encoder {
   void DirectColor(Color color);
   /** Rows of colours, each of an even number of bytes. */
   void Rows(std::span<const Color> colors, std::size_t columns);
-  /** A string of the bytes that are given. */
+  /** A string of these bytes. */
   void Bytes(std::string_view bytes);
   /** UTF-8 as a string of the form in force, with a question mark for what is no character. */
   void Text(std::string_view text);

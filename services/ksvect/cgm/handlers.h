@@ -1,4 +1,4 @@
-// What each element does to the picture, as tables that the reader looks into.
+// What each element does to the picture: tables for the reader.
 #pragma once
 
 #include "ksvect/cgm/elements.h"
@@ -6,7 +6,7 @@
 
 namespace ksvect::cgm {
 
-/** Takes an element's parameters over into the picture; nothing changes where they turn out bad. */
+/** Applies an element's parameters to the picture. Bad parameters change nothing. */
 using Handler = void (*)(Picture &picture, Parameters &parameters);
 
 struct HandlerRow {

@@ -9,7 +9,7 @@ namespace {
 /** Indices beyond are of no use to anyone, and would only cost memory. */
 constexpr std::uint32_t kMostColors = 65536;
 
-/** Stand in for the indices that a metafile doesn't set: background, foreground, and the colours that differ most. */
+/** Defaults of the colour table: background, foreground, and the colours that differ most. */
 constexpr Color kFirstColors[] = {0xFFFFFF, 0x000000, 0x0000FF, 0x00FF00, 0xFF0000, 0x00FFFF, 0xFF00FF, 0xFFFF00};
 
 /** Bounds for cells of arrays and patterns, of which runs make many out of few bytes: a blank row of 4,096 has four. */
@@ -17,7 +17,7 @@ constexpr std::uint64_t kMostCells = 64 << 20;
 constexpr std::uint64_t kMostCellsPerByte = 1024;
 constexpr std::uint64_t kCellsOfAnyMetafile = 1 << 16;
 
-/** The size of things that no element tells, in parts of the longer side of the extent. */
+/** Default sizes, in parts of the longer side of the extent. */
 constexpr double kPartOfWidth = 0.001;
 constexpr double kPartOfMarker = 0.01;
 constexpr double kPartOfHeight = 0.01;
@@ -26,7 +26,7 @@ constexpr double kPartOfHeight = 0.01;
 constexpr double kMillimetersOfWidth = 25.4 / 72;
 constexpr double kMillimetersOfMarker = 10 * kMillimetersOfWidth;
 
-/** Extents that hold where none is told. */
+/** The sides of the default extents. */
 constexpr double kLongerSideInteger = 32767;
 constexpr double kLongerSideReal = 1;
 
@@ -61,11 +61,16 @@ void Picture::SetExtent(Point first, Point second) {
   drawing.extent = {Turned(first), Turned(second)};
 }
 
+Drawing Picture::Take() {
+  drawing.downwards = axes.y < 0;
+  drawing.inPixels = extent && !coding.vdcIsReal && !isMetric && axes == Point{1, -1};
+  return std::move(drawing);
+}
+
 void Picture::Add(Shape shape) {
   textOpen = false;
   if (figure && figure->Add(shape)) return;
   if (styleStale) style = StyleNumber(drawing, CurrentStyle());
-  if (outOfMemory) return;
   styleStale = false;
   drawing.layers.front().objects.push_back({std::move(shape), style});
 }
@@ -90,16 +95,27 @@ void Picture::AppendText(std::string_view text, bool final) {
 }
 
 bool Picture::TakeCells(std::uint64_t cells) {
-  outOfMemory = outOfMemory || cells > cellsLeft;
-  if (!outOfMemory) cellsLeft -= cells;
-  return !outOfMemory;
+  if (cells > cellsLeft) return false;
+  cellsLeft -= cells;
+  return true;
+}
+
+std::vector<std::uint32_t> Picture::ReadCells(Parameters &parameters, const CellLayout &layout) {
+  // Cells that are plainly missing take none away from other elements.
+  if (!layout.runs && EndOfCells(layout, coding, parameters.Position()) > parameters.All().size()) {
+    parameters.Fail(SkipReason::TooShort);
+  } else if (!TakeCells(layout.Cells())) {
+    parameters.Fail(SkipReason::TooLarge);
+  }
+  return parameters.Good() ? cgm::ReadCells(parameters, layout, coding) : std::vector<std::uint32_t>{};
 }
 
 std::string Picture::ToUtf8(std::string_view text) const {
   const auto isUtf8 = [this](std::int32_t set) {
     return set >= 1 && static_cast<std::size_t>(set) <= utf8Sets.size() && utf8Sets[static_cast<std::size_t>(set) - 1];
   };
-  return cgm::ToUtf8(text, isUtf8(attributes.characterSet) || isUtf8(attributes.alternateCharacterSet));
+  const bool utf8 = isUtf8(attributes.characterSet) || isUtf8(attributes.alternateCharacterSet);
+  return InAlphabet(cgm::ToUtf8(text, utf8), CurrentFont().alphabet);
 }
 
 double Picture::LongerSide() const {
@@ -109,7 +125,7 @@ double Picture::LongerSide() const {
 }
 
 Measure Picture::MeasureOf(const Size &size, SizeMode mode, double part, double millimeters) const {
-  if (!size.told)
+  if (!size.isSet)
     return mode == SizeMode::Absolute || mode == SizeMode::Fractional ? Measure{part * LongerSide(), false} : Measure{};
   switch (size.mode) {
     case SizeMode::Absolute:
@@ -143,7 +159,7 @@ Style Picture::CurrentStyle() {
 }
 
 void Picture::SetClip(Style &made) const {
-  const std::optional<Box> &clip = attributes.clipRectangle ? attributes.clipRectangle : extent;
+  const std::optional<Box> &clip = attributes.clipRectangle;
   made.clipped = attributes.clip && clip;
   if (made.clipped) made.clip = Ordered(Turned(clip->low), Turned(clip->high));
 }
@@ -182,10 +198,14 @@ std::optional<std::uint32_t> Picture::PatternNumber() {
   return defined.inDrawing;
 }
 
+Font Picture::CurrentFont() const {
+  const bool listed = attributes.font >= 1 && static_cast<std::size_t>(attributes.font) <= fonts.size();
+  return listed ? fonts[static_cast<std::size_t>(attributes.font) - 1] : Font{};
+}
+
 TextStyle Picture::CurrentText() const {
   const Attributes &a = attributes;
-  const bool listed = a.font >= 1 && static_cast<std::size_t>(a.font) <= fonts.size();
-  const Font font = listed ? fonts[static_cast<std::size_t>(a.font) - 1] : Font{};
+  const Font font = CurrentFont();
   TextStyle text;
   text.family = font.family;
   text.bold = font.bold;

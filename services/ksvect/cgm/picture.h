@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ksvect/cgm/attributes.h"
+#include "ksvect/cgm/cells.h"
 #include "ksvect/cgm/figure.h"
 
 #include <map>
@@ -19,15 +20,15 @@ class Picture {
   std::vector<Font> fonts;
   std::vector<bool> utf8Sets; /**< of each character set, whether it is UTF-8 */
   Drawing drawing;
-  bool outOfMemory = false; /**< the metafile asks for more than the bounds allow */
+  bool isMetric = false; /**< units have a length on paper */
 
-  /** What the extent's corners say: the directions of the axes, and the part that is shown. */
+  /** Sets the extent, whose corners define the directions of the axes. */
   void SetExtent(Point first, Point second);
 
   /** A place or a vector of the metafile in the model's directions. */
   Point Turned(Point point) const { return {point.x * axes.x + 0.0, point.y * axes.y + 0.0}; }
 
-  /** The styles made so far don't hold for what follows. */
+  /** The next object needs a new style. */
   void Restyle() { styleStale = true; }
 
   /** Adds an object with the looks that hold now; within a figure, a part of the figure. */
@@ -42,19 +43,28 @@ class Picture {
   void AddText(Text text, bool final);
   void AppendText(std::string_view text, bool final);
 
-  /** Takes cells off those that the metafile may have; false, and out of memory, where there are too many. */
-  bool TakeCells(std::uint64_t cells);
+  /** Nothing is appended to the last text any more. */
+  void CloseText() { textOpen = false; }
 
+  /** The cells of an array or a pattern, which fail the parameters where the metafile has too many or too few. */
+  std::vector<std::uint32_t> ReadCells(Parameters &parameters, const CellLayout &layout);
+
+  /** The characters of a string in the font that is set. */
   std::string ToUtf8(std::string_view text) const;
   bool HasObjects() const { return !drawing.layers.front().objects.empty(); }
+  /** The drawing, when all elements are read. */
+  Drawing Take();
 
  private:
   Style CurrentStyle();
   FillStyle CurrentFill();
   TextStyle CurrentText() const;
+  Font CurrentFont() const;
   Measure MeasureOf(const Size &size, SizeMode mode, double part, double millimeters) const;
   std::optional<std::uint32_t> PatternNumber();
   double LongerSide() const;
+  /** Counts cells against the bound of the metafile; false where there are too many. */
+  bool TakeCells(std::uint64_t cells);
   void SetClip(Style &style) const;
 
   Point axes = {1, 1};

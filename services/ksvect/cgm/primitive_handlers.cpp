@@ -39,7 +39,7 @@ void AddPolygonSet(Picture &picture, Parameters &parameters) {
   for (std::size_t i = 0; i < count; ++i) {
     set.points.push_back(TurnedPoint(picture, parameters));
     const std::int32_t flag = parameters.Enumeration();
-    if (flag < 0 || flag > static_cast<std::int32_t>(EdgeFlag::CloseVisible)) parameters.Fail();
+    if (flag < 0 || flag > static_cast<std::int32_t>(EdgeFlag::CloseVisible)) parameters.Fail(SkipReason::BadValue);
     if (!parameters.Good()) return;
     set.flags.push_back(static_cast<EdgeFlag>(flag));
   }
@@ -73,7 +73,7 @@ void AddCircle(Picture &picture, Parameters &parameters) {
 
 template <bool closed>
 void AddArcThrough(Picture &picture, Parameters &parameters) {
-  // Which way round the arc runs is told by the points alone, so that they can be turned first.
+  // The points alone say which way round the arc runs, so they can be turned first.
   Point points[3];
   for (Point &point : points) point = TurnedPoint(picture, parameters);
   const Closure closure = ReadClosure(parameters, closed);
@@ -157,16 +157,13 @@ void AddCellArray(Picture &picture, Parameters &parameters) {
   array.origin = TurnedPoint(picture, parameters);
   array.opposite = TurnedPoint(picture, parameters);
   array.alongEnd = TurnedPoint(picture, parameters);
-  const std::int32_t columns = parameters.Integer();
-  const std::int32_t rows = parameters.Integer();
   CellLayout layout;
-  if (columns <= 0 || rows <= 0 || !CellBits(parameters.Integer(), picture.coding, layout.bits)) parameters.Fail();
+  if (!ReadLayout(parameters, picture.coding, layout)) return;
   layout.runs = parameters.Enumeration() != kPackedCells;
   if (!parameters.Good()) return;
-  layout.columns = array.columns = static_cast<std::uint32_t>(columns);
-  layout.rows = array.rows = static_cast<std::uint32_t>(rows);
-  if (!picture.TakeCells(layout.Cells())) return;
-  array.colors = ReadCells(parameters, layout, picture.coding);
+  array.columns = layout.columns;
+  array.rows = layout.rows;
+  array.colors = picture.ReadCells(parameters, layout);
   if (!parameters.Good()) return;
   if (!picture.coding.directColor) {
     for (Color &color : array.colors) color = picture.colors.Of(color);

@@ -17,7 +17,7 @@ class HandlerTable {
     }
   }
 
-  /** Null for an element that says nothing here. */
+  /** Null for an element that has no effect here. */
   Handler Of(const Element &element) const {
     return element.group < kElementClasses ? handlers[element.group][element.number] : nullptr;
   }
@@ -26,7 +26,7 @@ class HandlerTable {
   std::array<std::array<Handler, kElementNumbers>, kElementClasses> handlers = {};
 };
 
-/** What stands between such delimiters isn't drawn: it shapes something else, or is drawn by reference. */
+/** Elements between these delimiters aren't drawn: they shape others, or are drawn by reference. */
 struct HiddenBlock {
   unsigned begin;
   unsigned end;
@@ -39,22 +39,25 @@ constexpr HiddenBlock kHiddenBlocks[] = {
 
 class Reader {
  public:
-  explicit Reader(std::span<const std::uint8_t> data) : stream(data), picture(data.size()) {}
+  Reader(std::span<const std::uint8_t> data, SkippedElements &skippedOnes)
+      : stream(data), picture(data.size()), skipped(skippedOnes) {}
 
   Status Read();
-  Drawing Take() { return std::move(picture.drawing); }
+  Drawing Take() { return picture.Take(); }
 
  private:
-  /** False where the element ends the picture, or is malformed. */
+  /** False where the element ends the picture. */
   bool Accept(const Element &element);
   bool Delimit(unsigned number);
-  bool Handle(const Element &element);
-  bool HandleDefaults(std::span<const std::uint8_t> parameters);
+  void Handle(const Element &element);
+  void HandleDefaults(const Element &replacement);
+  void Skip(const Element &element, SkipReason reason);
 
   ElementStream stream;
   Picture picture;
+  SkippedElements &skipped;
   std::optional<Attributes> beforeSegment;
-  unsigned hiddenUntil = kNoOperation; /**< the delimiter that ends what isn't drawn */
+  unsigned hiddenUntil = kNoOperation; /**< the delimiter that ends a hidden block */
   bool inPicture = false;
   bool ended = false;
 };
@@ -64,10 +67,11 @@ Status Reader::Read() {
   const bool begun = stream.Next(element) == ElementStream::Step::Element && element.group == kDelimiters &&
                      element.number == kBeginMetafile;
   if (!begun) return ERROR_FILE_FORMAT;
-  while (stream.Next(element) == ElementStream::Step::Element) {
-    if (!Accept(element)) break;
+  for (;;) {
+    const ElementStream::Step step = stream.Next(element);
+    if (step == ElementStream::Step::Broken) Skip(element, SkipReason::TooShort);
+    if (step != ElementStream::Step::Element || !Accept(element)) break;
   }
-  if (picture.outOfMemory) return ERROR_NO_MEMORY;
   return ended || picture.HasObjects() ? SUCCESS : ERROR_FILE_FORMAT;
 }
 
@@ -75,9 +79,11 @@ bool Reader::Accept(const Element &element) {
   if (element.group == kDelimiters && !Delimit(element.number)) return false;
   if (hiddenUntil != kNoOperation) return true;
   if (element.group == kMetafileDescriptors && element.number == kMetafileDefaultsReplacement) {
-    return HandleDefaults(element.parameters);
+    HandleDefaults(element);
+  } else {
+    Handle(element);
   }
-  return Handle(element);
+  return true;
 }
 
 bool Reader::Delimit(unsigned number) {
@@ -93,7 +99,7 @@ bool Reader::Delimit(unsigned number) {
     if (number == block.begin) hiddenUntil = block.end;
   }
   if (number == kBeginPicture) inPicture = true;
-  // A segment of the picture is drawn where it stands, and its attributes end with it; others wait to be copied.
+  // A segment within the picture is drawn in its place, and its attributes end with it; others only serve as copies.
   if (number == kBeginSegment) {
     if (!inPicture) {
       hiddenUntil = kEndSegment;
@@ -109,39 +115,43 @@ bool Reader::Delimit(unsigned number) {
   return true;
 }
 
-bool Reader::Handle(const Element &element) {
+void Reader::Handle(const Element &element) {
   static const HandlerTable table;
   const Handler handler = table.Of(element);
-  if (handler == nullptr) return true;
+  if (handler == nullptr) return;
   Parameters parameters(element.parameters, picture.coding);
   if (element.group != kPrimitives) picture.Restyle();
   handler(picture, parameters);
-  return parameters.Good() && !picture.outOfMemory;
+  if (!parameters.Good()) Skip(element, parameters.Failure());
 }
 
-/** Defaults are values like others that are said before the picture. */
-bool Reader::HandleDefaults(std::span<const std::uint8_t> parameters) {
-  ElementStream defaults(parameters);
+/** Defaults are values like those of other elements in front of the picture. */
+void Reader::HandleDefaults(const Element &replacement) {
+  ElementStream defaults(replacement.parameters);
   Element element;
-  for (;;) {
-    switch (defaults.Next(element)) {
-      case ElementStream::Step::End:
-        return true;
-      case ElementStream::Step::Broken:
-        return false;
-      case ElementStream::Step::Element:
-        break;
-    }
-    const bool isValue = element.group != kDelimiters && element.group != kPrimitives;
-    if (isValue && !Handle(element)) return false;
+  ElementStream::Step step = defaults.Next(element);
+  for (; step == ElementStream::Step::Element; step = defaults.Next(element)) {
+    element.offset = replacement.offset;
+    if (element.group != kDelimiters && element.group != kPrimitives) Handle(element);
   }
+  element.offset = replacement.offset;
+  if (step == ElementStream::Step::Broken) Skip(element, SkipReason::TooShort);
+}
+
+void Reader::Skip(const Element &element, SkipReason reason) {
+  // What is appended to a skipped text must not be appended to the text before it.
+  if (element.group == kPrimitives) picture.CloseText();
+  ++skipped.count;
+  if (skipped.elements.size() >= kMostSkippedKept) return;
+  skipped.elements.push_back({element.group, element.number, element.offset, reason});
 }
 
 }  // namespace
 }  // namespace cgm
 
-Status ReadCgm(std::span<const std::uint8_t> data, Drawing &drawing) {
-  cgm::Reader reader(data);
+Status ReadCgm(std::span<const std::uint8_t> data, Drawing &drawing, cgm::SkippedElements *skipped) {
+  cgm::SkippedElements found;
+  cgm::Reader reader(data, skipped != nullptr ? *skipped : found);
   const Status status = reader.Read();
   drawing = status == SUCCESS ? reader.Take() : Drawing{};
   return status;

@@ -103,7 +103,7 @@ class ShapeWriter {
   }
 
  private:
-  /** Where there are fewer points than a metafile may have, the last one stands for those that lack. */
+  /** Repeats the last point where there are fewer than a metafile requires. */
   void Points(PrimitiveElement number, std::span<const Point> points, std::size_t least) {
     const std::size_t parameters = encoder.Begin({kPrimitives, number});
     for (const Point point : points) encoder.Place(point);

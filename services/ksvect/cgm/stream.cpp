@@ -7,13 +7,15 @@ namespace ksvect::cgm {
 ElementStream::Step ElementStream::Next(Element &element) {
   // A single byte is padding behind the last element.
   if (rest.size() < 2) return Step::End;
+  element.offset = whole.size() - rest.size();
   unsigned header = 0;
   Word(header);
   element.group = header >> 12;
   element.number = header >> 5 & 0x7F;
   const unsigned length = header & 0x1F;
-  const bool whole = length == kLongForm ? LongParameters(element.parameters) : Partition(length, element.parameters);
-  return whole ? Step::Element : Step::Broken;
+  const bool complete =
+      length == kLongForm ? LongParameters(element.parameters) : Partition(length, element.parameters);
+  return complete ? Step::Element : Step::Broken;
 }
 
 bool ElementStream::Word(unsigned &word) {

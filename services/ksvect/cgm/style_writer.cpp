@@ -27,17 +27,26 @@ constexpr const char *kFontNames[] = {"TIMES_ROMAN", "TIMES_ITALIC",      "TIMES
                                       "HELVETICA",   "HELVETICA_OBLIQUE", "HELVETICA_BOLD", "HELVETICA_BOLD_OBLIQUE",
                                       "COURIER",     "COURIER_ITALIC",    "COURIER_BOLD",   "COURIER_BOLD_ITALIC"};
 
-/** The text precision that makes height, orientation and the like exact: stroke. */
+/**
+ * The text precision that makes height, orientation and the like exact. The profile has no other one, and no element
+ * for it.
+ */
 constexpr unsigned kStroke = 2;
 
 /** Numbers of patterns are indices of 16 bits. */
 constexpr int kMostPatterns = 0x7FFF;
 
-/** An attribute: who needs it, whether what a new style has is the metafile's default too, and its parameters. */
+/** Which metafiles have an attribute in front of the first object that shows it. */
+enum class Written : std::uint8_t {
+  Always,        /**< also where its value is the standard's default: readers of the profile need not know defaults */
+  WhereNotUsual, /**< where its value isn't the one that a new style and a metafile begin with */
+  BeyondProfile  /**< of those that use more than the profile, always */
+};
+
 struct Attribute {
   ElementCode code;
-  std::uint32_t uses;
-  bool hasDefault;
+  std::uint32_t uses; /**< who needs it */
+  Written written;
   void (*write)(StyleWriter &, const Style &);
 };
 
@@ -46,127 +55,98 @@ unsigned Number(T value) {
   return static_cast<unsigned>(value);
 }
 
+void WriteAlignment(StyleWriter &to, const Style &style) {
+  const TextStyle &text = style.text;
+  to.encoder.Enumeration(Number(text.across));
+  to.encoder.Enumeration(Number(text.upwards));
+  to.encoder.Real(text.across == AlignAcross::Continuous ? text.acrossPart : 0);
+  to.encoder.Real(text.upwards == AlignUp::Continuous ? text.upwardsPart : 0);
+}
+
+void WriteClip(StyleWriter &to, const Style &style) {
+  to.encoder.Place(style.clip.low);
+  to.encoder.Place(style.clip.high);
+}
+
+// Parameters by their types: `part` is a part of the style, and `value` the value in that.
+template <auto part, auto value>
+void WriteColor(StyleWriter &to, const Style &style) {
+  to.encoder.DirectColor(style.*part.*value);
+}
+template <auto part, auto value>
+void WriteIndex(StyleWriter &to, const Style &style) {
+  to.encoder.Index(static_cast<int>(style.*part.*value));
+}
+template <auto part, auto value>
+void WriteEnumeration(StyleWriter &to, const Style &style) {
+  to.encoder.Enumeration(Number(style.*part.*value));
+}
+template <auto part, auto value>
+void WriteReal(StyleWriter &to, const Style &style) {
+  to.encoder.Real(style.*part.*value);
+}
+template <bool Style::*flag>
+void WriteFlag(StyleWriter &to, const Style &style) {
+  to.encoder.Enumeration(style.*flag ? 1 : 0);
+}
+
+using enum Written;
 constexpr Attribute kAttributeTable[] = {
-    {{kControls, kClipRectangle},
-     kUsesClip,
-     false,
-     [](StyleWriter &to, const Style &style) {
-       to.encoder.Place(style.clip.low);
-       to.encoder.Place(style.clip.high);
-     }},
-    {{kControls, kClipIndicator},
-     kUsesControls,
-     false,
-     [](StyleWriter &to, const Style &style) { to.encoder.Enumeration(style.clipped ? 1 : 0); }},
-    {{kControls, kTransparency},
-     kUsesControls,
-     true,
-     [](StyleWriter &to, const Style &style) { to.encoder.Enumeration(style.transparent ? 1 : 0); }},
+    {{kControls, kClipRectangle}, kUsesClip, Always, WriteClip},
+    {{kControls, kClipIndicator}, kUsesControls, WhereNotUsual, WriteFlag<&Style::clipped>},
+    {{kControls, kTransparency}, kUsesControls, WhereNotUsual, WriteFlag<&Style::transparent>},
     {{kControls, kAuxiliaryColor},
      kUsesAuxiliary,
-     false,
+     Always,
      [](StyleWriter &to, const Style &style) { to.encoder.DirectColor(style.auxiliary); }},
-
-    {{kAttributes, kLineType},
-     kUsesLine,
-     true,
-     [](StyleWriter &to, const Style &style) { to.encoder.Index(static_cast<int>(style.line.dash)); }},
-    {{kAttributes, kLineColor},
-     kUsesLine,
-     false,
-     [](StyleWriter &to, const Style &style) { to.encoder.DirectColor(style.line.color); }},
-
-    {{kAttributes, kMarkerType},
-     kUsesMarker,
-     true,
-     [](StyleWriter &to, const Style &style) { to.encoder.Index(static_cast<int>(style.marker.type)); }},
-    {{kAttributes, kMarkerColor},
-     kUsesMarker,
-     false,
-     [](StyleWriter &to, const Style &style) { to.encoder.DirectColor(style.marker.color); }},
-
-    {{kAttributes, kInteriorStyle},
-     kUsesFill,
-     true,
-     [](StyleWriter &to, const Style &style) { to.encoder.Enumeration(Number(style.fill.interior)); }},
-    {{kAttributes, kFillColor},
-     kUsesFillColor,
-     false,
-     [](StyleWriter &to, const Style &style) { to.encoder.DirectColor(style.fill.color); }},
-    {{kAttributes, kHatchIndex},
-     kUsesHatch,
-     true,
-     [](StyleWriter &to, const Style &style) { to.encoder.Index(static_cast<int>(style.fill.hatch)); }},
+    {{kAttributes, kLineType}, kUsesLine, Always, WriteIndex<&Style::line, &LineStyle::dash>},
+    {{kAttributes, kLineColor}, kUsesLine, Always, WriteColor<&Style::line, &LineStyle::color>},
+    {{kAttributes, kMarkerType}, kUsesMarker, Always, WriteIndex<&Style::marker, &MarkerStyle::type>},
+    {{kAttributes, kMarkerColor}, kUsesMarker, Always, WriteColor<&Style::marker, &MarkerStyle::color>},
+    {{kAttributes, kInteriorStyle}, kUsesFill, Always, WriteEnumeration<&Style::fill, &FillStyle::interior>},
+    {{kAttributes, kFillColor}, kUsesFillColor, Always, WriteColor<&Style::fill, &FillStyle::color>},
+    {{kAttributes, kHatchIndex}, kUsesHatch, Always, WriteIndex<&Style::fill, &FillStyle::hatch>},
     {{kAttributes, kPatternIndex},
      kUsesPattern,
-     false,
+     Always,
      [](StyleWriter &to, const Style &style) { to.PatternIndex(style.fill); }},
     {{kAttributes, kFillReferencePoint},
      kUsesPattern,
-     false,
+     Always,
      [](StyleWriter &to, const Style &style) { to.encoder.Place(style.fill.patternOrigin); }},
     {{kAttributes, kPatternSize},
      kUsesPattern,
-     false,
+     Always,
      [](StyleWriter &to, const Style &style) { to.PatternVectors(style.fill); }},
-
-    {{kAttributes, kEdgeVisibility},
-     kUsesFill,
-     true,
-     [](StyleWriter &to, const Style &style) { to.encoder.Enumeration(style.edgeVisible ? 1 : 0); }},
-    {{kAttributes, kEdgeType},
-     kUsesEdge,
-     true,
-     [](StyleWriter &to, const Style &style) { to.encoder.Index(static_cast<int>(style.edge.dash)); }},
-    {{kAttributes, kEdgeColor},
-     kUsesEdge,
-     false,
-     [](StyleWriter &to, const Style &style) { to.encoder.DirectColor(style.edge.color); }},
-
+    {{kAttributes, kEdgeVisibility}, kUsesFill, Always, WriteFlag<&Style::edgeVisible>},
+    {{kAttributes, kEdgeType}, kUsesEdge, Always, WriteIndex<&Style::edge, &LineStyle::dash>},
+    {{kAttributes, kEdgeColor}, kUsesEdge, Always, WriteColor<&Style::edge, &LineStyle::color>},
     {{kAttributes, kTextFontIndex},
      kUsesText,
-     false,
+     Always,
      [](StyleWriter &to, const Style &style) { to.FontIndex(style.text); }},
     {{kAttributes, kTextPrecision},
      kUsesText,
-     false,
+     BeyondProfile,
      [](StyleWriter &to, const Style &) { to.encoder.Enumeration(kStroke); }},
     {{kAttributes, kCharacterExpansionFactor},
      kUsesText,
-     true,
-     [](StyleWriter &to, const Style &style) { to.encoder.Real(style.text.expansion); }},
-    {{kAttributes, kCharacterSpacing},
-     kUsesText,
-     true,
-     [](StyleWriter &to, const Style &style) { to.encoder.Real(style.text.spacing); }},
-    {{kAttributes, kTextColor},
-     kUsesText,
-     false,
-     [](StyleWriter &to, const Style &style) { to.encoder.DirectColor(style.text.color); }},
+     WhereNotUsual,
+     WriteReal<&Style::text, &TextStyle::expansion>},
+    {{kAttributes, kCharacterSpacing}, kUsesText, WhereNotUsual, WriteReal<&Style::text, &TextStyle::spacing>},
+    {{kAttributes, kTextColor}, kUsesText, Always, WriteColor<&Style::text, &TextStyle::color>},
     {{kAttributes, kCharacterHeight},
      kUsesText,
-     false,
+     Always,
      [](StyleWriter &to, const Style &style) { to.encoder.Vdc(style.text.height); }},
     {{kAttributes, kCharacterOrientation},
      kUsesText,
-     false,
+     Always,
      [](StyleWriter &to, const Style &style) {
        to.encoder.Directions({style.text.up, style.text.along});
      }},
-    {{kAttributes, kTextPath},
-     kUsesText,
-     true,
-     [](StyleWriter &to, const Style &style) { to.encoder.Enumeration(Number(style.text.path)); }},
-    {{kAttributes, kTextAlignment},
-     kUsesText,
-     true,
-     [](StyleWriter &to, const Style &style) {
-       const TextStyle &text = style.text;
-       to.encoder.Enumeration(Number(text.across));
-       to.encoder.Enumeration(Number(text.upwards));
-       to.encoder.Real(text.across == AlignAcross::Continuous ? text.acrossPart : 0);
-       to.encoder.Real(text.upwards == AlignUp::Continuous ? text.upwardsPart : 0);
-     }},
+    {{kAttributes, kTextPath}, kUsesText, WhereNotUsual, WriteEnumeration<&Style::text, &TextStyle::path>},
+    {{kAttributes, kTextAlignment}, kUsesText, WhereNotUsual, WriteAlignment},
 };
 
 /** An attribute that is absolute or scaled, as its mode has it. */
@@ -239,17 +219,10 @@ StyleWriter::StyleWriter(Encoder &target, const Drawing &source, const Modes &kn
   const Style style;
   for (std::size_t i = 0; i < attributes.size(); ++i) {
     const Attribute &attribute = kAttributeTable[i];
-    if (!attribute.hasDefault) continue;
+    if (attribute.written != WhereNotUsual) continue;
     const std::size_t parameters = encoder.Begin(attribute.code);
     attribute.write(*this, style);
     attributes[i].Changes(encoder.Parameters(parameters));
-    encoder.Drop(parameters);
-  }
-  for (std::size_t i = 0; i < kMeasuredThings; ++i) {
-    if (!modes[i].value_or(false)) continue;
-    const std::size_t parameters = encoder.Begin(kMeasuredTable[i].code);
-    encoder.Real(kMeasuredTable[i].of(style).value);
-    measures[i].Changes(encoder.Parameters(parameters));
     encoder.Drop(parameters);
   }
 }
@@ -281,6 +254,7 @@ void StyleWriter::Write(std::uint32_t number, std::uint32_t uses) {
   for (std::size_t i = 0; i < attributes.size(); ++i) {
     const Attribute &attribute = kAttributeTable[i];
     if ((unsettled & attribute.uses) == 0) continue;
+    if (attribute.written == BeyondProfile && encoder.InForce().profile) continue;
     const std::size_t parameters = encoder.Begin(attribute.code);
     attribute.write(*this, style);
     EndIfChanged(parameters, attributes[i]);

@@ -10,10 +10,10 @@
 
 namespace ksvect::cgm {
 
-/** Cells of a row or a column: so that rows may be written twice. */
+/** Cells of a row or a column; rows may be written twice. */
 constexpr std::uint32_t kMostCellsOfSide = 0x3FFFFFFF;
 
-/** The parts of a style that show on an object, as bits. */
+/** The parts of a style that an object shows, as bits. */
 std::uint32_t UsesOf(const Shape &shape, const Style &style);
 
 /** A face of the font list: its family, whether it is bold and whether it is oblique. */
@@ -22,7 +22,7 @@ const char *NameOf(Face face);
 
 /** Lines, edges and markers have measures whose modes are of their own. */
 constexpr std::size_t kMeasuredThings = 3;
-/** Whether measures are scaled, as a picture begins; nothing for what it has none of. */
+/** Whether measures are scaled at the beginning of a picture; empty for things that it does not contain. */
 using Modes = std::array<std::optional<bool>, kMeasuredThings>;
 void WriteMode(Encoder &encoder, std::size_t thing, bool scaled);
 
@@ -61,7 +61,7 @@ class StyleWriter {
     std::size_t size = 0;
     bool known = false;
 
-    /** Holds the new ones. False where they were held before. */
+    /** Stores new ones. False where they are the same as before. */
     bool Changes(std::span<const std::uint8_t> given);
   };
 

@@ -7,7 +7,7 @@ namespace {
 
 constexpr char kEscape = '\x1B';
 
-/** The first word that a name has tells the family: so SANS goes before SERIF, and ROMAN last. */
+/** The first of these that a name contains says the family: so SANS comes before SERIF, and ROMAN last. */
 struct FamilyWord {
   std::string_view word;
   Family family;
@@ -18,6 +18,43 @@ constexpr FamilyWord kFamilyWords[] = {
     {"SIMPLEX", Family::Sans},   {"SWISS", Family::Sans},  {"UNIVERS", Family::Sans}, {"TIMES", Family::Serif},
     {"SERIF", Family::Serif},    {"ROMAN", Family::Serif},
 };
+
+/** Faces of the Hershey fonts that no family has: the nearest is one of the serif font's. */
+struct HersheyFace {
+  std::string_view word;
+  bool bold;
+  bool oblique;
+  Alphabet alphabet;
+};
+constexpr HersheyFace kHersheyFaces[] = {
+    {"GREEK", false, false, Alphabet::Greek},
+    {"CYRILLIC", false, false, Alphabet::Cyrillic},
+    {"SCRIPT", false, true, Alphabet::Latin},
+    {"GOTHIC", true, false, Alphabet::Latin},
+};
+
+/** Letters in the order of an alphabet from the code of 'A' and that of 'a' on; a sigma has one form only. */
+constexpr std::u16string_view kGreekCapitals =
+    u"\u0391\u0392\u0393\u0394\u0395\u0396\u0397\u0398\u0399\u039A\u039B\u039C"
+    u"\u039D\u039E\u039F\u03A0\u03A1\u03A3\u03A4\u03A5\u03A6\u03A7\u03A8\u03A9";
+constexpr char16_t kGreekSmall = u'\u03B1' - u'\u0391';
+constexpr char16_t kCyrillicCapital = u'\u0410';
+constexpr char16_t kCyrillicSmall = u'\u0430';
+/** More letters than those of ASCII: the last ones have the codes behind Z and z. */
+constexpr int kCyrillicLetters = 32;
+
+/** The letter at a code, or 0 where the code is no letter's. */
+char16_t LetterOf(unsigned char code, Alphabet alphabet) {
+  const bool small = code >= 'a';
+  const int place = code - (small ? 'a' : 'A');
+  if (place < 0 || code > '~') return 0;
+  if (alphabet == Alphabet::Cyrillic) {
+    if (place >= kCyrillicLetters) return 0;
+    return static_cast<char16_t>((small ? kCyrillicSmall : kCyrillicCapital) + place);
+  }
+  if (static_cast<std::size_t>(place) >= kGreekCapitals.size()) return 0;
+  return static_cast<char16_t>(kGreekCapitals[static_cast<std::size_t>(place)] + (small ? kGreekSmall : 0));
+}
 
 /** Number of bytes of the UTF-8 character at the front, or 0 where there is none; overlong forms are none. */
 std::size_t Utf8Length(std::string_view text) {
@@ -89,7 +126,26 @@ Font FontOfName(std::string_view name) {
   if (family != std::end(kFamilyWords)) font.family = family->family;
   font.bold = has("BOLD");
   font.oblique = has("ITALIC") || has("OBLIQUE");
+  if (!has("HERSHEY")) return font;
+  for (const HersheyFace &face : kHersheyFaces) {
+    if (has(face.word)) return {Family::Serif, face.bold, face.oblique, face.alphabet};
+  }
   return font;
+}
+
+std::string InAlphabet(std::string_view text, Alphabet alphabet) {
+  std::string out;
+  for (const char character : text) {
+    const char16_t letter =
+        alphabet == Alphabet::Latin ? u'\0' : LetterOf(static_cast<unsigned char>(character), alphabet);
+    if (letter == 0) {
+      out.push_back(character);
+    } else {
+      out.push_back(static_cast<char>(0xC0 | letter >> 6));
+      out.push_back(static_cast<char>(0x80 | (letter & 0x3F)));
+    }
+  }
+  return out;
 }
 
 bool DesignatesUtf8(std::string_view designation) {

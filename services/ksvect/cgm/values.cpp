@@ -18,22 +18,26 @@ std::uint32_t Component(std::uint32_t value, std::uint32_t least, std::uint32_t 
 
 }  // namespace
 
-Color ColorOf(const std::array<std::uint32_t, 3> &components, const ColorExtent &extent) {
-  Color color = 0;
-  for (unsigned i = 0; i < 3; ++i) {
-    color |= Component(components[i], extent.least[i], extent.greatest[i]) << (8 * i);
+Color ColorOf(const Components &components, const ColorExtent &extent, ColorModel model) {
+  Components full = {};
+  for (unsigned i = 0; i < ComponentsOf(model); ++i) {
+    full[i] = Component(components[i], extent.least[i], extent.greatest[i]);
   }
-  return color;
+  // Inks take light away, and black takes it from all three.
+  if (model == ColorModel::Cmyk) {
+    for (unsigned i = 0; i < 3; ++i) full[i] = ((255 - full[i]) * (255 - full[3]) + 127) / 255;
+  }
+  return full[0] | full[1] << 8 | full[2] << 16;
 }
 
 ColorExtent FullExtent(unsigned bits) {
   const auto greatest = static_cast<std::uint32_t>((std::uint64_t{1} << bits) - 1);
-  return {{}, {greatest, greatest, greatest}};
+  return {{}, {greatest, greatest, greatest, greatest}};
 }
 
 bool Parameters::Has(std::size_t bytes) {
-  if (!good || data.size() - position < bytes) good = false;
-  return good;
+  if (Good() && data.size() - position < bytes) Fail(SkipReason::TooShort);
+  return Good();
 }
 
 std::uint32_t Parameters::Unsigned(unsigned bytes) {
@@ -68,13 +72,13 @@ double Parameters::RealOf(RealForm form) {
       value += Unsigned(4) / 4294967296.0;
       break;
   }
-  if (!(std::fabs(value) <= kGreatestNumber)) good = false;
-  return good ? value : 0;
+  if (!(std::fabs(value) <= kGreatestNumber)) Fail(SkipReason::BadValue);
+  return Good() ? value : 0;
 }
 
-std::array<std::uint32_t, 3> Parameters::ColorComponents() {
-  std::array<std::uint32_t, 3> components = {};
-  for (std::uint32_t &component : components) component = Unsigned(coding.colorBytes);
+Components Parameters::ColorComponents() {
+  Components components = {};
+  for (unsigned i = 0; i < ComponentsOf(coding.colorModel); ++i) components[i] = Unsigned(coding.colorBytes);
   return components;
 }
 

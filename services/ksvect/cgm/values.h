@@ -1,6 +1,7 @@
 // The parameters of an element, by their types.
 #pragma once
 
+#include "ksvect/cgm/skipped.h"
 #include "ksvect/model/drawing.h"
 
 #include <array>
@@ -13,16 +14,26 @@
 
 namespace ksvect::cgm {
 
+/** The colour model of direct colours. */
+enum class ColorModel : std::uint8_t { Rgb, Cmyk };
+
+/** The components of a direct colour: the first ones, as many as the model has. */
+constexpr unsigned kMostComponents = 4;
+using Components = std::array<std::uint32_t, kMostComponents>;
+constexpr unsigned ComponentsOf(ColorModel model) {
+  return model == ColorModel::Cmyk ? 4 : 3;
+}
+
 /** Least and greatest values of the components of direct colours. */
 struct ColorExtent {
-  std::array<std::uint32_t, 3> least = {};
-  std::array<std::uint32_t, 3> greatest = {};
+  Components least = {};
+  Components greatest = {};
 };
 
-/** A colour of three components of an extent; components beyond it are its ends. */
-Color ColorOf(const std::array<std::uint32_t, 3> &components, const ColorExtent &extent);
+/** The colour of components within an extent; components beyond it are its ends. */
+Color ColorOf(const Components &components, const ColorExtent &extent, ColorModel model);
 
-/** The extent that components of so many bits have where none is told. */
+/** The extent of components of `bits` bits where the metafile has none. */
 ColorExtent FullExtent(unsigned bits);
 
 enum class RealForm : std::uint8_t { Float32, Float64, Fixed32, Fixed64 };
@@ -38,28 +49,36 @@ struct Coding {
   RealForm vdcReal = RealForm::Fixed32;
   bool vdcIsReal = false;
   bool directColor = false;
+  ColorModel colorModel = ColorModel::Rgb;
   std::optional<ColorExtent> colorExtent;
+
+  unsigned DirectColorBytes() const { return ComponentsOf(colorModel) * colorBytes; }
 
   ColorExtent Extent() const { return colorExtent.value_or(FullExtent(8 * colorBytes)); }
 };
 
-/** A colour as it was written: a direct one, or a place in the colour table. */
+/** A colour as it was written: a direct one, or an index into the colour table. */
 struct ColorValue {
   bool direct = false;
   std::uint32_t value = 0;
 };
 
 /**
- * Reads parameters from the front on. One that isn't there or no number leaves this bad: it and all further ones are
- * zero, and the element is malformed.
+ * Reads parameters from the front on. After one that is missing or invalid, it and all further ones are zero, and the
+ * element is to be skipped.
  */
 class Parameters {
  public:
   Parameters(std::span<const std::uint8_t> bytes, const Coding &valueCoding) : data(bytes), coding(valueCoding) {}
 
-  bool Good() const { return good; }
-  void Fail() { good = false; }
-  std::size_t BytesLeft() const { return good ? data.size() - position : 0; }
+  bool Good() const { return !failure; }
+  /** The first reason counts. */
+  void Fail(SkipReason reason) {
+    if (!failure) failure = reason;
+  }
+  /** Only where not Good. */
+  SkipReason Failure() const { return *failure; }
+  std::size_t BytesLeft() const { return Good() ? data.size() - position : 0; }
   std::size_t Position() const { return position; }
   std::span<const std::uint8_t> All() const { return data; }
 
@@ -67,8 +86,8 @@ class Parameters {
   std::int32_t Integer() { return Signed(coding.integerBytes); }
   std::int32_t Index() { return Signed(coding.indexBytes); }
   std::uint32_t ColorIndex() { return Unsigned(coding.colorIndexBytes); }
-  std::array<std::uint32_t, 3> ColorComponents();
-  Color DirectColor() { return ColorOf(ColorComponents(), coding.Extent()); }
+  Components ColorComponents();
+  Color DirectColor() { return ColorOf(ColorComponents(), coding.Extent(), coding.colorModel); }
   /** As the colour selection mode has it. */
   ColorValue AnyColor();
   double Real() { return RealOf(coding.real); }
@@ -90,7 +109,7 @@ class Parameters {
   std::span<const std::uint8_t> data;
   const Coding &coding;
   std::size_t position = 0;
-  bool good = true;
+  std::optional<SkipReason> failure;
 };
 
 }  // namespace ksvect::cgm

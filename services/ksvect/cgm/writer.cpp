@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <string>
 #include <string_view>
 
 namespace ksvect {
@@ -18,18 +19,20 @@ using cgm::VdcForm;
 
 constexpr std::string_view kMetafileName = "Ksntfx";
 constexpr std::string_view kPictureName = "Picture 1";
-constexpr std::string_view kDescription =
-    "\"ProfileId:MIL-STD-2301A\" \"ProfileEd:1\" \"ColourClass:colour\" \"Source:Ksntfx\"";
+/** The strings that the profile requires in a description; what uses more than the profile doesn't claim it. */
+constexpr std::string_view kProfileDescription = "\"ProfileId:MIL-STD-2301A\" \"ProfileEd:1\" ";
+constexpr std::string_view kDescription = "\"ColourClass:colour\" \"Source:Ksntfx\" \"Date:";
 
 constexpr std::uint32_t kVersion = 1;
 /** The first one that knows modes to change within a picture. */
 constexpr std::uint32_t kVersionOfModeChanges = 3;
 
-/** Shorthands of the element list stand for many elements; their class is no class. */
+/** The class of the shorthands of the element list, each of which means many elements. */
 constexpr int kShorthand = -1;
 constexpr int kDrawingPlusControlSet = 1;
 constexpr int kVersion3Set = 5;
 
+constexpr unsigned kVdcReal = 1;
 constexpr unsigned kFloating = 0;
 constexpr unsigned kBitsOfExponent = 12;
 constexpr unsigned kBitsOfFraction = 52;
@@ -45,7 +48,7 @@ constexpr std::string_view kUtf8 = "/I";
 constexpr unsigned kBasic8Bit = 1;
 constexpr int kLatin1Index = 2;
 
-/** Below these, numbers have a whole part of 16 bits. */
+/** Below this, whole parts fit into 16 bits. */
 constexpr double kFixedLimit = 32767;
 /** The least side of a drawing that a 65536th of a unit is small enough for. */
 constexpr double kLeastFixedSide = 16;
@@ -62,21 +65,22 @@ void WriteElement(Encoder &encoder, cgm::ElementCode code) {
   encoder.End(encoder.Begin(code));
 }
 
-/** Writes one drawing: once for what it needs, and once for good. */
+/** Writes a drawing twice: as a survey of what it needs, and in the forms chosen by that. */
 class MetafileWriter {
  public:
-  MetafileWriter(const Drawing &source, const Box *bounds, std::vector<std::uint8_t> &bytes)
-      : drawing(source), data(bytes), hasExtent(source.hasExtent || bounds != nullptr) {
+  MetafileWriter(const Drawing &source, const Box *bounds, std::string_view today, std::vector<std::uint8_t> &bytes)
+      : drawing(source), date(today), data(bytes), hasExtent(source.hasExtent || bounds != nullptr) {
     if (hasExtent) extent = drawing.hasExtent ? drawing.extent : *bounds;
   }
 
   Status Write() {
-    Encoder survey(data, {VdcForm::Float64, true, true, true});
+    Encoder survey(data, {VdcForm::Float64, true, true, true, true});
     cgm::StyleWriter styles(survey, drawing, {});
     WriteObjects(survey, styles);
     if (hasExtent && !AddExtent(survey)) return ERROR_NOT_SUPPORTED;
     if (!survey.Seen().encodable) return ERROR_NOT_SUPPORTED;
-    const Forms forms = FormsFor(survey.Seen());
+    Forms forms = FormsFor(survey.Seen());
+    forms.profile = IsProfile(forms, survey.Seen(), styles);
     data.clear();
     WriteAll(forms, survey.Seen(), styles);
     return SUCCESS;
@@ -118,6 +122,13 @@ class MetafileWriter {
     return forms;
   }
 
+  /** Whether the elements and forms of the profile are enough: its numbers are those that a metafile begins with. */
+  bool IsProfile(const Forms &forms, const cgm::NumberSurvey &seen, const cgm::StyleWriter &styles) const {
+    const bool usualNumbers = forms.vdc == VdcForm::Integer16 && !forms.floatingReals && !forms.longIntegers;
+    const bool ascii = !seen.beyondAscii && !seen.beyondLatin1;
+    return usualNumbers && ascii && !seen.beyondProfile && !styles.ChangesModes() && !drawing.hasBackground;
+  }
+
   void WriteObjects(Encoder &encoder, cgm::StyleWriter &styles) const {
     encoder.TurnUpsideDown(IsUpsideDown());
     for (const Layer &layer : drawing.layers) {
@@ -150,12 +161,12 @@ class MetafileWriter {
     WriteElement(encoder, {cgm::kDelimiters, cgm::kEndMetafile});
   }
 
-  static void WriteMetafileDescriptor(Encoder &encoder, const Forms &forms, bool changesModes) {
+  void WriteMetafileDescriptor(Encoder &encoder, const Forms &forms, bool changesModes) const {
     const auto element = [&](unsigned number, auto write) {
       WriteElement(encoder, {cgm::kMetafileDescriptors, number}, write);
     };
     element(cgm::kMetafileVersion, [&] { encoder.Integer(changesModes ? kVersionOfModeChanges : kVersion); });
-    element(cgm::kMetafileDescription, [&] { encoder.Bytes(kDescription); });
+    element(cgm::kMetafileDescription, [&] { encoder.Bytes(Description(forms.profile)); });
     element(cgm::kMetafileElementList, [&] {
       encoder.Integer(changesModes ? 2 : 1);
       encoder.Index(kShorthand);
@@ -164,12 +175,17 @@ class MetafileWriter {
       encoder.Index(kShorthand);
       encoder.Index(kVersion3Set);
     });
-    element(cgm::kVdcType, [&] { encoder.Enumeration(forms.vdc >= VdcForm::Fixed32 ? 1 : 0); });
+    if (forms.vdc >= VdcForm::Fixed32) element(cgm::kVdcType, [&] { encoder.Enumeration(kVdcReal); });
     if (forms.longIntegers) element(cgm::kIntegerPrecision, [&] { encoder.Integer(kLongIntegerBits); });
-    Forms told;
-    told.longIntegers = forms.longIntegers;
-    encoder.SetForms(told);
+    Forms described;
+    described.longIntegers = forms.longIntegers;
+    encoder.SetForms(described);
     if (forms.floatingReals) element(cgm::kRealPrecision, [&] { WriteFloating(encoder); });
+  }
+
+  std::string Description(bool ofProfile) const {
+    std::string text(ofProfile ? kProfileDescription : "");
+    return text.append(kDescription).append(date).append("\"");
   }
 
   static void WriteFloating(Encoder &encoder) {
@@ -231,6 +247,7 @@ class MetafileWriter {
   }
 
   const Drawing &drawing;
+  std::string_view date;
   std::vector<std::uint8_t> &data;
   bool hasExtent;
   Box extent;
@@ -238,9 +255,9 @@ class MetafileWriter {
 
 }  // namespace
 
-Status WriteCgm(const Drawing &drawing, const Box *bounds, std::vector<std::uint8_t> &data) {
+Status WriteCgm(const Drawing &drawing, const Box *bounds, std::string_view date, std::vector<std::uint8_t> &data) {
   data.clear();
-  const Status status = MetafileWriter(drawing, bounds, data).Write();
+  const Status status = MetafileWriter(drawing, bounds, date, data).Write();
   if (status != SUCCESS) data.clear();
   return status;
 }

@@ -1,5 +1,4 @@
-// A drawing as a model: what a metafile says, in one form that the reader makes, the writer writes and the painter
-// paints.
+// The model of a drawing, which the reader of metafiles makes, the writer writes, and the painter paints.
 #pragma once
 
 #include <cmath>
@@ -11,12 +10,12 @@
 
 namespace ksvect {
 
-/** Greater numbers are of no picture, and stand in no metafile. Products of some up to it are still finite. */
+/** Metafiles have no greater numbers. Products of some of them are still finite. */
 constexpr double kGreatestNumber = 1e60;
 
 /**
- * A place or a vector of the drawing, in its own units. x runs to the right and y upwards, whatever a metafile had: its
- * reader turns axes round, so that the first corner of its extent is the lower left one.
+ * A place or a vector of the drawing, in its own units. x runs to the right and y upwards, whatever the axes of the
+ * metafile: its reader turns them, so that the first corner of the extent is the lower left one.
  */
 struct Point {
   double x = 0;
@@ -168,7 +167,7 @@ struct Polygon {
 /** What the edge from a point of a set to the next one is; the closing kinds lead back to where the polygon began. */
 enum class EdgeFlag : std::uint8_t { Invisible, Visible, CloseInvisible, CloseVisible };
 
-/** Several polygons that are one area, whose inside is told by the parity of crossings. */
+/** Several polygons that are one area, with the even-odd rule. */
 struct PolygonSet {
   std::vector<Point> points;
   std::vector<EdgeFlag> flags; /**< one a point */
@@ -268,8 +267,10 @@ struct Pattern {
 };
 
 struct Drawing {
-  bool hasExtent = false; /**< otherwise the bounds of the objects stand for it */
+  bool hasExtent = false; /**< otherwise the bounds of the objects take its place */
   Box extent;             /**< the part of the drawing's space that a picture shows */
+  bool downwards = false; /**< y ran down in the metafile: a level line lies below its place, otherwise above it */
+  bool inPixels = false;  /**< the metafile's units are meant as pixels, as its descriptors show */
   bool hasBackground = false;
   Color background = 0xFFFFFF;
   std::vector<Style> styles;

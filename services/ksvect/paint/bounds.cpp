@@ -34,7 +34,7 @@ class BoundsReader {
   }
 
   void operator()(const Text &text) const {
-    for (const Point corner : CornersOf(text, style.text).corners) box.Add(corner);
+    for (const Point corner : CornersOf(LayoutOf(text, style.text))) box.Add(corner);
   }
 
   void operator()(const CellArray &array) const {
@@ -49,7 +49,7 @@ class BoundsReader {
     box.Add(ellipse.center + ellipse.first * std::cos(angle) + ellipse.second * std::sin(angle));
   }
 
-  /** An ellipse is farthest out at an angle and opposite to it, as far as the arc comes there. */
+  /** An ellipse is farthest out at an angle and opposite to it, where the arc reaches these. */
   void AddFarthest(const Ellipse &ellipse, double angle) const {
     for (const double farthest : {angle, angle + std::numbers::pi}) {
       const double behindStart = std::fmod(std::fmod(farthest - ellipse.start, kTurn) + kTurn, kTurn);

@@ -9,7 +9,7 @@
 
 namespace ksvect {
 
-/** Takes parts of a bitmap of 8, 24 or 32 bits out as pixels of blue, green, red and 0, and puts them back. */
+/** Loads parts of a bitmap of 8, 24 or 32 bits as pixels of blue, green, red and 0, and stores them. */
 class CanvasPixels {
  public:
   explicit CanvasPixels(KsBitmap &bitmap);

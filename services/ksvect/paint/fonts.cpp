@@ -14,7 +14,7 @@
 namespace ksvect {
 namespace {
 
-/** Lines that stand for one curve of an outline. */
+/** Lines that replace one curve of an outline. */
 constexpr int kLinesOfCurve = 8;
 /** How far slanted letters lean where the font has none of its own. */
 constexpr double kSlant = 0.2;

@@ -18,7 +18,7 @@ class Font {
   Font &operator=(const Font &) = delete;
   virtual ~Font() = default;
 
-  /** The glyph of a character, or of what stands for those that the font doesn't have. It lives as long as the font. */
+  /** The glyph of a character, or the font's glyph for missing ones. It lives as long as the font. */
   virtual const Glyph &GlyphOf(char32_t character) = 0;
 
   // Heights over the base line, in parts of the em square.

@@ -46,10 +46,16 @@ std::string Utf8Of(std::string_view latin1) {
 Status PaintDrawing(const Drawing &drawing, const Placement &placement, KsBitmap &bitmap) {
   const Status status = CheckCanvas(bitmap);
   if (status != SUCCESS) return status;
-  Box extent;
-  if (!ExtentOf(drawing, extent)) return SUCCESS;
+  Box window;
+  if (placement.window != nullptr) {
+    window = *placement.window;
+  } else if (!ExtentOf(drawing, window)) {
+    return SUCCESS;
+  }
+  Mapping mapping = MappingOf(window, placement);
+  mapping.linesAbove = placement.upwards != drawing.downwards;
   Tiles tiles(bitmap);
-  AddMarks(drawing, MappingOf(extent, placement), tiles);
+  AddMarks(drawing, mapping, tiles);
   tiles.Finish();
   return SUCCESS;
 }

@@ -41,7 +41,7 @@ void ClipRing(const Box &box, std::vector<Point> &ring, std::vector<Point> &scra
 using DashLengths = std::span<const double>;
 
 /**
- * The drawn pieces of a path, as far as they reach into the box. Dashes that are too small or too many to be seen as
+ * The drawn pieces of a path within the box. Dashes that are too small or too many to be seen as
  * such make whole lines.
  */
 Path Dashed(const Path &path, DashLengths lengths, const Box &box);

@@ -101,7 +101,16 @@ class ShapeMarks {
     }
   }
 
-  void operator()(const Text &text) const { AddText(text, style.text, mapping.toCanvas, clip, tiles); }
+  void operator()(const Text &text) const {
+    const Layout layout = LayoutOf(text, style.text);
+    if (!style.transparent && !layout.characters.empty()) {
+      Path box;
+      box.Begin(true);
+      for (const Point corner : CornersOf(layout)) box.Add(mapping.toCanvas(corner));
+      FillSolid(box, style.auxiliary);
+    }
+    AddGlyphs(layout, mapping.toCanvas, style.text.color, clip, tiles);
+  }
 
   void operator()(const Markers &markers) const {
     const double size =
@@ -141,8 +150,8 @@ class ShapeMarks {
     around.Add(mapping.toCanvas(box.low));
     around.Add(mapping.toCanvas(box.high));
     const auto nearest = [](double value) { return static_cast<std::int32_t>(std::lround(value)); };
-    return {nearest(around.box.low.x), nearest(around.box.low.y) - (mapping.upwards ? 1 : 0),
-            nearest(around.box.high.x) + 1, nearest(around.box.high.y) + (mapping.upwards ? 0 : 1)};
+    return {nearest(around.box.low.x), nearest(around.box.low.y) - (mapping.linesAbove ? 1 : 0),
+            nearest(around.box.high.x) + 1, nearest(around.box.high.y) + (mapping.linesAbove ? 0 : 1)};
   }
 
   /** Contours that end where they begin have a corner there. */

@@ -36,13 +36,13 @@ double WidthOf(const Measure &measure, const Mapping &mapping) {
 
 /**
  * Moves lines along an axis so that they cover whole pixels: a pixel wide, they would otherwise often be two, and pale.
- * A coordinate of the drawing stands for the pixels from there on, but on the far border of the rectangle for the last
- * ones.
+ * A coordinate of the drawing means the pixels that begin there, in the direction of the metafile's axes; on the far
+ * border of the rectangle it means the last ones.
  */
 class PixelGrid {
  public:
   PixelGrid(const Mapping &mapping, double lineWidth)
-      : rectangle(BoxOf(mapping.rectangle)), upwards(mapping.upwards), odd(std::lround(lineWidth) % 2 != 0) {}
+      : rectangle(BoxOf(mapping.rectangle)), linesAbove(mapping.linesAbove), odd(std::lround(lineWidth) % 2 != 0) {}
 
   void Align(Path &path) const {
     for (std::size_t i = 0; i < path.contours.size(); ++i) {
@@ -72,7 +72,7 @@ class PixelGrid {
     if (upright) {
       start.x = end.x = Aligned(from.x, rectangle.low.x, rectangle.high.x, false);
     } else {
-      start.y = end.y = Aligned(from.y, rectangle.low.y, rectangle.high.y, upwards);
+      start.y = end.y = Aligned(from.y, rectangle.low.y, rectangle.high.y, linesAbove);
     }
   }
 
@@ -84,7 +84,7 @@ class PixelGrid {
   }
 
   Box rectangle;
-  bool upwards;
+  bool linesAbove;
   bool odd;
 };
 

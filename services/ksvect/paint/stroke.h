@@ -8,7 +8,7 @@ namespace ksvect {
 
 struct StrokeStyle {
   const LineStyle &line;
-  const Style &style; /**< tells what gaps show */
+  const Style &style; /**< says what gaps show */
   Join join = Join::Round;
   bool straight = true; /**< of lines that are meant to be straight, so that those along an axis go to whole pixels */
 };

@@ -22,7 +22,7 @@ class Surface {
   Surface &operator=(const Surface &) = delete;
   ~Surface();
 
-  // The path that the next drawing takes and clears.
+  // The path, which the next drawing operation uses up.
   void MoveTo(Point point);
   void LineTo(Point point);
   void Close();

@@ -167,7 +167,7 @@ void Restrict(const Text &text, const TextStyle &style, Layout &layout) {
   }
 }
 
-/** The characters of UTF-8; a byte that is none of it stands for itself. */
+/** The characters of UTF-8; an invalid byte is a character of its own. */
 std::u32string CharactersOf(std::string_view text) {
   std::u32string characters;
   while (!text.empty()) {
@@ -214,12 +214,7 @@ void AddGlyphs(const Layout &layout, const Affine &toCanvas, Color color, const 
   tiles.Add(std::move(mark));
 }
 
-void AddText(const Text &text, const TextStyle &style, const Affine &toCanvas, const KsRect &clip, Tiles &tiles) {
-  AddGlyphs(LayoutOf(text, style), toCanvas, style.color, clip, tiles);
-}
-
-TextCorners CornersOf(const Text &text, const TextStyle &style) {
-  const Layout layout = LayoutOf(text, style);
+std::array<Point, 4> CornersOf(const Layout &layout) {
   const Box &box = layout.box;
   const Affine &frame = layout.toDrawing;
   return {{frame(box.low), frame({box.high.x, box.low.y}), frame(box.high), frame({box.low.x, box.high.y})}};

@@ -4,6 +4,7 @@
 #include "ksvect/paint/fonts.h"
 #include "ksvect/paint/tiles.h"
 
+#include <array>
 #include <vector>
 
 namespace ksvect {
@@ -24,16 +25,12 @@ struct Layout {
 Layout LayoutOf(const Text &text, const TextStyle &style);
 
 /**
- * The box around a text in the units of its drawing, as it is painted: four corners, from the lower left one on and
- * counterclockwise as seen along the text. Its width is estimated where no font is found.
+ * The box around a text in the units of its drawing: from its lower left corner on, counterclockwise as seen along the
+ * text. Its width is estimated where no font is found.
  */
-struct TextCorners {
-  Point corners[4];
-};
-TextCorners CornersOf(const Text &text, const TextStyle &style);
+std::array<Point, 4> CornersOf(const Layout &layout);
 
-/** Adds the marks of a text. */
-void AddText(const Text &text, const TextStyle &style, const Affine &toCanvas, const KsRect &clip, Tiles &tiles);
+/** Adds the marks of its characters. */
 void AddGlyphs(const Layout &layout, const Affine &toCanvas, Color color, const KsRect &clip, Tiles &tiles);
 
 }  // namespace ksvect

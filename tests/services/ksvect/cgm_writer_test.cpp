@@ -7,7 +7,10 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <map>
 #include <numbers>
+#include <set>
+#include <string>
 
 namespace {
 
@@ -16,7 +19,7 @@ using namespace ksvect;
 /** Writes it as the framework does: the bounds stand for an extent that a drawing doesn't have. */
 Status Write(const Drawing &drawing, Bytes &bytes) {
   Box bounds;
-  return WriteCgm(drawing, BoundsOf(drawing, bounds) ? &bounds : nullptr, bytes);
+  return WriteCgm(drawing, BoundsOf(drawing, bounds) ? &bounds : nullptr, "20050131", bytes);
 }
 
 constexpr double kHalfTurn = std::numbers::pi;
@@ -350,31 +353,45 @@ INSTANTIATE_TEST_SUITE_P(
                     SceneCase{"LongRows", [] { return ManyCells(40001, 2); }}, SceneCase{"GreatFactors", GreatFactors}),
     [](const auto &given) { return given.param.name; });
 
-/** The elements up to the picture's body: a digit for the group, two for the number. */
-std::vector<unsigned> DescriptorsOf(const Bytes &bytes) {
+struct Element {
+  unsigned code; /**< a digit for the class, two for the number */
+  Bytes parameters;
+};
+
+std::vector<Element> ElementsOf(const Bytes &bytes) {
   constexpr unsigned kLong = 31;
-  std::vector<unsigned> elements;
-  for (std::size_t at = 0; elements.empty() || elements.back() != 0x004;) {
+  std::vector<Element> elements;
+  for (std::size_t at = 0; at < bytes.size();) {
     const unsigned head = bytes.at(at) << 8U | bytes.at(at + 1);
     const bool isLong = (head & kLong) == kLong;
     const unsigned length = isLong ? bytes.at(at + 2) << 8U | bytes.at(at + 3) : head & kLong;
-    elements.push_back((head >> 12U) << 8U | (head >> 5U & 127U));
+    const auto first = bytes.begin() + static_cast<std::ptrdiff_t>(at) + (isLong ? 4 : 2);
+    elements.push_back({(head >> 12U) << 8U | (head >> 5U & 127U), Bytes(first, first + length)});
     at += (isLong ? 4 : 2) + length + length % 2;
   }
   return elements;
 }
 
-TEST(CgmWriter, TellsWhatThePictureNeedsInTheStandardsOrder) {
+std::string TextOf(const Bytes &parameters) {
+  return {parameters.begin() + 1, parameters.end()};
+}
+
+TEST(CgmWriter, SaysWhatThePictureNeedsInTheStandardsOrder) {
   const std::vector<std::pair<Scene, std::vector<unsigned>>> scenes = {
-      {LongLines(), {0x001, 0x101, 0x102, 0x10B, 0x103, 0x003, 0x202, 0x203, 0x206, 0x004}},
-      {OfTexts({"\xC3\xBC"}), {0x001, 0x101, 0x102, 0x10B, 0x103, 0x10D, 0x10E, 0x10F, 0x003, 0x202, 0x206, 0x004}},
-      {ManyCells(40001, 1), {0x001, 0x101, 0x102, 0x10B, 0x103, 0x104, 0x003, 0x202, 0x206, 0x004}},
+      {LongLines(), {0x001, 0x101, 0x102, 0x10B, 0x003, 0x202, 0x203, 0x206, 0x004}},
+      {OfTexts({"\xC3\xBC"}), {0x001, 0x101, 0x102, 0x10B, 0x10D, 0x10E, 0x10F, 0x003, 0x202, 0x206, 0x004}},
+      {ManyCells(40001, 1), {0x001, 0x101, 0x102, 0x10B, 0x104, 0x003, 0x202, 0x206, 0x004}},
       {Attributes(0.000123),
        {0x001, 0x101, 0x102, 0x10B, 0x103, 0x10D, 0x10C, 0x003, 0x202, 0x203, 0x205, 0x204, 0x206, 0x207, 0x004}}};
   for (const auto &[scene, descriptors] : scenes) {
     Bytes bytes;
     ASSERT_EQ(Write(scene.drawing, bytes), SUCCESS);
-    EXPECT_EQ(DescriptorsOf(bytes), descriptors);
+    // What lies behind may be in partitions.
+    const Bytes body = {0x00, 0x80};
+    const auto end = std::search(bytes.begin(), bytes.end(), body.begin(), body.end());
+    std::vector<unsigned> found;
+    for (const Element &element : ElementsOf(Bytes(bytes.begin(), end + 2))) found.push_back(element.code);
+    EXPECT_EQ(found, descriptors);
     // Measures of both kinds need version 3.
     const bool isMixed = &descriptors == &scenes.back().second;
     const Bytes version = {0x10, 0x22, 0, static_cast<std::uint8_t>(isMixed ? 3 : 1)};
@@ -383,10 +400,12 @@ TEST(CgmWriter, TellsWhatThePictureNeedsInTheStandardsOrder) {
   }
 }
 
-TEST(CgmWriter, WritesAttributesWhereTheyChange) {
+/** A metafile of the profile byte for byte: attributes before their first use, and again where they change. */
+TEST(CgmWriter, WritesAMetafileOfTheProfile) {
   Scene scene;
   Style style;
   style.line.color = 0x0000FF;
+  style.line.width = {3, false};
   const Polyline line{{{0, 50}, {10, 60}}};
   scene.Add(line, style);
   scene.Add(line, style);
@@ -394,16 +413,100 @@ TEST(CgmWriter, WritesAttributesWhereTheyChange) {
   scene.Add(line, style);
   style.line.color = 0xFF0000;
   scene.Add(line, style);
+  const std::string description =
+      R"("ProfileId:MIL-STD-2301A" "ProfileEd:1" "ColourClass:colour" "Source:Ksntfx" "Date:20050131")";
+  Bytes expected = {0x00, 0x27, 6, 'K', 's', 'n', 't', 'f', 'x', 0,  // BEGIN METAFILE
+                    0x10, 0x22, 0, 1,                                // METAFILE VERSION
+                    0x10, 0x5F, 0, 93, 92};                          // METAFILE DESCRIPTION
+  expected.insert(expected.end(), description.begin(), description.end());
+  expected.push_back(0);
+  const Bytes drawn = {0x40, 0x28, 0, 0, 0xFF, 0xCE, 0, 10, 0xFF, 0xC4};  // POLYLINE: y is negated
+  for (const Bytes &part :
+       {Bytes{0x11, 0x66, 0, 1, 0xFF, 0xFF, 0, 1},  // METAFILE ELEMENT LIST: the drawing plus control set
+        Bytes{0x00, 0x6A, 9, 'P', 'i', 'c', 't', 'u', 'r', 'e', ' ', '1'},  // BEGIN PICTURE
+        Bytes{0x20, 0x42, 0, 1},                                            // COLOUR SELECTION MODE: direct
+        Bytes{0x20, 0x62, 0, 0},                                            // LINE WIDTH SPECIFICATION MODE: absolute
+        Bytes{0x20, 0xC8, 0xFF, 0x9C, 0xFF, 0xCE, 3, 0x84, 0xFC, 0xAE},     // VDC EXTENT: y runs down
+        Bytes{0x00, 0x80},                                                  // BEGIN PICTURE BODY
+        Bytes{0x50, 0x42, 0, 1},                                            // LINE TYPE
+        Bytes{0x50, 0x83, 0xFF, 0, 0, 0},                                   // LINE COLOUR
+        Bytes{0x50, 0x62, 0, 3},                                            // LINE WIDTH
+        drawn, drawn, drawn, Bytes{0x50, 0x83, 0, 0, 0xFF, 0}, drawn,       //
+        Bytes{0x00, 0xA0},                                                  // END PICTURE
+        Bytes{0x00, 0x40}}) {                                               // END METAFILE
+    expected.insert(expected.end(), part.begin(), part.end());
+  }
   Bytes bytes;
   ASSERT_EQ(Write(scene.drawing, bytes), SUCCESS);
-  const Bytes drawn = {0x40, 0x28, 0, 0, 0xFF, 0xCE, 0, 10, 0xFF, 0xC4};
-  Bytes body = {0x00, 0x80, 0x30, 0xC2, 0, 0, 0x50, 0x83, 0xFF, 0, 0, 0};
-  for (int i = 0; i < 3; ++i) body.insert(body.end(), drawn.begin(), drawn.end());
-  for (const std::uint8_t byte : {0x50, 0x83, 0x00, 0x00, 0xFF, 0x00}) body.push_back(byte);
-  body.insert(body.end(), drawn.begin(), drawn.end());
-  for (const std::uint8_t byte : {0x00, 0xA0, 0x00, 0x40}) body.push_back(byte);
-  ASSERT_GT(bytes.size(), body.size());
-  EXPECT_EQ(Bytes(bytes.end() - static_cast<std::ptrdiff_t>(body.size()), bytes.end()), body);
+  EXPECT_EQ(bytes, expected);
+}
+
+/** The elements of MIL-STD-2301A, and for each primitive the attributes that it depends on. */
+const std::set<unsigned> kProfile = {0x001, 0x002, 0x003, 0x004, 0x005, 0x101, 0x102, 0x10B, 0x10D, 0x202,
+                                     0x203, 0x205, 0x206, 0x303, 0x304, 0x502, 0x503, 0x504, 0x50A, 0x50E,
+                                     0x50F, 0x510, 0x516, 0x517, 0x518, 0x51B, 0x51C, 0x51D, 0x51E};
+const std::set<unsigned> kOfLines = {0x502, 0x503, 0x504};
+const std::set<unsigned> kOfAreas = {0x516, 0x517, 0x51B, 0x51C, 0x51D, 0x51E};
+const std::set<unsigned> kOfTexts = {0x50A, 0x50E, 0x50F, 0x510};
+const std::map<unsigned, std::set<unsigned>> kProfilePrimitives = {
+    {0x401, kOfLines}, {0x404, kOfTexts}, {0x407, kOfAreas}, {0x40B, kOfAreas}, {0x40C, kOfAreas},
+    {0x40F, kOfLines}, {0x410, kOfAreas}, {0x411, kOfAreas}, {0x412, kOfLines}, {0x413, kOfAreas}};
+
+TEST(CgmWriter, KeepsToTheProfileOrDoesNotClaimIt) {
+  Style style;
+  style.edgeVisible = true;
+  style.fill.interior = Interior::Hatch;
+  style.text.height = 12;
+  style.transparent = false;
+  const std::function<void(Scene &)> additions[] = {[](Scene &) {},
+                                                    [&](Scene &scene) {
+                                                      scene.Add(Markers{{{1, 2}}}, style);
+                                                    },
+                                                    [&](Scene &scene) {
+                                                      scene.Add(Polyline{{{1.5, 2}, {3, 4}}}, style);
+                                                    },
+                                                    [&](Scene &scene) {
+                                                      scene.Add(Text{{1, 2}, "gr\xC3\xBC\xC3\x9F", false, {}}, style);
+                                                    },
+                                                    [](Scene &scene) { scene.drawing.hasBackground = true; },
+                                                    [](Scene &scene) {
+                                                      Style clipped;
+                                                      clipped.clipped = true;
+                                                      clipped.clip = {{0, 60}, {9, 90}};
+                                                      scene.Add(Polyline{{{1, 2}, {3, 4}}}, clipped);
+                                                    }};
+  for (const auto &add : additions) {
+    const bool ofProfile = &add == &additions[0];
+    Scene scene;
+    for (const Shape &shape : scene.AllShapes()) {
+      const auto *text = std::get_if<Text>(&shape);
+      if (shape.index() == Shape(DisjointPolyline{}).index() || std::holds_alternative<PolygonSet>(shape)) continue;
+      if (std::holds_alternative<Markers>(shape) || std::holds_alternative<CellArray>(shape)) continue;
+      if (text == nullptr || !text->restricted) scene.Add(shape, style);
+    }
+    add(scene);
+    Bytes bytes;
+    ASSERT_EQ(Write(scene.drawing, bytes), SUCCESS);
+    std::set<unsigned> before;
+    bool keeps = true;
+    for (const auto &[code, parameters] : ElementsOf(bytes)) {
+      const auto primitive = kProfilePrimitives.find(code);
+      if (primitive != kProfilePrimitives.end()) {
+        EXPECT_TRUE(std::includes(before.begin(), before.end(), primitive->second.begin(), primitive->second.end()))
+            << std::hex << code;
+      }
+      keeps = keeps && (primitive != kProfilePrimitives.end() || kProfile.contains(code));
+      if (code == 0x102) {
+        EXPECT_EQ(TextOf(parameters).find("ProfileId:MIL-STD-2301A") != std::string::npos, ofProfile);
+        EXPECT_NE(TextOf(parameters).find("\"Date:20050131\""), std::string::npos);
+      }
+      before.insert(code);
+    }
+    EXPECT_EQ(keeps, ofProfile);
+    // Height and orientation of texts count in full: said where a general reader would take less.
+    EXPECT_EQ(before.contains(0x50B), !ofProfile);
+    EXPECT_EQ(before.contains(0x306), &add == &additions[5]) << "the clip indicator";
+  }
 }
 
 /** A drawing without an extent, flat or small as it may be, stays where it is. */

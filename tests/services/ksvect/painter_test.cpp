@@ -1,8 +1,8 @@
 // Drawings and texts on bitmaps, by the colours of regions and the bounds of ink.
-#include "ksvect/paint/bounds.h"
 #include "ksvect/paint/painter.h"
-#include "ksvect/paint/text_layout.h"
 
+#include "ksvect/paint/bounds.h"
+#include "ksvect/paint/text_layout.h"
 #include "platform/platform.h"
 #include "service_test.h"
 
@@ -203,6 +203,16 @@ std::vector<Scene> Scenes() {
       {"TurnedCells",
        DrawingOf(CellArray{{50, 10}, {50, 90}, {90, 50}, 2, 1, {kRed, kBlue}}, {}),
        {{40, 30, kRed}, {75, 55, kBlue}, {15, 15, kWhite}}},
+      {"TextBox",
+       DrawingOf(Text{{20, 30}, "|", false, {}},
+                 [] {
+                   Style style;
+                   style.text = {.family = Family::Fixed, .color = kRed, .height = 80};
+                   style.transparent = false;
+                   style.auxiliary = kBlue;
+                   return style;
+                 }()),
+       {{44, 50, kRed}, {30, 50, kBlue}, {60, 20, kBlue}, {60, 85, kBlue}, {15, 50, kWhite}, {72, 50, kWhite}}},
       {"DotMarker", DrawingOf(Markers{{{50, 50}}}, Marked(Marker::Dot)), {{50, 50, kRed}, {66, 50, kWhite}}},
       {"PlusMarker",
        DrawingOf(Markers{{{50.5, 50.5}}}, Marked(Marker::Plus)),
@@ -264,6 +274,86 @@ TEST_F(PainterTest, LinesAreAtLeastAPixelAtAnyScale) {
   thin.Paint(DrawingOf(Rectangle{{10, 50}, {90, 50.01}}, Solid(0)));
   EXPECT_EQ(thin.At(50, 49), 0u) << "an area too thin to fill";
 }
+
+/** A level line of an odd width lies on the side of its place to which y runs in the metafile; none is on another. */
+TEST_F(PainterTest, LevelLinesLieWhereTheirMetafileCountsRows) {
+  struct Case {
+    bool downwards;  // in the metafile
+    bool upwards;    // on the canvas
+    double y;        // of the model
+    int32_t row;
+  };
+  for (const Case &line : {Case{true, true, -0.0, 0},
+                           {true, true, -1, 1},
+                           {true, true, -2, 2},
+                           {true, true, -99, 99},
+                           {true, true, -100, 99},
+                           {false, true, -100, 99},
+                           {false, true, -99, 98},
+                           {false, true, -1, 0},
+                           {false, true, 0, 0},
+                           {false, false, -100, 0},
+                           {false, false, -99, 1},
+                           {true, false, -99, 0},
+                           {true, false, -98, 1}}) {
+    for (const double width : {1.0, 3.0}) {
+      Drawing drawing = DrawingOf(Polyline{{{20, line.y}, {80, line.y}}}, Lines(width), {{0, -100}, {100, 0}});
+      drawing.downwards = line.downwards;
+      Canvas canvas;
+      canvas.Paint(drawing, {canvas.All(), line.upwards});
+      const auto reach = static_cast<int32_t>(width) / 2;
+      const KsRect ink = {20, std::max(line.row - reach, 0), 80, std::min(line.row + reach + 1, 100)};
+      EXPECT_EQ(std::memcmp(&ink, std::vector{canvas.Ink()}.data(), sizeof ink), 0)
+          << line.y << ": " << canvas.Ink().top << " to " << canvas.Ink().bottom;
+    }
+  }
+}
+
+TEST_F(PainterTest, AClipTakesInTheLinesOnItsBorders) {
+  Style style = Lines(1);
+  style.clipped = true;
+  style.clip = {{10, -90}, {90, -10}};
+  Drawing drawing =
+      DrawingOf(Polyline{{{10, -10}, {90, -10}, {90, -90}, {10, -90}, {10, -10}}}, style, {{0, -100}, {100, 0}});
+  for (const bool downwards : {false, true}) {
+    drawing.downwards = downwards;
+    Canvas canvas;
+    const int32_t up = downwards ? 0 : 1;
+    ExpectNear(canvas.Paint(drawing).Ink(), {10, 10 - up, 91, 91 - up}, 0);
+  }
+}
+
+struct WindowCase {
+  const char *name;
+  Box extent;
+  bool inPixels;
+  KsRect bounds;
+  Box window;
+};
+
+class WindowTest : public ServiceTestWith<WindowCase> {};
+
+TEST_P(WindowTest, DependsOnTheMetafileAndNotOnItsObjects) {
+  const WindowCase &given = GetParam();
+  Drawing drawing = DrawingOf(Rectangle{{10, -10}, {30, -20}}, Solid(0), given.extent);
+  drawing.inPixels = given.inPixels;
+  drawing.hasExtent = !(given.extent == Box{});
+  for (const double y : {-20, -5000}) {
+    std::get<Rectangle>(drawing.layers[0].objects[0].shape).second.y = y;
+    EXPECT_EQ(WindowOn(drawing, given.bounds), given.window);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Painter, WindowTest,
+    testing::Values(WindowCase{"WholeSpace", {{0, -32767}, {32767, 0}}, true, {20, 10, 80, 40}, {{20, -40}, {80, -10}}},
+                    WindowCase{"BoundsTurned", {{0, -50}, {100, 0}}, true, {0, 0, 50, 100}, {{0, -100}, {50, 0}}},
+                    WindowCase{"BoundsWithLines", {{0, -50}, {100, 0}}, true, {-2, -2, 102, 52}, {{-2, -52}, {102, 2}}},
+                    WindowCase{"ExtentTooSmall", {{0, -50}, {100, 0}}, true, {0, 0, 200, 100}, {{0, -50}, {100, 0}}},
+                    WindowCase{"Scaled", {{0, 0}, {1, 1}}, false, {0, 0, 200, 100}, {{0, 0}, {1, 1}}},
+                    WindowCase{"NoExtent", {}, false, {10, 20, 200, 100}, {{10, -100}, {200, -20}}},
+                    WindowCase{"NoBounds", {{0, 0}, {1, 1}}, false, {7, 7, 7, 7}, {{7, -7}, {7, -7}}}),
+    [](const auto &given) { return std::string(given.param.name); });
 
 /** A drawing larger than a tile, of everything that could show where tiles meet. */
 Drawing Wide() {
@@ -354,6 +444,10 @@ TEST_F(PainterTest, TheExtentIsLaidOntoTheRectangle) {
   Canvas down;
   down.Paint(drawing, {{20, 20, 60, 100}, false});
   ExpectNear(down.Ink(), {20, 20, 40, 40}, 0);
+  const Box window = {{0, 0}, {40, 40}};
+  Canvas part;
+  part.Paint(drawing, {{20, 20, 60, 100}, true, &window});
+  ExpectNear(part.Ink(), {30, 60, 50, 80}, 0);
   Canvas flat;
   flat.Paint(DrawingOf(Rectangle{{10, 10}, {30, 20}}, Solid(0), {{10, 10}, {50, 10}}), {{20, 20, 60, 100}, true});
   ExpectNear(flat.Ink(), {20, 90, 40, 100}, 0);
@@ -411,10 +505,10 @@ TEST_F(PainterTest, RestrictedTextIsNarrowedAndNeverWidened) {
   TextStyle style;
   style.height = 10;
   const auto widthOf = [&style](const char *text, bool restricted) {
-    const TextCorners box = CornersOf({{7, 7}, text, restricted, {30, 12}}, style);
-    EXPECT_EQ(box.corners[3].x, box.corners[0].x);
-    EXPECT_GE(box.corners[3].y, box.corners[0].y + 10);
-    return box.corners[1].x - box.corners[0].x;
+    const auto corners = CornersOf(LayoutOf({{7, 7}, text, restricted, {30, 12}}, style));
+    EXPECT_EQ(corners[3].x, corners[0].x);
+    EXPECT_GE(corners[3].y, corners[0].y + 10);
+    return corners[1].x - corners[0].x;
   };
   EXPECT_NEAR(widthOf("a text wider than its box", true), 30, 1e-6);
   EXPECT_EQ(widthOf("i", true), widthOf("i", false));
