@@ -63,12 +63,13 @@ void SetHeight(Picture &picture, Parameters &parameters) {
   if (parameters.Good()) picture.attributes.height = std::fabs(height);
 }
 
-void SetOrientation(Picture &picture, Parameters &parameters) {
-  const Point up = parameters.Point();
-  const Point along = parameters.Point();
+template <auto first, auto second>
+void SetVectors(Picture &picture, Parameters &parameters) {
+  const Point one = parameters.Point();
+  const Point other = parameters.Point();
   if (!parameters.Good()) return;
-  picture.attributes.up = up;
-  picture.attributes.along = along;
+  picture.attributes.*first = one;
+  picture.attributes.*second = other;
 }
 
 void SetAlignment(Picture &picture, Parameters &parameters) {
@@ -87,14 +88,6 @@ void SetAlignment(Picture &picture, Parameters &parameters) {
 void SetFillReference(Picture &picture, Parameters &parameters) {
   const Point point = parameters.Point();
   if (parameters.Good()) picture.attributes.fillReference = point;
-}
-
-void SetPatternSize(Picture &picture, Parameters &parameters) {
-  const Point height = parameters.Point();
-  const Point width = parameters.Point();
-  if (!parameters.Good()) return;
-  picture.attributes.patternHeight = height;
-  picture.attributes.patternWidth = width;
 }
 
 void SetPattern(Picture &picture, Parameters &parameters) {
@@ -146,7 +139,7 @@ constexpr HandlerRow kRows[] = {
     {kAttributes, kCharacterSpacing, SetReal<&Attributes::spacing>},
     {kAttributes, kTextColor, SetColor<&Attributes::textColor>},
     {kAttributes, kCharacterHeight, SetHeight},
-    {kAttributes, kCharacterOrientation, SetOrientation},
+    {kAttributes, kCharacterOrientation, SetVectors<&Attributes::up, &Attributes::along>},
     {kAttributes, kTextPath, kSetTextPath},
     {kAttributes, kTextAlignment, SetAlignment},
     {kAttributes, kCharacterSetIndex, SetIndex<&Attributes::characterSet>},
@@ -161,7 +154,7 @@ constexpr HandlerRow kRows[] = {
     {kAttributes, kEdgeVisibility, SetFlag<&Attributes::edgeVisible>},
     {kAttributes, kFillReferencePoint, SetFillReference},
     {kAttributes, kPatternTable, SetPattern},
-    {kAttributes, kPatternSize, SetPatternSize},
+    {kAttributes, kPatternSize, SetVectors<&Attributes::patternHeight, &Attributes::patternWidth>},
     {kAttributes, kColorTable, SetColors},
 };
 

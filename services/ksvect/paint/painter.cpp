@@ -65,8 +65,7 @@ Status PaintScreenText(const ScreenText &text, KsBitmap &bitmap) {
   if (status != SUCCESS) return status;
   TextStyle style;
   style.family = Family::Sans;
-  const Font *const font = FindFont(style.family, false, false);
-  style.height = kStockEm * (font != nullptr ? font->cap : 1);
+  style.height = kStockEm;
   const Layout layout = LayoutOf({{}, Utf8Of(text.text), false, {}}, style);
   const Point corner = {double(text.x), double(text.y)};
 

@@ -417,7 +417,7 @@ TEST(CgmWriter, WritesAMetafileOfTheProfile) {
       R"("ProfileId:MIL-STD-2301A" "ProfileEd:1" "ColourClass:colour" "Source:Ksntfx" "Date:20050131")";
   Bytes expected = {0x00, 0x27, 6, 'K', 's', 'n', 't', 'f', 'x', 0,  // BEGIN METAFILE
                     0x10, 0x22, 0, 1,                                // METAFILE VERSION
-                    0x10, 0x5F, 0, 93, 92};                          // METAFILE DESCRIPTION
+                    0x10, 0x5F, 0, 93,  92};                         // METAFILE DESCRIPTION
   expected.insert(expected.end(), description.begin(), description.end());
   expected.push_back(0);
   const Bytes drawn = {0x40, 0x28, 0, 0, 0xFF, 0xCE, 0, 10, 0xFF, 0xC4};  // POLYLINE: y is negated

@@ -530,22 +530,21 @@ TEST_F(PainterTest, BoundsHoldArcsAndTexts) {
   EXPECT_FALSE(BoundsOf(drawing, bounds));
 }
 
+/** An H of the sans font is 0.688 em high, and its stems run from 0.079 to 0.642 em: here an em is 14 pixels. */
 TEST_F(PainterTest, ContextsWriteTexts) {
   Canvas canvas;
   const KsLocalContext context(&canvas.Bitmap());
   EXPECT_EQ(platform::SetTextColor(context.Get(), kRed), 0u);
   EXPECT_EQ(platform::SetBkColor(context.Get(), kBlue), kWhite);
   EXPECT_EQ(platform::SetBkMode(context.Get(), platform::TRANSPARENT), platform::OPAQUE);
-  EXPECT_TRUE(platform::TextOutA(context.Get(), 10, 20, "Hg|", 3));
-  const KsRect ink = canvas.Ink();
-  EXPECT_GE(ink.left, 10);
-  EXPECT_GE(ink.top, 20);
-  EXPECT_LE(ink.bottom, 36);
-  EXPECT_EQ(canvas.At(10, 20), kWhite);
+  EXPECT_TRUE(platform::TextOutA(context.Get(), 10, 20, "HH?", 2));
+  ExpectNear(canvas.Ink(), {11, 23, 30, 33}, 0);
   EXPECT_EQ(platform::SetBkMode(context.Get(), platform::OPAQUE), platform::TRANSPARENT);
-  EXPECT_TRUE(platform::TextOutA(context.Get(), 10, 20, "Hg|", 3));
-  ExpectNear(canvas.Ink(), {10, 20, ink.right + 1, 36}, 2);
+  EXPECT_TRUE(platform::TextOutA(context.Get(), 10, 20, "H", 1));
+  ExpectNear(canvas.Ink(), {10, 20, 30, 36}, 0);
   EXPECT_EQ(canvas.At(10, 20), kBlue);
+  EXPECT_EQ(canvas.At(20, 35), kBlue);
+  EXPECT_EQ(canvas.At(21, 35), kWhite);
   EXPECT_EQ(platform::SetBkMode(context.Get(), 7), 0);
   EXPECT_FALSE(platform::TextOutA(context.Get(), 0, 0, nullptr, 1));
   EXPECT_FALSE(platform::TextOutA(nullptr, 0, 0, "", 0));
