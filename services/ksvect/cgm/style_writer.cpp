@@ -40,7 +40,7 @@ constexpr int kMostPatterns = 0x7FFF;
 enum class Written : std::uint8_t {
   Always,        /**< also where its value is the standard's default: readers of the profile need not know defaults */
   WhereNotUsual, /**< where its value isn't the one that a new style and a metafile begin with */
-  BeyondProfile  /**< of those that use more than the profile, always */
+  BeyondProfile  /**< always in general metafiles, never in those of the profile */
 };
 
 struct Attribute {
@@ -93,7 +93,7 @@ void WriteFlag(StyleWriter &to, const Style &style) {
 using enum Written;
 constexpr Attribute kAttributeTable[] = {
     {{kControls, kClipRectangle}, kUsesClip, Always, WriteClip},
-    {{kControls, kClipIndicator}, kUsesControls, WhereNotUsual, WriteFlag<&Style::clipped>},
+    {{kControls, kClipIndicator}, kUsesControls, BeyondProfile, WriteFlag<&Style::clipped>},
     {{kControls, kTransparency}, kUsesControls, WhereNotUsual, WriteFlag<&Style::transparent>},
     {{kControls, kAuxiliaryColor},
      kUsesAuxiliary,
