@@ -310,28 +310,40 @@ TEST_F(CgmCurveTest, BezierCurvesBecomeLines) {
   ExpectNear(points.back(), {80, 0}, "end");
 }
 
-TEST_F(CgmCurveTest, AFigureIsOneArea) {
-  CgmBuilder cgm;
-  cgm.Add(kDelimiters, kBeginFigure)
-      .Add(kPrimitives, kPolyline, cgm.New().Points({{0, 0}, {9, 0}}))
-      .Add(kPrimitives, kPolyline, cgm.New().Points({{9, 9}, {0, 9}}))
-      .Add(kPrimitives, kConnectingEdge)
-      .Add(kControls, kNewRegion)
-      .Add(kPrimitives, kRectangle, cgm.New().Points({{2, 2}, {4, 4}}))
-      .Add(kDelimiters, kEndFigure);
-  using enum EdgeFlag;
-  EXPECT_TRUE(Drawn(cgm).shape ==
-              Shape(PolygonSet{{{0, 0}, {9, 0}, {9, 9}, {0, 9}, {2, 2}, {4, 2}, {4, 4}, {2, 4}},
-                               {Visible, Invisible, Visible, CloseVisible, Visible, Visible, Visible, CloseVisible}}));
-}
-
-// ---- looks
-
 struct Element {
   unsigned group;
   unsigned number;
   Parameters parameters;
 };
+
+void Add(CgmBuilder &cgm, const std::vector<Element> &elements) {
+  for (const Element &element : elements) Add(cgm, element.group, element.number, element.parameters);
+}
+
+TEST_F(CgmCurveTest, AFigureIsOneArea) {
+  using enum EdgeFlag;
+  const std::pair<std::vector<Element>, PolygonSet> figures[] = {
+      {{{kPrimitives, kPolyline, {P{0, 0}, P{9, 0}}},
+        {kPrimitives, kPolyline, {P{9, 9}, P{0, 9}}},
+        {kPrimitives, kConnectingEdge, {}},
+        {kControls, kNewRegion, {}},
+        {kPrimitives, kRectangle, {P{2, 2}, P{4, 4}}}},
+       {{{0, 0}, {9, 0}, {9, 9}, {0, 9}, {2, 2}, {4, 2}, {4, 4}, {2, 4}},
+        {Visible, Invisible, Visible, CloseVisible, Visible, Visible, Visible, CloseVisible}}},
+      {{{kPrimitives, kDisjointPolyline, {P{0, 0}, P{9, 0}, P{9, 0}, P{9, 9}, P{0, 9}, P{0, 5}}},
+        {kPrimitives, kPolygonSet, {P{2, 2}, Enum{1}, P{4, 2}, Enum{0}, P{4, 4}, Enum{1}}}},
+       {{{0, 0}, {9, 0}, {9, 0}, {9, 9}, {0, 9}, {0, 5}, {2, 2}, {4, 2}, {4, 4}},
+        {Visible, Visible, Visible, Invisible, Visible, CloseInvisible, Visible, Invisible, CloseVisible}}}};
+  for (const auto &[elements, area] : figures) {
+    CgmBuilder cgm;
+    Add(cgm, {{kDelimiters, kBeginFigure, {}}});
+    Add(cgm, elements);
+    Add(cgm, {{kDelimiters, kEndFigure, {}}});
+    EXPECT_TRUE(Drawn(cgm).shape == Shape(area));
+  }
+}
+
+// ---- looks
 
 struct StyleCase {
   std::string name;
@@ -366,7 +378,7 @@ TEST_P(CgmStyleTest, IsThatOfTheElements) {
   CgmBuilder cgm;
   Style expected;
   GetParam().change(expected);
-  for (const Element &element : GetParam().elements) Add(cgm, element.group, element.number, element.parameters);
+  Add(cgm, GetParam().elements);
   EXPECT_TRUE(Drawn(cgm.Add(kPrimitives, kPolymarker, cgm.New().Points({{1, 1}}))).style == expected);
 }
 
@@ -448,6 +460,7 @@ const StyleCase kStyles[] = {
     {"Gaps",
      {{kControls, kTransparency, {Enum{0}}}, {kControls, kAuxiliaryColor, {Ci{3}}}},
      [](Style &s) { s.transparent = false, s.auxiliary = 0x00FF00; }},
+    One("ColorBeyondTheTable", kEdgeColor, {Ci{8}}, [](Style &) {}),
     {"ColorExtent",
      {{kMetafileDescriptors, kColorValueExtent, {Bytes{50, 0, 0, 150, 255, 255}}},
       {kPictureDescriptors, kColorSelectionMode, {Enum{1}}},

@@ -194,6 +194,14 @@ std::vector<Scene> Scenes() {
       {"Pie",
        DrawingOf(Ellipse{{50, 50}, {40, 0}, {0, 40}, Closure::Pie, 0, kTurn / 4}, Solid(kRed)),
        {{55, 55, kRed}, {75, 75, kRed}, {45, 55, kWhite}}},
+      {"PieCorner",
+       DrawingOf(Ellipse{{50, 50}, {40, 0}, {0, 40}, Closure::Pie, 0, kTurn / 4},
+                 [] {
+                   Style style = Edged(Solid(kRed), kBlue);
+                   style.edge.width.value = 10;
+                   return style;
+                 }()),
+       {{45, 45, kBlue}, {60, 60, kRed}, {43, 43, kWhite}}},
       {"Chord",
        DrawingOf(Ellipse{{50, 50}, {40, 0}, {0, 40}, Closure::Chord, 0, kTurn / 4}, Solid(kRed)),
        {{55, 55, kWhite}, {75, 75, kRed}}},
