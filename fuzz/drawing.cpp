@@ -26,7 +26,7 @@ void Paint(KsVector *vector, std::uint32_t bits) {
   KsBitmapFree(&canvas);
 }
 
-/** What was written can be read, and holds something. */
+/** A written drawing can be read, and isn't empty. */
 void WriteAndRead(const KsVector *vector) {
   void *block = nullptr;
   std::uint64_t size = 0;

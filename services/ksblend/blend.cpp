@@ -35,12 +35,12 @@ class Operation {
  public:
   Operation(KsBitmap &onto, const KsBitmap &from) : target(onto), source(from) {}
 
-  std::int32_t Prepare(const std::uint32_t *transparentColor);
+  Status Prepare(const std::uint32_t *transparentColor);
   void Run(const Placement &at) const;
 
  private:
-  std::int32_t PrepareConversion();
-  std::int32_t PrepareByteTarget();
+  Status PrepareConversion();
+  Status PrepareByteTarget();
   bool IsRaw() const;
   bool IsOneRun(const Placement &at) const;
   void RunRow(const std::uint8_t *from, std::uint64_t sourceX, std::uint8_t *to, std::uint64_t targetX,
@@ -57,7 +57,7 @@ class Operation {
   Transparency transparency;
 };
 
-std::int32_t Operation::Prepare(const std::uint32_t *transparentColor) {
+Status Operation::Prepare(const std::uint32_t *transparentColor) {
   tables.ShowLevelsOf(source);
   if (target.bitsPerPixel == kscore::Index8::bits) kscore::FillShownColors(target, targetColors);
   if (transparentColor != nullptr) {
@@ -79,7 +79,7 @@ bool Operation::IsRaw() const {
   return std::equal(std::begin(tables.colors), std::end(tables.colors), std::begin(targetColors));
 }
 
-std::int32_t Operation::PrepareConversion() {
+Status Operation::PrepareConversion() {
   TargetForm form = TargetForm::gray8;
   switch (target.bitsPerPixel) {
     case kscore::Index8::bits:
@@ -100,7 +100,7 @@ std::int32_t Operation::PrepareConversion() {
 }
 
 /** Prepares what 8-bit targets look up: a byte for each level, or the cube for colours and a palette. */
-std::int32_t Operation::PrepareByteTarget() {
+Status Operation::PrepareByteTarget() {
   const bool indexed = kscore::HasPalette(target);
   const std::uint32_t count = indexed ? kscore::SelectableColors(target) : 0;
   if (source.bitsPerPixel <= kscore::kDeepestLut) {
@@ -168,9 +168,9 @@ void ClipToSource(Placement &placement, const KsRect &rectangle) {
   ClipAxis(placement.sourceTop, placement.top, placement.height, rectangle.top, rectangle.bottom);
 }
 
-std::int32_t Blend(KsBitmap *target, const KsBitmap *source, const Placement &placement,
-                   const std::uint32_t *transparentColor) {
-  std::int32_t status = kscore::CheckPixels(target);
+Status Blend(KsBitmap *target, const KsBitmap *source, const Placement &placement,
+             const std::uint32_t *transparentColor) {
+  Status status = kscore::CheckPixels(target);
   if (status == SUCCESS) status = kscore::CheckPixels(source);
   if (status != SUCCESS) return status;
   Operation operation(*target, *source);

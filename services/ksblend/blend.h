@@ -2,6 +2,7 @@
 // through the rows.
 #pragma once
 
+#include "internal/status.h"
 #include "kskernel.h"
 
 #include <cstdint>
@@ -25,10 +26,10 @@ void ClipToSource(Placement &placement, const KsRect &rectangle);
 
 /**
  * Copies the piece, clipped to both bitmaps, with its pixels converted to the target's depth. Where
- * `transparentColor` is given (red in the low byte), pixels of exactly that colour are left out. SUCCESS, -1, -2, -13,
- * or -16 where there is no conversion between the depths, or no colour of a pixel to compare.
+ * `transparentColor` isn't null (red in the low byte), pixels of exactly that colour are left out. SUCCESS, -1, -2,
+ * -13, or -16 where there is no conversion between the depths, or no colour of a pixel to compare.
  */
-std::int32_t Blend(KsBitmap *target, const KsBitmap *source, const Placement &placement,
-                   const std::uint32_t *transparentColor);
+Status Blend(KsBitmap *target, const KsBitmap *source, const Placement &placement,
+             const std::uint32_t *transparentColor);
 
 }  // namespace ksblend

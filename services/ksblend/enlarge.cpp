@@ -49,7 +49,7 @@ class Enlarger {
       : source(bitmap), across(horizontal), down(vertical), tables{} {}
 
   /** Prepares `count` places of each row from `firstPlace` on. */
-  std::int32_t Prepare(std::int64_t firstPlace, std::uint32_t count) {
+  Status Prepare(std::int64_t firstPlace, std::uint32_t count) {
     convert = ConversionOf(source.bitsPerPixel, TargetForm::bgr24);
     if (convert == nullptr) return ERROR_NOT_SUPPORTED;
     tables.ShowLevelsOf(source);
@@ -117,9 +117,9 @@ bool IsEnlarged(const KsBitmap *source, const Placement &placement) {
          placement.height != source->height - placement.sourceTop;
 }
 
-std::int32_t BlendEnlarged(KsBitmap *target, const KsBitmap *source, const Placement &placement, const KsRect *clip,
-                           const std::uint32_t *transparentColor) {
-  std::int32_t status = kscore::CheckPixels(target);
+Status BlendEnlarged(KsBitmap *target, const KsBitmap *source, const Placement &placement, const KsRect *clip,
+                     const std::uint32_t *transparentColor) {
+  Status status = kscore::CheckPixels(target);
   if (status == SUCCESS) status = kscore::CheckPixels(source);
   if (status != SUCCESS) return status;
   if (placement.width > INT32_MAX || placement.height > INT32_MAX) return ERROR_INVALID_VALUE;

@@ -9,11 +9,11 @@ namespace ksblend {
 bool IsEnlarged(const KsBitmap *source, const Placement &placement);
 
 /**
- * Blend for such a bitmap: from (`sourceLeft`, `sourceTop`) on it is spread over the whole rectangle, and `clip`, where
- * given, cuts the rectangle afterwards. Colours are interpolated between the four pixels around each place, with pixels
- * at their centres, in 24 bits; those beyond the outermost centres are the outermost pixels.
+ * Blend for such a bitmap: from (`sourceLeft`, `sourceTop`) on it is spread over the whole rectangle, and `clip`,
+ * unless null, cuts the rectangle afterwards. Colours are interpolated between the four pixels around each place, with
+ * pixels at their centres, in 24 bits; those beyond the outermost centres are the outermost pixels.
  */
-std::int32_t BlendEnlarged(KsBitmap *target, const KsBitmap *source, const Placement &placement, const KsRect *clip,
-                           const std::uint32_t *transparentColor);
+Status BlendEnlarged(KsBitmap *target, const KsBitmap *source, const Placement &placement, const KsRect *clip,
+                     const std::uint32_t *transparentColor);
 
 }  // namespace ksblend

@@ -6,7 +6,7 @@ int32_t KsCombine(KsBitmap *target, int32_t left, int32_t top, int32_t width, in
   if (operation != KS_COMBINE_COPY) return ERROR_NOT_SUPPORTED;
   const ksblend::Placement placement = {left, top, width, height, sourceLeft, sourceTop};
   if (ksblend::IsEnlarged(source, placement)) {
-    return ksblend::BlendEnlarged(target, source, placement, nullptr, nullptr);
+    return ksblend::BlendEnlarged(target, source, placement, nullptr, nullptr).Code();
   }
-  return ksblend::Blend(target, source, placement, nullptr);
+  return ksblend::Blend(target, source, placement, nullptr).Code();
 }

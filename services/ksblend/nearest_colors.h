@@ -8,7 +8,7 @@ namespace ksblend {
 
 /**
  * A cube of 32 by 32 by 32 cells over the colours. Each cell remembers the last colour asked for in it with its index:
- * neighbouring pixels are often of one colour, and the answer stays exact.
+ * neighbouring pixels are often of one colour, and the result stays exact.
  */
 class NearestColors {
  public:

@@ -13,7 +13,7 @@ struct RowTables {
   std::uint32_t bitsPerPixel = 0;             // of source and target, where they are equal
   bool showGrays = false;                     // each level of a whole byte is the gray of its number
 
-  /** Takes what the levels of a source show, where it has any. */
+  /** Sets the colours that the levels of a source show, if it has levels. */
   void ShowLevelsOf(const KsBitmap &source);
 };
 

@@ -1,4 +1,4 @@
-// The one place where the framework takes memory, so that counting and fault injection see every block.
+// All memory of the framework is allocated here, so that counting and fault injection see every block.
 #pragma once
 
 #include "kskernel.h"
@@ -14,12 +14,12 @@ void *Allocate(std::uint32_t kind, std::uint64_t count, std::uint64_t size);
 void *AllocateZeroed(std::uint32_t kind, std::uint64_t count, std::uint64_t size);
 /** Resizes `block`, or makes one where it is null. Null leaves `block` as it was. */
 void *Reallocate(std::uint32_t kind, void *block, std::uint64_t bytes);
-/** A global block, which is counted from the moment that its receiver reports it; KsFreeGlobal gives it back. */
+/** A global block, which is counted once its receiver reports it; released by KsFreeGlobal. */
 void *AllocateGlobal(std::uint64_t bytes);
-/** Gives a block of the functions above back. Null is none. */
+/** Releases a block of the functions above. Null is ignored. */
 void Release(std::uint32_t kind, void *block);
 
-/** A block for plain records that goes back at the end of its scope. */
+/** A block for plain records, released at the end of its scope. */
 template <class T, std::uint32_t kind>
 class Block {
  public:

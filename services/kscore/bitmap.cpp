@@ -1,8 +1,8 @@
 #include "kscore/bitmap.h"
 
 #include "kscore/allocation.h"
+#include "kscore/pages.h"
 #include "kscore/palette.h"
-#include "platform/pages.h"
 
 #include <algorithm>
 #include <atomic>
@@ -23,7 +23,7 @@ bool IsShape(uint32_t kind, uint32_t width, uint32_t height, uint32_t bits) {
   return knownKind && width != 0 && height != 0 && bits != 0 && bits <= kMostBitsPerPixel;
 }
 
-/** False where `bytes` per row times `height` is above the limit, whether or not it can be told in 64 bits. */
+/** False where `bytes` per row times `height` is above the limit, also where the product overflows 64 bits. */
 bool IsWithinLimit(uint64_t bytes, uint32_t height) {
   return bytes <= bitmapLimit.load(std::memory_order_relaxed) / height;
 }
@@ -42,14 +42,14 @@ bool MakeStorage(KsBitmap &bitmap) {
   const uint64_t bytes = uint64_t{bitmap.bytesPerLine} * bitmap.height;
   bitmap.pixels = static_cast<uint8_t *>(kscore::AllocateZeroed(KS_MEMORY_PIXELS, 1, bytes));
   if (bitmap.pixels == nullptr) return false;
-  platform::ExpectWholeUse(bitmap.pixels, bytes);
+  kscore::ExpectWholeUse(bitmap.pixels, bytes);
   bitmap.storageBytes = bytes;
   bitmap.flags |= KS_BITMAP_ALLOCATED | kscore::kBitmapUntouched;
   return true;
 }
 
 /** Storage, or the caller's data where it gave some already. */
-int32_t AttachPixels(KsBitmap &bitmap, void *data, uint64_t size) {
+Status AttachPixels(KsBitmap &bitmap, void *data, uint64_t size) {
   if (bitmap.kind == KS_BITMAP_OWN) return MakeStorage(bitmap) ? SUCCESS : ERROR_NO_MEMORY;
   return data == nullptr ? SUCCESS : KsBitmapSetData(&bitmap, data, size, 0);
 }
@@ -78,11 +78,11 @@ int32_t KsBitmapCreate(KsBitmap *bitmap, uint32_t bitmapSize, uint32_t kind, uin
   bitmap->bitsPerPixel = bits;
   bitmap->bytesPerLine = static_cast<uint32_t>(bytesPerLine);
   bitmap->order = order;
-  int32_t status = SUCCESS;
+  Status status = SUCCESS;
   if (palette != nullptr && bits <= kscore::kDeepestPalette && !CopyPalette(*bitmap, palette)) status = ERROR_NO_MEMORY;
   if (status == SUCCESS) status = AttachPixels(*bitmap, data, size);
   if (status != SUCCESS) KsBitmapFree(bitmap);
-  return status;
+  return status.Code();
 }
 
 int32_t KsBitmapSetData(KsBitmap *bitmap, void *data, uint64_t bytes, uint32_t) {
@@ -98,8 +98,8 @@ int32_t KsBitmapView(KsBitmap *view, uint32_t bitmapSize, const KsBitmap *whole,
                      uint32_t width, uint32_t height) {
   if (view == nullptr || bitmapSize != sizeof(KsBitmap)) return ERROR_INVALID_VALUE;
   KsBitmapInit(view, bitmapSize, 0, 0, 0);
-  const int32_t status = kscore::CheckPixels(whole);
-  if (status != SUCCESS) return status;
+  const Status status = kscore::CheckPixels(whole);
+  if (status != SUCCESS) return status.Code();
   const uint64_t firstBit = uint64_t{left} * whole->bitsPerPixel;
   const bool inside = uint64_t{left} + width <= whole->width && uint64_t{top} + height <= whole->height;
   if (!inside || width == 0 || height == 0 || firstBit % 8 != 0) return ERROR_INVALID_VALUE;
@@ -123,8 +123,8 @@ void KsBitmapFree(KsBitmap *bitmap) {
 }
 
 int32_t KsBitmapAccess(KsBitmap *bitmap, uint32_t) {
-  const int32_t status = kscore::CheckPixels(bitmap);
-  if (status != SUCCESS) return status;
+  const Status status = kscore::CheckPixels(bitmap);
+  if (status != SUCCESS) return status.Code();
   kscore::MarkWritten(*bitmap);
   ++bitmap->accessCount;
   return SUCCESS;
@@ -135,8 +135,8 @@ void KsBitmapRelease(KsBitmap *bitmap, uint32_t, uint32_t) {
 }
 
 int64_t KsBitmapGetRow(const KsBitmap *bitmap, void *buffer, uint32_t row, uint64_t bytes) {
-  const int32_t status = kscore::CheckPixels(bitmap);
-  if (status != SUCCESS) return status;
+  const Status status = kscore::CheckPixels(bitmap);
+  if (status != SUCCESS) return status.Code();
   if (buffer == nullptr || row >= bitmap->height) return ERROR_INVALID_VALUE;
   const uint64_t count = std::min<uint64_t>(bytes, bitmap->bytesPerLine);
   std::memcpy(buffer, kscore::RowOf(*bitmap, row), count);
@@ -144,8 +144,8 @@ int64_t KsBitmapGetRow(const KsBitmap *bitmap, void *buffer, uint32_t row, uint6
 }
 
 int64_t KsBitmapPutRow(KsBitmap *bitmap, const void *buffer, uint32_t row, uint64_t bytes) {
-  const int32_t status = kscore::CheckPixels(bitmap);
-  if (status != SUCCESS) return status;
+  const Status status = kscore::CheckPixels(bitmap);
+  if (status != SUCCESS) return status.Code();
   if (buffer == nullptr || row >= bitmap->height) return ERROR_INVALID_VALUE;
   const uint64_t count = std::min<uint64_t>(bytes, bitmap->bytesPerLine);
   kscore::MarkWritten(*bitmap);

@@ -1,6 +1,7 @@
-// What the framework's own libraries know of a bitmap beyond its record.
+// Bitmaps within the framework's own libraries.
 #pragma once
 
+#include "internal/status.h"
 #include "kskernel.h"
 
 #include <cstdint>
@@ -18,8 +19,8 @@ inline bool HasStorage(const KsBitmap &bitmap) {
   return (bitmap.flags & KS_BITMAP_ALLOCATED) != 0 && bitmap.pixels != nullptr;
 }
 
-/** What a pixel operation says of a bitmap before it starts: SUCCESS, or what is wrong with it. */
-inline std::int32_t CheckPixels(const KsBitmap *bitmap) {
+/** SUCCESS, or why a pixel operation must not touch the bitmap. */
+inline Status CheckPixels(const KsBitmap *bitmap) {
   if (!IsBitmap(bitmap)) return ERROR_INVALID_VALUE;
   return HasStorage(*bitmap) ? SUCCESS : ERROR_NO_STORAGE;
 }

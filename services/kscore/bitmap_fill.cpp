@@ -79,8 +79,8 @@ void KsBitmapClear(KsBitmap *bitmap) {
 }
 
 int32_t KsBitmapFill(KsBitmap *bitmap, uint32_t color) {
-  const int32_t status = kscore::CheckPixels(bitmap);
-  if (status != SUCCESS) return status;
+  const Status status = kscore::CheckPixels(bitmap);
+  if (status != SUCCESS) return status.Code();
   const Pattern pattern = PatternFor(*bitmap, kscore::BgrOfColor(color));
   if (pattern.length == 0) return ERROR_BITS_PER_PIXEL;
   if (pattern.IsOneByte()) {

@@ -71,7 +71,7 @@ std::int64_t File::Seek(std::int64_t offset, std::uint32_t origin) {
   return position;
 }
 
-/** What is long goes from file to file without passing through the process, as far as the system can do that. */
+/** Copies long runs from file to file without passing them through the process, where the system can do that. */
 std::uint64_t File::CopyInSystem(File &source, std::uint64_t bytes) {
   if (!writable || bytes < kHeldCapacity || !Flush()) return 0;
   windows.Drop(bytes, position);
@@ -81,7 +81,7 @@ std::uint64_t File::CopyInSystem(File &source, std::uint64_t bytes) {
   return moved;
 }
 
-std::int32_t File::CopyFrom(File &source, std::uint64_t bytes) {
+Status File::CopyFrom(File &source, std::uint64_t bytes) {
   const std::int64_t left = source.Size() - source.position;
   if (left < 0 || bytes > static_cast<std::uint64_t>(left)) return ERROR_FILE_READ;
   std::uint64_t done = CopyInSystem(source, bytes);
@@ -110,14 +110,14 @@ bool File::MakeHeld() {
   return held != nullptr;
 }
 
-/** Writes the held bytes. A failure is remembered and the bytes are given up: a later close tells of it. */
+/** Writes the held bytes. A failure drops them, and is reported by the close. */
 bool File::Flush() {
   if (heldBytes != 0 && WriteAt(system, held, heldBytes, heldStart) != heldBytes) failed = true;
   heldBytes = 0;
   return !failed;
 }
 
-/** Takes what continues or overwrites the held run, as far as there is room. */
+/** Buffers what continues or overwrites the held run, as much as fits. */
 std::uint64_t File::HoldBack(const std::uint8_t *buffer, std::uint64_t bytes) {
   if (held == nullptr || position < heldStart || position > HeldEnd()) return 0;
   const auto offset = static_cast<std::uint64_t>(position - heldStart);
@@ -186,7 +186,7 @@ uint64_t KsWriteBlock(KsHandle handle, const void *buffer, uint64_t bytes) {
 
 int32_t KsCopyBytes(KsHandle target, KsHandle source, uint64_t bytes) {
   if (FileOf(source) == nullptr) return ERROR_FILE_READ;
-  return FileOf(target) == nullptr ? ERROR_FILE_WRITE : FileOf(target)->CopyFrom(*FileOf(source), bytes);
+  return FileOf(target) == nullptr ? ERROR_FILE_WRITE : FileOf(target)->CopyFrom(*FileOf(source), bytes).Code();
 }
 
 int32_t KsFileExists(const char16_t *name) {

@@ -1,6 +1,7 @@
 // An open file: one position, read-ahead on it, and, where it is writable, a run of written bytes that is held back.
 #pragma once
 
+#include "internal/status.h"
 #include "kscore/read_windows.h"
 
 namespace kscore {
@@ -18,7 +19,7 @@ class File {
   std::uint64_t Write(const std::uint8_t *buffer, std::uint64_t bytes);
   std::int64_t Seek(std::int64_t offset, std::uint32_t origin);
   /** Copies from one position to the other; see KsCopyBytes. */
-  std::int32_t CopyFrom(File &source, std::uint64_t bytes);
+  Status CopyFrom(File &source, std::uint64_t bytes);
   bool IsNamed(const char16_t *name) const { return IsSameFile(system, name); }
 
  private:

@@ -26,7 +26,7 @@ struct FilePlace {
   std::int64_t position;
 };
 
-/** Copies within the system as far as it can: the bytes copied, 0 where the files don't allow it. */
+/** Copies within the system and returns the bytes copied, 0 where the files don't allow it. */
 std::uint64_t CopyRange(const FilePlace &from, const FilePlace &to, std::uint64_t bytes);
 
 bool FileExists(const char16_t *name);

@@ -1,8 +1,7 @@
 #include "kscore/allocation.h"
 #include "kscore/memory_trace.h"
 
-// The source line and file come with every call so that a tracing allocator can stand here; counts are all that this
-// one keeps.
+// Every call passes its source line and file, for an allocator that traces them; this one only counts.
 
 void *KsCalloc(uint64_t count, uint64_t size, int32_t, const char *) {
   return kscore::AllocateZeroed(KS_MEMORY_BLOCK, count, size);

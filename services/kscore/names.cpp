@@ -17,7 +17,7 @@ bool IsSurrogate(char32_t unit) {
   return unit >= 0xD800 && unit <= 0xDFFF;
 }
 
-/** Takes one character off the front of a UTF-16 text. */
+/** Removes one character from the front of a UTF-16 text and returns it. */
 char32_t NextOfWide(const char16_t *&text) {
   const char32_t unit = *text++;
   if (!IsSurrogate(unit)) return unit;
@@ -37,7 +37,8 @@ struct LeadByte {
 constexpr LeadByte kLeadBytes[] = {
     {0x80, 0x00, 0, 0}, {0xE0, 0xC0, 1, 0x80}, {0xF0, 0xE0, 2, 0x800}, {0xF8, 0xF0, 3, kFirstBeyondOneUnit}};
 
-/** Takes one character off the front of a UTF-8 text. Overlong forms and surrogates are no characters. */
+/** Removes one character from the front of a UTF-8 text and returns it. Overlong forms and surrogates are no
+ * characters. */
 char32_t NextOfNarrow(const char *&text) {
   const auto first = static_cast<unsigned char>(*text++);
   for (const LeadByte &lead : kLeadBytes) {
@@ -55,7 +56,7 @@ char32_t NextOfNarrow(const char *&text) {
   return kNotACharacter;
 }
 
-/** Writes a character as UTF-8 and gives the place behind it. */
+/** Writes a character as UTF-8 and returns the place behind it. */
 char *PutNarrow(char *target, char32_t character) {
   int following = 0;
   while (following < 3 && character >= kLeadBytes[following + 1].least) ++following;
@@ -64,7 +65,7 @@ char *PutNarrow(char *target, char32_t character) {
   return target;
 }
 
-/** Writes a character as UTF-16 and gives the place behind it. */
+/** Writes a character as UTF-16 and returns the place behind it. */
 char16_t *PutWide(char16_t *target, char32_t character) {
   if (character < kFirstBeyondOneUnit) {
     *target++ = static_cast<char16_t>(character);

@@ -7,7 +7,7 @@ namespace kscore {
 
 using NarrowName = Block<char, KS_MEMORY_FILE>;
 
-/** A zero-terminated UTF-16 name in UTF-8; an empty block where a surrogate stands alone or memory runs out. */
+/** A zero-terminated UTF-16 name in UTF-8; an empty block for a lone surrogate, or where memory runs out. */
 NarrowName NarrowFromWide(const char16_t *name);
 
 }  // namespace kscore

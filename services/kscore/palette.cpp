@@ -38,7 +38,7 @@ void ReplacePalette(KsBitmap &bitmap, KsPaletteEntry *palette, std::uint32_t cou
   bitmap.paletteCapacity = capacity;
 }
 
-/** Gives a bitmap without a palette the gray ramp of its depth. */
+/** Sets the gray ramp of its depth on a bitmap without a palette. */
 bool EnsurePalette(KsBitmap &bitmap) {
   if (HasPalette(bitmap)) return true;
   KsPaletteEntry *const ramp = KsDefaultPalette(bitmap.bitsPerPixel);

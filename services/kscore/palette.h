@@ -3,7 +3,7 @@
 
 #include "kscore/color.h"
 
-/** A palette object: the entries stand behind the record. */
+/** A palette object: the entries follow the record. */
 struct KsPalette {
   std::uint32_t count;
   bool stock;  // part of a context, and not to be released on its own

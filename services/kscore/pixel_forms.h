@@ -82,7 +82,7 @@ constexpr bool kHasLevels = requires(const std::uint8_t *row) {
 };
 
 /**
- * Calls `operation` with the form of `bits` bits per pixel and gives its result, or `otherwise` where there is none.
+ * Calls `operation` with the form of `bits` bits per pixel and returns its result, or `otherwise` where there is none.
  */
 template <class Operation, class Result>
 Result WithForm(std::uint32_t bits, const Operation &operation, Result otherwise) {

@@ -18,8 +18,8 @@ uint32_t CountBands(KsBitmap *const *bands) {
   return count;
 }
 
-int32_t CheckBand(const KsBitmap *band, const KsBitmap *first) {
-  const int32_t status = kscore::CheckPixels(band);
+Status CheckBand(const KsBitmap *band, const KsBitmap *first) {
+  const Status status = kscore::CheckPixels(band);
   if (status != SUCCESS) return status;
   if (band->bitsPerPixel != kscore::Index8::bits) return ERROR_BITS_PER_PIXEL;
   return band->width == first->width && band->height == first->height ? SUCCESS : ERROR_INVALID_VALUE;
@@ -53,8 +53,8 @@ int32_t KsBandsMerge(KsBitmap *target, KsBitmap *const *bands, uint32_t bitmapSi
   const uint32_t count = CountBands(bands);
   if (count == 0) return ERROR_INVALID_VALUE;
   for (uint32_t i = 0; i < count; ++i) {
-    const int32_t status = CheckBand(bands[i], bands[0]);
-    if (status != SUCCESS) return status;
+    const Status status = CheckBand(bands[i], bands[0]);
+    if (status != SUCCESS) return status.Code();
   }
   KsBitmap merged;
   const int32_t status = KsBitmapCreate(&merged, sizeof merged, KS_BITMAP_OWN, bands[0]->width, bands[0]->height,

@@ -47,8 +47,8 @@ void AddToCounters(const KsBitmap &bitmap, uint64_t *counters) {
 
 int32_t KsHistogram(const KsBitmap *bitmap, uint64_t *counters, uint32_t count, uint32_t) {
   if (counters == nullptr || count != kscore::kLevelCount) return ERROR_INVALID_VALUE;
-  const int32_t status = kscore::CheckPixels(bitmap);
-  if (status != SUCCESS) return status;
+  const Status status = kscore::CheckPixels(bitmap);
+  if (status != SUCCESS) return status.Code();
   const auto add = [&](auto form) -> int32_t {
     AddToCounters<decltype(form)>(*bitmap, counters);
     return SUCCESS;

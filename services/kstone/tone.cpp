@@ -67,7 +67,7 @@ void Replace(KsBitmap &bitmap, const uint16_t *replacement) {
 }
 
 template <class Form>
-int32_t SpreadPixels(KsBitmap &bitmap) {
+Status SpreadPixels(KsBitmap &bitmap) {
   // Black and white are the whole range already.
   if constexpr (Form::bits == kscore::Index1::bits) return SUCCESS;
   const Range range = RangeOf<Form>(bitmap);
@@ -96,7 +96,7 @@ UsedLevels LevelsOf(const KsBitmap &bitmap) {
 
 /** Spreads the colours that pixels use. An index beyond the palette shows black, and counts as that. */
 template <class Form>
-int32_t SpreadPalette(KsBitmap &bitmap) {
+Status SpreadPalette(KsBitmap &bitmap) {
   const UsedLevels used = LevelsOf<Form>(bitmap);
   Range range;
   for (uint32_t level = 0; level < kscore::EntriesOfDepth(Form::bits); ++level) {
@@ -116,7 +116,7 @@ int32_t SpreadPalette(KsBitmap &bitmap) {
 }
 
 template <class Form>
-int32_t Spread(KsBitmap &bitmap) {
+Status Spread(KsBitmap &bitmap) {
   if constexpr (Form::bits <= kscore::kDeepestPalette) {
     if (kscore::HasPalette(bitmap)) return SpreadPalette<Form>(bitmap);
   }
@@ -126,8 +126,8 @@ int32_t Spread(KsBitmap &bitmap) {
 }  // namespace
 
 int32_t KsToneAdjust(KsBitmap *bitmap, uint32_t, uint32_t) {
-  const int32_t status = kscore::CheckPixels(bitmap);
-  if (status != SUCCESS) return status;
+  const Status status = kscore::CheckPixels(bitmap);
+  if (status != SUCCESS) return status.Code();
   const auto spread = [&](auto form) { return Spread<decltype(form)>(*bitmap); };
-  return kscore::WithForm<decltype(spread), int32_t>(bitmap->bitsPerPixel, spread, ERROR_BITS_PER_PIXEL);
+  return kscore::WithForm<decltype(spread), Status>(bitmap->bitsPerPixel, spread, ERROR_BITS_PER_PIXEL).Code();
 }

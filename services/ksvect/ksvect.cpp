@@ -1,19 +1,24 @@
 // The operations on drawings, over the model in their records.
+#include "internal/status.h"
 #include "kscore/allocation.h"
 #include "kscore/context.h"
 #include "kskernel.h"
-#include "ksvect/cgm.h"
-#include "ksvect/drawing.h"
+#include "ksvect/cgm/reader.h"
+#include "ksvect/cgm/writer.h"
+#include "ksvect/model/drawing.h"
 #include "ksvect/objects.h"
-#include "ksvect/painter.h"
+#include "ksvect/paint/bounds.h"
+#include "ksvect/paint/painter.h"
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <memory>
 #include <new>
+#include <string>
 
 namespace {
 
@@ -26,11 +31,11 @@ Drawing *DrawingOf(const KsVector *vector) {
   return vector == nullptr ? nullptr : static_cast<Drawing *>(vector->drawing);
 }
 
-/** Runs `work`, which may run out of memory. */
+/** Runs `work`, which may run out of memory, for an export. */
 template <class Work>
 std::int32_t Guarded(Work work) {
   try {
-    return work();
+    return Status(work()).Code();
   } catch (const std::bad_alloc &) {
     return ERROR_NO_MEMORY;
   }
@@ -43,7 +48,7 @@ std::int32_t WithDrawing(KsVector *vector, Work work) {
   return Guarded([&] {
     std::unique_ptr<Drawing> made;
     if (vector->drawing == nullptr) made = std::make_unique<Drawing>();
-    const std::int32_t status = work(made ? *made : *DrawingOf(vector));
+    Status status = work(made ? *made : *DrawingOf(vector));
     if (made && status == SUCCESS) vector->drawing = made.release();
     return status;
   });
@@ -60,13 +65,38 @@ std::int32_t PixelAt(double place) {
 
 /** With the edges that belong to the left and the top there. */
 KsRect Sorted(const KsRect &rectangle) {
-  const auto [left, right] = std::minmax(rectangle.left, rectangle.right);
-  const auto [top, bottom] = std::minmax(rectangle.top, rectangle.bottom);
+  const auto [left, right] = std::minmax({rectangle.left, rectangle.right});
+  const auto [top, bottom] = std::minmax({rectangle.top, rectangle.bottom});
   return {left, top, right, bottom};
 }
 
+/** The box of a drawing, y upwards, whose units are the pixels of a rectangle of the canvas. */
+ksvect::Box BoxOnCanvas(const KsRect &rectangle) {
+  const KsRect sorted = Sorted(rectangle);
+  return {{static_cast<double>(sorted.left), -static_cast<double>(sorted.bottom)},
+          {static_cast<double>(sorted.right), -static_cast<double>(sorted.top)}};
+}
+
+/** The day in UTC, as in 20050131. */
+std::string Today() {
+  const std::chrono::year_month_day day(std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now()));
+  const int number = static_cast<int>(day.year()) * 10000 + static_cast<int>(static_cast<unsigned>(day.month())) * 100 +
+                     static_cast<int>(static_cast<unsigned>(day.day()));
+  return std::to_string(number);
+}
+
+/** Writes a metafile of the drawing, laid onto `viewport` where that isn't null. */
+Status Encode(const Drawing &drawing, const KsRect *viewport, std::vector<std::uint8_t> &data) {
+  ksvect::Box extent;
+  const bool hasExtent = ksvect::ExtentOf(drawing, extent);
+  if (viewport == nullptr || !hasExtent) return ksvect::WriteCgm(drawing, hasExtent ? &extent : nullptr, Today(), data);
+  Drawing laid = drawing;
+  ksvect::LayOnto(laid, extent, BoxOnCanvas(*viewport));
+  return ksvect::WriteCgm(laid, nullptr, Today(), data);
+}
+
 /** The bytes as a global block. */
-std::int32_t HandOver(const std::vector<std::uint8_t> &data, void **handle, uint64_t *size) {
+Status HandOver(const std::vector<std::uint8_t> &data, void **handle, uint64_t *size) {
   void *const block = kscore::AllocateGlobal(data.size());
   if (block == nullptr) return ERROR_NO_MEMORY;
   std::copy(data.begin(), data.end(), static_cast<std::uint8_t *>(block));
@@ -111,7 +141,7 @@ int32_t KsVectorCopy(KsVector *target, const KsVector *source, uint32_t) {
 int32_t KsVectorAddLayer(KsVector *vector, const KsVectorLayer *description, uint32_t *layer, uint32_t layerBytes) {
   const bool known = description != nullptr && description->structureSize == sizeof(KsVectorLayer);
   if (!known || layer == nullptr || layerBytes != sizeof *layer) return ERROR_INVALID_VALUE;
-  return WithDrawing(vector, [&](Drawing &drawing) -> std::int32_t {
+  return WithDrawing(vector, [&](Drawing &drawing) -> Status {
     if (drawing.layers.size() >= kMostLayers) return ERROR_INVALID_VALUE;
     std::array<char16_t, sizeof description->name / sizeof(char16_t)> name;
     std::memcpy(name.data(), &description->name, sizeof name);
@@ -149,7 +179,7 @@ int32_t KsVectorBounds(const KsVector *vector, uint32_t, KsRect *bounds, uint32_
 int32_t KsVectorExtents(const KsVector *vector, KsVectorPoint *low, KsVectorPoint *high) {
   const Drawing *const drawing = DrawingOf(vector);
   if (drawing == nullptr || low == nullptr || high == nullptr) return ERROR_INVALID_VALUE;
-  return Guarded([&]() -> std::int32_t {
+  return Guarded([&]() -> Status {
     ksvect::Box bounds;
     if (!ksvect::BoundsOf(*drawing, bounds)) return ERROR_INVALID_VALUE;
     *low = {bounds.low.x, bounds.low.y};
@@ -253,18 +283,7 @@ int32_t KsVectorSaveMemory(void **handle, const KsVector *vector, uint32_t forma
   if (format != KS_FORMAT_CGM) return ERROR_NOT_SUPPORTED;
   return Guarded([&] {
     std::vector<std::uint8_t> data;
-    std::int32_t status = SUCCESS;
-    if (vector->hasViewport == 0) {
-      status = ksvect::WriteCgm(*drawing, data);
-    } else {
-      Drawing laid = *drawing;
-      const KsRect &on = vector->viewport;
-      ksvect::LayOnto(
-          laid,
-          {{static_cast<double>(std::min(on.left, on.right)), -static_cast<double>(std::max(on.top, on.bottom))},
-           {static_cast<double>(std::max(on.left, on.right)), -static_cast<double>(std::min(on.top, on.bottom))}});
-      status = ksvect::WriteCgm(laid, data);
-    }
+    const Status status = Encode(*drawing, vector->hasViewport != 0 ? &vector->viewport : nullptr, data);
     return status == SUCCESS ? HandOver(data, handle, size) : status;
   });
 }

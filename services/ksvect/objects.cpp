@@ -35,7 +35,7 @@ void Add(Drawing &drawing, Shape shape, const Style &style) {
   CurrentLayer(drawing).objects.push_back({std::move(shape), number});
 }
 
-std::int32_t AddLine(Drawing &drawing, const KsVectorLine &line) {
+Status AddLine(Drawing &drawing, const KsVectorLine &line) {
   if (!AreNumbers({line.first.x, line.first.y, line.second.x, line.second.y})) return ERROR_INVALID_VALUE;
   Style style;
   style.line = LineOf(line.pen);
@@ -43,7 +43,7 @@ std::int32_t AddLine(Drawing &drawing, const KsVectorLine &line) {
   return SUCCESS;
 }
 
-std::int32_t AddOval(Drawing &drawing, const KsVectorOval &oval) {
+Status AddOval(Drawing &drawing, const KsVectorOval &oval) {
   if (!AreNumbers({oval.first.x, oval.first.y, oval.second.x, oval.second.y})) return ERROR_INVALID_VALUE;
   Ellipse ellipse;
   ellipse.center = {(oval.first.x + oval.second.x) / 2, (oval.first.y + oval.second.y) / 2};
@@ -53,7 +53,7 @@ std::int32_t AddOval(Drawing &drawing, const KsVectorOval &oval) {
   return SUCCESS;
 }
 
-std::int32_t AddPolygon(Drawing &drawing, const KsVectorPolygon &record) {
+Status AddPolygon(Drawing &drawing, const KsVectorPolygon &record) {
   if (record.points == nullptr || record.count == 0 || record.count > kMostPoints) return ERROR_INVALID_VALUE;
   Polygon polygon;
   polygon.points.reserve(record.count);
@@ -67,17 +67,16 @@ std::int32_t AddPolygon(Drawing &drawing, const KsVectorPolygon &record) {
   return SUCCESS;
 }
 
-std::int32_t AddBox(Drawing &drawing, const KsVectorBox &box) {
+Status AddBox(Drawing &drawing, const KsVectorBox &box) {
   if (!AreNumbers({box.corner.x, box.corner.y, box.width, box.height})) return ERROR_INVALID_VALUE;
   const Point corner = {box.corner.x, box.corner.y};
   Add(drawing, Rectangle{corner, corner + Point{box.width, box.height}}, AreaStyle(box.pen, box.brush));
   return SUCCESS;
 }
 
-/** Takes a record of `kind` out of memory that may lie anywhere, and lets `add` make an object of it. */
+/** Copies a record of `kind`, which may be unaligned, and has `add` make an object of it. */
 template <class Record>
-std::int32_t Take(Drawing &drawing, std::uint32_t kind, const void *description,
-                  std::int32_t (*add)(Drawing &, const Record &)) {
+Status Take(Drawing &drawing, std::uint32_t kind, const void *description, Status (*add)(Drawing &, const Record &)) {
   Record record;
   std::memcpy(&record.structureSize, description, sizeof record.structureSize);
   if (record.structureSize != sizeof record) return ERROR_INVALID_VALUE;
@@ -87,7 +86,7 @@ std::int32_t Take(Drawing &drawing, std::uint32_t kind, const void *description,
 
 }  // namespace
 
-std::int32_t AddDescribed(Drawing &drawing, std::uint32_t kind, const void *description) {
+Status AddDescribed(Drawing &drawing, std::uint32_t kind, const void *description) {
   switch (kind) {
     case KS_VECTOR_LINE:
       return Take(drawing, kind, description, AddLine);

@@ -9,5 +9,5 @@ KsPalette *KsPaintPalette(KsDeviceContext *context, const KsBitmap *bitmap) {
 
 int32_t KsPaintBitmap(KsDeviceContext *context, const KsBitmap *bitmap, const KsRect *source, const KsRect *clip,
                       const KsRect *rectangle, const void *, uint32_t rasterOperation) {
-  return ksview::PaintOn(context, bitmap, {source, clip, rectangle, nullptr, rasterOperation});
+  return ksview::PaintOn(context, bitmap, {source, clip, rectangle, nullptr, rasterOperation}).Code();
 }

@@ -6,7 +6,7 @@
 
 namespace ksview {
 
-std::int32_t PaintOn(KsDeviceContext *context, const KsBitmap *bitmap, const Paint &paint) {
+Status PaintOn(KsDeviceContext *context, const KsBitmap *bitmap, const Paint &paint) {
   if (context == nullptr || paint.rectangle == nullptr) return ERROR_INVALID_VALUE;
   if (paint.rasterOperation != KS_ROP_COPY) return ERROR_NOT_SUPPORTED;
   const KsRect &rectangle = *paint.rectangle;

@@ -1,6 +1,7 @@
 // Painting on a context, with and without a transparent colour.
 #pragma once
 
+#include "internal/status.h"
 #include "kskernel.h"
 
 #include <cstdint>
@@ -16,6 +17,6 @@ struct Paint {
   std::uint32_t rasterOperation;
 };
 
-std::int32_t PaintOn(KsDeviceContext *context, const KsBitmap *bitmap, const Paint &paint);
+Status PaintOn(KsDeviceContext *context, const KsBitmap *bitmap, const Paint &paint);
 
 }  // namespace ksview

@@ -1,7 +1,7 @@
 #include "platform/platform.h"
 
 #include "kscore/context.h"
-#include "ksvect/painter.h"
+#include "ksvect/paint/painter.h"
 
 #include <cstdio>
 #include <new>

@@ -50,7 +50,7 @@ KS_API bool RestoreDC(KsDeviceContext *context, int saved);
 constexpr int TRANSPARENT = 1;
 constexpr int OPAQUE = 2;
 
-/** What the colour calls give for a null context. */
+/** The result of the colour calls for a null context. */
 constexpr std::uint32_t CLR_INVALID = 0xFFFFFFFF;
 
 /** Sets the colour of texts: the one before. */
