@@ -40,6 +40,13 @@ void FillShownColors(const KsBitmap &bitmap, ShownColors &colors);
 /** The index of the colour that is nearest to `color`, the first of several. */
 std::uint8_t NearestIndex(const Bgr *colors, std::uint32_t count, Bgr color);
 
+inline KsPaletteEntry *EntriesOf(KsPalette *palette) {
+  return reinterpret_cast<KsPaletteEntry *>(palette + 1);
+}
+inline const KsPaletteEntry *EntriesOf(const KsPalette *palette) {
+  return reinterpret_cast<const KsPaletteEntry *>(palette + 1);
+}
+
 /** A palette object with a copy of `count` entries, or null. */
 KsPalette *MakePalette(const KsPaletteEntry *entries, std::uint32_t count);
 

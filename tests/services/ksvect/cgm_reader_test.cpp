@@ -568,12 +568,12 @@ TEST_P(CgmStringTest, BecomesUtf8) {
   EXPECT_EQ(std::get<Text>(Drawn(cgm).shape).text, GetParam().read + "!");
 }
 
-INSTANTIATE_TEST_SUITE_P(Texts, CgmStringTest,
-                         testing::Values(StringCase{"4/2", "gr\xFC\xDF\x85\x7F\n", "gr\u00FC\u00DF"},
-                                         StringCase{"%G", "gr\u00FC\u00DF\u0085 \U0001F5FA",
-                                                    "gr\u00FC\u00DF \U0001F5FA"},
-                                         StringCase{"\x1B%/I", "gr\xFC", "gr\u00FC"},
-                                         StringCase{"B", "\xFC\x1B%G\u00FC\x1B%@\xFC\x1B(B", "\u00FC\u00FC\u00FC"}));
+INSTANTIATE_TEST_SUITE_P(
+    Texts, CgmStringTest,
+    testing::Values(StringCase{"4/2", "gr\xFC\xDF\x85\x7F\n", "gr\u00FC\u00DF"},
+                    StringCase{"%G", "gr\u00FC\u00DF\u0085 \U0001F5FA", "gr\u00FC\u00DF \U0001F5FA"},
+                    StringCase{"%G", "\xE0\x80\xAF", "\u00E0\u00AF"}, StringCase{"\x1B%/I", "gr\xFC", "gr\u00FC"},
+                    StringCase{"B", "\xFC\x1B%G\u00FC\x1B%@\xFC\x1B(B", "\u00FC\u00FC\u00FC"}));
 
 // ---- what is no picture, or not all of one
 

@@ -567,6 +567,10 @@ TEST(CgmWriter, RefusesWhatNoMetafileHolds) {
     EXPECT_EQ(Write(scene.drawing, bytes), ERROR_NOT_SUPPORTED) << shape.index();
     EXPECT_TRUE(bytes.empty());
   }
+  Scene unstyled;
+  unstyled.drawing.layers[0].objects.push_back({Polyline{{{0, 0}, {1, 1}}}, 0});
+  Bytes bytes;
+  EXPECT_EQ(Write(unstyled.drawing, bytes), ERROR_NOT_SUPPORTED);
 }
 
 }  // namespace

@@ -126,7 +126,7 @@ Style Clipped(Style style) {
 }
 
 Style Dashed(bool transparent) {
-  Style style = Lines(10, kRed);
+  Style style = Lines(5, kRed);
   style.line.dash = Dash::Dash;
   style.transparent = transparent;
   style.auxiliary = kBlue;
@@ -164,8 +164,12 @@ std::vector<Scene> Scenes() {
        DrawingOf(DisjointPolyline{{{10, 10}, {40, 10}, {60, 10}, {90, 10}}}, Lines(6, kRed)),
        {{25, 10, kRed}, {75, 10, kRed}, {50, 10, kWhite}}},
       {"Point", DrawingOf(Polyline{{{50, 50}, {50, 50}}}, Lines(6, kRed)), {{50, 50, kRed}, {56, 50, kWhite}}},
-      {"Dashes", DrawingOf(Polyline{{{0, 50}, {100, 50}}}, Dashed(true)), {{30, 50, kRed}, {80, 50, kWhite}}},
-      {"Gaps", DrawingOf(Polyline{{{0, 50}, {100, 50}}}, Dashed(false)), {{30, 50, kRed}, {80, 50, kBlue}}},
+      {"Dashes",
+       DrawingOf(Polyline{{{0, 50}, {100, 50}}}, Dashed(true)),
+       {{28, 50, kRed}, {32, 50, kWhite}, {48, 50, kWhite}, {52, 50, kRed}}},
+      {"Gaps",
+       DrawingOf(Polyline{{{0, 50}, {100, 50}}}, Dashed(false)),
+       {{28, 50, kRed}, {48, 50, kBlue}, {52, 50, kRed}}},
       {"Polygon",
        DrawingOf(Polygon{{{10, 10}, {90, 10}, {10, 90}}}, Edged(Solid(kRed), kBlue)),
        {{30, 30, kRed}, {10, 50, kBlue}, {50, 10, kBlue}, {70, 70, kWhite}}},
@@ -508,6 +512,19 @@ INSTANTIATE_TEST_SUITE_P(
                              },
                              {13, 50, 49, 70}}),
     [](const auto &text) { return std::string(text.param.name); });
+
+TEST_F(PainterTest, ColumnsOfTextBeginAtTheirPosition) {
+  const auto inkOf = [](TextPath path, const char *text) {
+    Style style;
+    style.text = {.height = 20, .path = path};
+    Canvas canvas;
+    return canvas.Paint(DrawingOf(Text{{50, 50}, text, false, {}}, style)).Ink();
+  };
+  EXPECT_EQ(inkOf(TextPath::Down, "H.").top, inkOf(TextPath::Down, "H").top);
+  EXPECT_GT(inkOf(TextPath::Down, "H.").bottom, inkOf(TextPath::Down, "H").bottom);
+  EXPECT_EQ(inkOf(TextPath::Up, "H.").bottom, inkOf(TextPath::Up, "H").bottom);
+  EXPECT_LT(inkOf(TextPath::Up, "H.").top, inkOf(TextPath::Up, "H").top);
+}
 
 TEST_F(PainterTest, RestrictedTextIsNarrowedAndNeverWidened) {
   TextStyle style;
