@@ -1,7 +1,8 @@
 // Uncompressed sample files against the pictures that an independent reader shows of them.
 #include "corpus.h"
-#include "images/handlimg.h"
 #include "harness.h"
+#include "images/block_grid.h"
+#include "images/handlimg.h"
 #include "internal/ksclasses_.h"
 #include "png_file.h"
 #include "sample_files.h"

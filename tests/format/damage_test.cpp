@@ -1,6 +1,6 @@
 // Files that are cut off or changed anywhere must end in a status or a picture, soon, without a fault.
-#include "images/handlimg.h"
 #include "harness.h"
+#include "images/handlimg.h"
 #include "small_files.h"
 
 #include <string>

@@ -1,11 +1,11 @@
 // Graphics and labels on the canvas: where drawings come to lie, the symbols and labels of the 2.0 layout, and what is
 // no drawing.
 #include "cgm_builder.h"
-#include "table/fields.h"
 #include "drawings/handlgfx.h"
 #include "drawings/handllbl.h"
 #include "harness.h"
 #include "internal/ksclasses_.h"
+#include "table/fields.h"
 
 #include <algorithm>
 #include <cstring>
@@ -190,7 +190,7 @@ class GraphicsOf20 : public testing::Test {
   }
   std::int32_t Draw() {
     const KsLocalContext context(canvas.Get());
-    return DrawGraphic(context.Get(), file.Get(), 0, {1, 2});
+    return DrawGraphic(context.Get(), file.Get(), 0, {1, 2}).Code();
   }
   std::uint32_t At(std::uint32_t row, std::uint32_t column) const {
     const std::uint8_t *pixel = canvas->pixels + std::size_t{row} * canvas->bytesPerLine + std::size_t{column} * 3;
@@ -274,7 +274,7 @@ TEST_F(GraphicsOf20, ObjectSymbolsArePaintedWhereTheyAreAskedFor) {
        {ObjectCase{"1", {22, 11, 72, 61}}, ObjectCase{"4", {22, 11, 72, 61}}, ObjectCase{"10", {22, 11, 62, 41}},
         ObjectCase{"11", {22, 11, 62, 41}}, ObjectCase{"13", {22, 11, 62, 41}}, ObjectCase{"15", {22, 11, 62, 41}},
         ObjectCase{"16", {22, 11, 62, 41}}, ObjectCase{"17", {22, 11, 62, 41}}, ObjectCase{"18", {22, 11, 72, 61}}}) {
-    SetField(symbol.SNUM, 6, expected.type);
+    ASSERT_EQ(SetField(symbol.SNUM, 6, expected.type), SUCCESS);
     KsBitmapFill(canvas.Get(), kWhite);
     file->vectorRender = 0;
     ASSERT_EQ(Draw(), SUCCESS);
@@ -289,7 +289,7 @@ TEST_F(GraphicsOf20, ObjectSymbolsArePaintedWhereTheyAreAskedFor) {
     EXPECT_NEAR(ink.bottom, expected.ink.bottom, expected.type[0] == '4' ? 5 : 2) << expected.type;
   }
   for (const char *type : {"8", "0", "19", ""}) {
-    SetField(symbol.SNUM, 6, type);
+    ASSERT_EQ(SetField(symbol.SNUM, 6, type), SUCCESS);
     KsBitmapFill(canvas.Get(), kWhite);
     ASSERT_EQ(Draw(), SUCCESS);
     EXPECT_EQ(InkBox().right, 0) << type;

@@ -1,9 +1,9 @@
 // Every member of the public header records: what a Get gives, what a Set stores, and what a save makes of it.
 #include "access/header_info.h"
 
-#include "table/headerwriter.h"
 #include "internal/ksclasses_.h"
 #include "opened_file.h"
+#include "table/headerwriter.h"
 
 #include <algorithm>
 
@@ -268,9 +268,10 @@ std::uint64_t PlaceOf(const Member &member, NitfFile *file) {
       place += SubheaderLength(file, kind, 0) + DataLength(file, kind, 0);
     }
   }
-  VisitFields(*member.kind->format, member.kind->record(file), *file, [&](const std::string &name, std::uint64_t at) {
-    if (name == member.name) place += at;
-  });
+  VisitFields(*member.kind->format, member.kind->record(file), SinkFor(file, KS_INVALID_HANDLE),
+              [&](const std::string &name, std::uint64_t at) {
+                if (name == member.name) place += at;
+              });
   return place;
 }
 

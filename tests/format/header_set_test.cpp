@@ -1,7 +1,7 @@
 // What a Set of a header record does beyond its members: lengths, tables, bands, data, and where it stops.
-#include "table/fields.h"
 #include "access/header_info.h"
 #include "opened_file.h"
+#include "table/fields.h"
 
 #include <array>
 #include <cstring>

@@ -1,5 +1,7 @@
-#include "images/handlimg.h"
 #include "harness.h"
+#include "headers/mask_table.h"
+#include "images/band_choice.h"
+#include "images/handlimg.h"
 #include "internal/ksclasses_.h"
 
 #include <algorithm>
@@ -53,7 +55,7 @@ std::uint32_t Color8(std::uint32_t row, std::uint32_t column) {
 struct Decoded {
   explicit Decoded(const NitfBuilder &builder) : file(builder) {
     EXPECT_EQ(file.status, SUCCESS);
-    status = DecodeImageSegment(nullptr, file.Get(), 0, bitmap.Get());
+    status = DecodeImageSegment(nullptr, file.Get(), 0, bitmap.Get()).Code();
   }
   std::uint8_t Byte(std::uint32_t row, std::uint32_t at) { return bitmap->pixels[row * bitmap->bytesPerLine + at]; }
   std::uint32_t Word(std::uint32_t row, std::uint32_t at) { return Byte(row, 2 * at) | Byte(row, 2 * at + 1) << 8; }

@@ -174,7 +174,7 @@ TEST(NitfFileObject, AnObjectMayBeReleasedTwiceAndUnused) {
   NitfFileInit(&file);
   EXPECT_EQ(file.fileHandle, KS_INVALID_HANDLE);
   EXPECT_EQ(file.backgroundColor, 0xFFFFFFU);
-  EXPECT_EQ(FreeObjects(&file), SUCCESS);
+  FreeObjects(&file);
   NitfFileDestroy(&file);
 }
 
@@ -188,8 +188,8 @@ std::string Fields(std::initializer_list<std::pair<const char *, std::size_t>> f
 }
 
 /** Reads a record of the 2.0 layout from a file that holds nothing else. */
-template <class Record, class Init, class Read>
-std::int32_t ReadIn20(const std::string &bytes, Record *record, Init init, Read read) {
+template <class Record, class Init>
+Status ReadIn20(const std::string &bytes, SegmentKind kind, Record *record, Init init) {
   const TemporaryFolder folder;
   WriteFile(folder.Path("subheader"), Bytes(bytes.begin(), bytes.end()));
   LocalNitfFile file;
@@ -197,8 +197,8 @@ std::int32_t ReadIn20(const std::string &bytes, Record *record, Init init, Read 
   file->fileHandle = KsOpen(Wide(folder.Path("subheader")).c_str(), KS_OPEN_READ, KS_MODE_READ);
   init(record, file.Get());
   StreamFileHeader stream{};
-  const std::int32_t status = read(record, *file.Get(), stream, false);
-  EXPECT_EQ(KsSeek(file->fileHandle, 0, KS_SEEK_CURRENT), 0);
+  const Status status = ReadSubheader(file.Get(), kind, record, &stream);
+  EXPECT_TRUE(status != SUCCESS || KsSeek(file->fileHandle, 0, KS_SEEK_CURRENT) == 0);
   return status;
 }
 
@@ -210,7 +210,7 @@ TEST(Layout20, AGraphicHasItsSizeFieldsAndTable) {
   bytes += Fields({{"000", 3}, {"0001000020", 10}, {"0003000040", 10}, {"R", 1}, {"000015", 6}, {"000", 3}});
   bytes += Fields({{"002", 3}, {"\x01\x02\x03\x04\x05\x06", 6}, {"00000", 5}});
   GraphicSubheader graphic;
-  ASSERT_EQ(ReadIn20(bytes, &graphic, GraphicSubheaderInit, GraphicSubheaderRead), SUCCESS);
+  ASSERT_EQ(ReadIn20(bytes, SegmentKind::Graphic, &graphic, GraphicSubheaderInit), SUCCESS);
   EXPECT_STREQ(graphic.NPIXPL, "0034");
   EXPECT_EQ(graphic.bitsPerPixel, 1U);
   EXPECT_EQ(graphic.displayLevel, 5U);
@@ -228,7 +228,7 @@ TEST(Layout20, ALabelHasColoursAndASignedPlace) {
   bytes += Fields({{"08", 2}, {"16", 2}, {"003", 3}, {"001", 3}, {"-001200034", 10}});
   bytes += std::string("\x01\x00\x02\x00\x00\x00", 6) + "00000";
   LabelSubheader label;
-  ASSERT_EQ(ReadIn20(bytes, &label, LabelSubheaderInit, LabelSubheaderRead), SUCCESS);
+  ASSERT_EQ(ReadIn20(bytes, SegmentKind::Label, &label, LabelSubheaderInit), SUCCESS);
   EXPECT_EQ(label.cellWidth, 8U);
   EXPECT_EQ(label.displayLevel, 3U);
   EXPECT_EQ(label.locationRow, -12);
@@ -244,17 +244,11 @@ TEST(Layout20, AnImageNeedsACoordinateSystemOfItsOwnAndOneToNineBands) {
   const std::string tail = Fields({{"M", 2}, {"", 6}, {"N", 1}, {"", 3}, {"0", 1}, {"0", 1}, {"B", 1}}) +
                            "0001000100020002" + "08" + "001000" + "0000000000" + "1.0 " + "0000000000";
   ImageSubheader image;
-  ASSERT_EQ(ReadIn20(head + "1" + tail, &image, ImageSubheaderInit, ImageSubheaderRead), SUCCESS);
+  ASSERT_EQ(ReadIn20(head + "1" + tail, SegmentKind::Image, &image, ImageSubheaderInit), SUCCESS);
   EXPECT_EQ(image.bandCount, 1U);
   EXPECT_EQ(image.blockHeight, 2U);
   ImageSubheaderFree(&image);
-  EXPECT_EQ(ReadIn20(head + "0" + tail, &image, ImageSubheaderInit,
-                     [](ImageSubheader *record, NitfFile &file, StreamFileHeader &stream, bool replay) {
-                       const std::int32_t status = ImageSubheaderRead(record, file, stream, replay);
-                       KsSeek(file.fileHandle, 0, KS_SEEK_START);
-                       return status;
-                     }),
-            ERROR_FILE_FORMAT);
+  EXPECT_EQ(ReadIn20(head + "0" + tail, SegmentKind::Image, &image, ImageSubheaderInit), ERROR_FILE_FORMAT);
   ImageSubheaderFree(&image);
 }
 

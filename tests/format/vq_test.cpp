@@ -1,8 +1,9 @@
 // Vector-quantised images: kernels, codes, codebooks, masks, and data that are none.
 #include "images/vq.h"
 
-#include "images/handlimg.h"
 #include "harness.h"
+#include "headers/mask_table.h"
+#include "images/handlimg.h"
 #include "internal/ksclasses_.h"
 #include "vq_builder.h"
 
@@ -20,7 +21,7 @@ namespace {
 struct Decoded {
   explicit Decoded(const ImageSpec &image) : file(NitfBuilder().Image(image)) {
     EXPECT_EQ(file.status, SUCCESS);
-    status = DecodeImageSegment(nullptr, file.Get(), 0, bitmap.Get());
+    status = DecodeImageSegment(nullptr, file.Get(), 0, bitmap.Get()).Code();
   }
   std::uint32_t At(std::uint32_t row, std::uint32_t column) const {
     return bitmap->pixels[std::size_t{row} * bitmap->bytesPerLine + column];

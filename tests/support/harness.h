@@ -1,16 +1,23 @@
 // What tests need of the library: composing through the filter entries, and loaded files.
 #pragma once
 
+#include "headers/nitffile.h"
+#include "internal/status.h"
 #include "kskernel.h"
 #include "ksntfx.h"
 #include "live_blocks.h"
 #include "nitf_builder.h"
-#include "headers/nitffile.h"
 
+#include <ostream>
 #include <string>
 #include <vector>
 
 using namespace ksntfx;
+
+/** A failed comparison shows the number. */
+inline void PrintTo(const Status &status, std::ostream *out) {
+  *out << status.Code();
+}
 
 std::u16string Wide(const std::string &narrow);
 
