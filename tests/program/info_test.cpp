@@ -142,7 +142,7 @@ TEST_F(Info, SeveralFilesAreAnArrayAndABadOneIsReported) {
   ASSERT_EQ(descriptions.size(), 2U);
   EXPECT_EQ(descriptions[0]["name"], "a.ntf");
   EXPECT_EQ(descriptions[1]["name"], "b \u00e4.ntf");
-  EXPECT_TRUE(descriptions[1]["canvas"].is_null());
+  EXPECT_EQ(descriptions[1]["canvas"], Json({{"width", 2048}, {"height", 2048}}));
   EXPECT_NE(Run({"info", "b \u00e4.ntf"}).output.find("  canvas      nothing to draw\n"), std::string::npos);
 }
 
