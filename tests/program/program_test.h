@@ -1,4 +1,4 @@
-// Runs the program ntf as a user does, in a folder of its own.
+// Runs the program ntf as a user does, in a temporary folder.
 #pragma once
 
 #include "harness.h"

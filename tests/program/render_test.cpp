@@ -59,40 +59,37 @@ std::string Pixels(const PngFile &file) {
 
 using Render = ProgramTest;
 
-TEST_F(Render, ComposesInColors) {
-  const std::string background = "\x0a\x14\x1e";
-  Scene(ColorBands(), background).Write(PathOf("a.ntf"));
-  ASSERT_EQ(Run({"render", "a.ntf", "-o", "out.png"}).exitCode, 0);
-  const PngFile picture = DecodePng(ReadText("out.png"));
-  EXPECT_EQ(picture.width, 7U);
-  EXPECT_EQ(picture.height, 4U);
-  EXPECT_EQ(picture.bits, 8);
-  EXPECT_EQ(picture.colorType, PNG_COLOR_TYPE_RGB);
-  EXPECT_EQ(Pixels(picture), SceneCanvas(3, background));
+TEST_F(Render, ComposesInColorsAndInGray) {
+  struct Depth {
+    std::vector<BandSpec> bands;
+    std::string background;
+    std::string bits;
+    int colorType;
+  };
+  for (const Depth &depth : {Depth{ColorBands(), "\x0a\x14\x1e", "24", PNG_COLOR_TYPE_RGB},
+                             Depth{OneBand(), "ddd", "8", PNG_COLOR_TYPE_GRAY}}) {
+    const auto bands = static_cast<std::uint32_t>(depth.bands.size());
+    const std::string canvas = SceneCanvas(bands, depth.background);
+    Scene(depth.bands, depth.background).Write(PathOf("a.ntf"));
+    ASSERT_EQ(Run({"render", "a.ntf", "-o", "out.png", "--force", "--depth", depth.bits}).exitCode, 0);
+    const PngFile picture = DecodePng(ReadText("out.png"));
+    EXPECT_EQ(picture.width, 7U);
+    EXPECT_EQ(picture.height, 4U);
+    EXPECT_EQ(picture.bits, 8);
+    EXPECT_EQ(picture.colorType, depth.colorType);
+    EXPECT_EQ(Pixels(picture), canvas);
 
-  // The same picture in the other forms.
-  const ProgramRun toOutput = Run({"render", "a.ntf", "-o", "-", "--vector-render"});
-  EXPECT_EQ(toOutput.exitCode, 0);
-  EXPECT_EQ(toOutput.output, ReadText("out.png"));
-  EXPECT_EQ(toOutput.errors, "") << "no bar where there is no terminal";
-  ASSERT_EQ(Run({"render", "a.ntf", "--output", "out.PPM", "--depth", "24"}).exitCode, 0);
-  EXPECT_EQ(ReadText("out.PPM"), "P6\n7 4\n255\n" + SceneCanvas(3, background));
-  EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"a.ntf", "out.PPM", "out.png"}));
-}
-
-TEST_F(Render, ComposesInGray) {
-  const std::string background = "ddd";
-  Scene(OneBand(), background).Write(PathOf("a.ntf"));
-  ASSERT_EQ(Run({"render", "a.ntf", "-o", "out.png", "--depth", "8"}).exitCode, 0);
-  const PngFile picture = DecodePng(ReadText("out.png"));
-  EXPECT_EQ(picture.bits, 8);
-  EXPECT_EQ(picture.colorType, PNG_COLOR_TYPE_GRAY);
-  EXPECT_EQ(Pixels(picture), SceneCanvas(1, background));
-
-  std::string colors;
-  for (const char gray : SceneCanvas(1, background)) colors.append(3, gray);
-  ASSERT_EQ(Run({"render", "a.ntf", "-o", "out.ppm", "--depth", "8"}).exitCode, 0);
-  EXPECT_EQ(ReadText("out.ppm"), "P6\n7 4\n255\n" + colors);
+    // The same picture on standard output, and as PPM, which has colours only.
+    const ProgramRun toOutput = Run({"render", "a.ntf", "-o", "-", "--vector-render", "--depth", depth.bits});
+    EXPECT_EQ(toOutput.exitCode, 0);
+    EXPECT_EQ(toOutput.output, ReadText("out.png"));
+    EXPECT_EQ(toOutput.errors, "") << "no progress bar without a terminal";
+    std::string colors;
+    for (const char sample : canvas) colors.append(bands == 3 ? 1 : 3, sample);
+    ASSERT_EQ(Run({"render", "a.ntf", "--output", "out.PPM", "--force", "--depth", depth.bits}).exitCode, 0);
+    EXPECT_EQ(ReadText("out.PPM"), "P6\n7 4\n255\n" + colors);
+    EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"a.ntf", "out.PPM", "out.png"}));
+  }
 }
 
 TEST_F(Render, TheSamePixelsAtEachCompression) {
@@ -235,19 +232,20 @@ ImageSpec OneBlock(ImageSpec image) {
   return image;
 }
 
-Bytes FullTable() {
-  Bytes table;
-  for (int index = 0; index < 256; ++index) table.push_back(static_cast<std::uint8_t>(index));
-  for (int index = 0; index < 256; ++index) table.push_back(static_cast<std::uint8_t>(255 - index));
-  for (int index = 0; index < 256; ++index) table.push_back(static_cast<std::uint8_t>(index / 2));
-  return table;
-}
-
+/** A palette whose colours tell their index in each part. */
 std::vector<std::array<int, 3>> FullTableColors() {
   std::vector<std::array<int, 3>> colors;
-  colors.reserve(256);
   for (int index = 0; index < 256; ++index) colors.push_back({index, 255 - index, index / 2});
   return colors;
+}
+
+/** The same as a lookup table: all reds, all greens, all blues. */
+Bytes FullTable() {
+  Bytes table;
+  for (const std::size_t part : {0U, 1U, 2U}) {
+    for (const auto &color : FullTableColors()) table.push_back(static_cast<std::uint8_t>(color[part]));
+  }
+  return table;
 }
 
 std::uint32_t Checks(std::uint32_t, std::uint32_t row, std::uint32_t column) {

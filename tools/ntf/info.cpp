@@ -7,21 +7,13 @@
 #include "load_headers.h"
 #include "problem.h"
 
-#include <algorithm>
 #include <cstdio>
-#include <iterator>
 
 namespace ntf {
 namespace {
 
-constexpr SegmentKind kDrawnKinds[] = {SegmentKind::Image, SegmentKind::Graphic, SegmentKind::Label};
-
-/** Adds the size of the picture, or the status if it can't be determined; null if the file has nothing to draw. */
-void AddCanvas(const std::string &fileName, const FileView &file, Json &description) {
-  Json &canvas = description["canvas"];
-  const bool isDrawn = std::any_of(std::begin(kDrawnKinds), std::end(kDrawnKinds),
-                                   [&](SegmentKind kind) { return file.Count(kind) != 0; });
-  if (!isDrawn) return;
+/** Adds the size of the picture, or the status if it can't be determined. */
+void AddCanvas(const std::string &fileName, Json &description) {
   const WideName name = Widen(fileName);
   KsFileInfo answer = {};
   KsLoadOptions loadOptions = {};
@@ -31,6 +23,7 @@ void AddCanvas(const std::string &fileName, const FileView &file, Json &descript
   request.fileInfo = &answer;
   request.loadOptions = &loadOptions;
   const std::int32_t status = fltInfo(&request);
+  Json &canvas = description["canvas"];
   if (status == SUCCESS) {
     canvas = {{"width", std::uint32_t{answer.width}}, {"height", std::uint32_t{answer.height}}};
   } else {
@@ -43,7 +36,7 @@ Outcome Describe(const std::string &fileName, Json &description) {
   if (Outcome failed = LoadHeaders(fileName, file)) return failed;
   description["name"] = fileName;
   description.update(DescribeHeaders(file.View()));
-  AddCanvas(fileName, file.View(), description);
+  AddCanvas(fileName, description);
   return {};
 }
 

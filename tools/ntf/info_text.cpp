@@ -105,8 +105,10 @@ constexpr SegmentLines kSegmentLines[] = {
 
 std::string CanvasLine(const Json &description) {
   const Json &canvas = description["canvas"];
-  const std::string status = Plain(description, "canvasStatus");
-  if (canvas.is_null()) return status.empty() ? "nothing to draw" : "unknown (status " + status + ")";
+  const bool isDrawn =
+      !description["images"].empty() || !description["graphics"].empty() || !description["labels"].empty();
+  if (!isDrawn) return "nothing to draw";
+  if (canvas.is_null()) return "unknown (status " + Plain(description, "canvasStatus") + ")";
   return Plain(canvas, "width") + " x " + Plain(canvas, "height");
 }
 

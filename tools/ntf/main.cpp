@@ -319,7 +319,7 @@ void DefineSet(CLI::App &app, ntf::SetOptions &options) {
 
 /** The words of an error of the command line, where those of the parser are not a user's. */
 std::string UsageWords(const CLI::Error &error) {
-  const std::string words = error.what();
+  std::string words = error.what();
   if (error.get_name() == "ArgumentMismatch") return words.substr(0, words.find_first_of(": ")) + " requires a value";
   constexpr std::string_view kUnconverted = "Could not convert: ";
   const std::size_t equals = words.find(" = ");
