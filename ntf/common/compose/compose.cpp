@@ -3,7 +3,7 @@
 #include "drawings/handlgfx.h"
 #include "drawings/handllbl.h"
 #include "drawings/painting.h"
-#include "headers/display_levels.h"
+#include "headers/display_offset.h"
 #include "images/block_grid.h"
 #include "images/handlimg.h"
 #include "internal/ksclasses_.h"

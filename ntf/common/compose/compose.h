@@ -8,17 +8,6 @@ namespace ksntfx {
 /** What kind of segment an object of the display list is. */
 enum DisplayKind : std::uint32_t { kDisplayImage = 0, kDisplayGraphic = 2, kDisplayLabel = 3 };
 
-/** Sums of locations, in pixels; they wrap like the format's 32 bits. */
-struct DisplayOffset {
-  std::int32_t row;
-  std::int32_t column;
-};
-
-/** A sum of two of them. */
-inline std::int32_t Add(std::int32_t a, std::int32_t b) {
-  return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
-}
-
 /** The size of the canvas of a loaded file. SUCCESS, ERROR_NO_MEMORY, or what a graphic that is measured fails with. */
 Status MeasureCanvas(NitfFile *file, std::uint32_t *width, std::uint32_t *height);
 

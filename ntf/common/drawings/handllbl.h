@@ -1,7 +1,8 @@
 // Label segments on the canvas.
 #pragma once
 
-#include "compose/compose.h"
+#include "headers/display_offset.h"
+#include "headers/nitffile.h"
 
 namespace ksntfx {
 

@@ -1,9 +1,9 @@
 #include "drawings/symbols.h"
 
 #include "drawings/painting.h"
-#include "images/samples.h"
 #include "internal/ksclasses_.h"
 #include "platform.h"
+#include "table/bits.h"
 #include "table/fields.h"
 
 #include <algorithm>

@@ -1,7 +1,8 @@
 // The symbols that graphics of the 2.0 layout are: small bitmaps, and objects by number.
 #pragma once
 
-#include "compose/compose.h"
+#include "headers/display_offset.h"
+#include "headers/nitffile.h"
 
 #include <span>
 

@@ -1,6 +1,6 @@
 #include "headers/grsubhdr.h"
 
-#include "headers/segment_data.h"
+#include "headers/held_data.h"
 #include "internal/ksclasses_.h"
 #include "table/fields.h"
 #include "table/headerreader.h"

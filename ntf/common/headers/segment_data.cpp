@@ -17,15 +17,6 @@ Status ReadSegmentData(const NitfFile *file, SegmentKind kind, std::uint32_t ind
   return KsRead(file->fileHandle, data->bytes.Get(), data->length) == data->length ? SUCCESS : ERROR_FILE_READ;
 }
 
-Status CopyIntoMemory(char **held, const void *data, std::uint32_t length) {
-  KsArray<char> copy;
-  if (!copy.Allocate(std::uint64_t{length} + 1)) return ERROR_NO_MEMORY;
-  std::copy_n(static_cast<const char *>(data), length, copy.Get());
-  KsFreeAndClear(*held);
-  *held = copy.Release();
-  return SUCCESS;
-}
-
 Status ReadText(const NitfFile *file, std::uint32_t index, char *buffer) {
   const TextSubheader &text = *FindText(file, index);
   std::size_t length = TextDataLength(file, index);

@@ -1,7 +1,8 @@
 #include "headers/txsubhdr.h"
 
-#include "headers/segment_data.h"
+#include "headers/held_data.h"
 #include "internal/ksclasses_.h"
+#include "ksntfx.h"
 #include "table/headerreader.h"
 
 namespace ksntfx {

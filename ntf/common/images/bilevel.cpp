@@ -2,7 +2,7 @@
 #include "images/block_starts.h"
 #include "images/image_target.h"
 #include "images/imgmodes.h"
-#include "images/samples.h"
+#include "table/bits.h"
 
 #include <algorithm>
 #include <new>

@@ -25,7 +25,4 @@ using SampleConversion = void (*)(const std::uint8_t *samples, std::uint8_t *row
  */
 SampleConversion ChooseConversion(std::uint32_t bits, std::uint32_t actualBits);
 
-/** Moves `count` bits from bit `from` of `source` to the front of `row`, the top bit of a byte first. */
-void UnpackBits(const std::uint8_t *source, std::uint64_t from, std::uint32_t count, std::uint8_t *row);
-
 }  // namespace ksntfx

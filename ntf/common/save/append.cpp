@@ -2,8 +2,8 @@
 
 #include "access/image_setters.h"
 #include "headers/display_levels.h"
+#include "headers/held_data.h"
 #include "headers/length_tables.h"
-#include "headers/segment_data.h"
 #include "internal/ksclasses_.h"
 #include "save/encoded_data.h"
 #include "table/fields.h"
