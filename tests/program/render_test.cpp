@@ -235,6 +235,7 @@ ImageSpec OneBlock(ImageSpec image) {
 /** A palette whose colours tell their index in each part. */
 std::vector<std::array<int, 3>> FullTableColors() {
   std::vector<std::array<int, 3>> colors;
+  colors.reserve(256);
   for (int index = 0; index < 256; ++index) colors.push_back({index, 255 - index, index / 2});
   return colors;
 }
