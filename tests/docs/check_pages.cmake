@@ -98,10 +98,9 @@ endfunction()
 
 function(check_modules)
   read_page(docs/architecture.md text)
-  foreach(folder ntf/common services/kscore services/ksblend services/ksview services/kspaint services/kstone
-                 services/kscodec services/ksvect services/platform tools/ntf)
-    file(GLOB sources RELATIVE "${ROOT}/${folder}" "${ROOT}/${folder}/*.cpp" "${ROOT}/${folder}/*.h"
-                                                   "${ROOT}/${folder}/*.S")
+  foreach(folder ntf/common services tools/ntf)
+    file(GLOB_RECURSE sources RELATIVE "${ROOT}/${folder}" "${ROOT}/${folder}/*.cpp" "${ROOT}/${folder}/*.h"
+                                                           "${ROOT}/${folder}/*.S")
     foreach(source IN LISTS sources)
       cmake_path(GET source STEM module)
       expect_in(docs/architecture.md "${text}" "`${module}`")
