@@ -845,6 +845,27 @@ KS_API int32_t KsVectorPaint(KsDeviceContext *context, KsVector *vector, int32_t
 KS_API int32_t KsVectorLoadMemory(const void *buffer, KsVector *vector, uint64_t size, const KsLoadOptions *options,
                                   void *reserved);
 
+/** An element of a metafile that KsVectorLoadMemory skips. */
+typedef struct KsVectorSkipped {
+  uint32_t elementClass; /**< 0: the element's class (ISO/IEC 8632-3, table 1) */
+  uint32_t element;      /**< 4: its number within the class */
+  uint64_t offset;       /**< 8: the place of its header in the metafile, in bytes */
+  const char *reason;    /**< 16: why, in a few words; valid during the call only */
+} KsVectorSkipped;
+
+/** Receives one skipped element. */
+typedef void (*KsVectorSkippedCallback)(const KsVectorSkipped *skipped, void *userData);
+
+/**
+ * Reports the elements of a metafile that KsVectorLoadMemory skips because of their parameters, in the order of the
+ * metafile, up to 1000 of them. All others are drawn.
+ *
+ * @return the number of all skipped elements, or a negative status:
+ * @retval ERROR_INVALID_VALUE the data or the callback is null
+ * @retval ERROR_NO_MEMORY out of memory
+ */
+KS_API int32_t KsVectorFindSkipped(const void *buffer, uint64_t size, KsVectorSkippedCallback callback, void *userData);
+
 /**
  * Encodes a drawing as a metafile (CGM, binary encoding). The result is a global block of `*size` bytes: report it with
  * KsTrackAlloc, and free it with KsFreeGlobal. In the metafile y increases downwards. If there is a viewport, the

@@ -276,6 +276,21 @@ int32_t KsVectorLoadMemory(const void *buffer, KsVector *vector, uint64_t size, 
   });
 }
 
+int32_t KsVectorFindSkipped(const void *buffer, uint64_t size, KsVectorSkippedCallback callback, void *userData) {
+  if (buffer == nullptr || callback == nullptr) return ERROR_INVALID_VALUE;
+  return Guarded([&]() -> Status {
+    Drawing drawing;
+    ksvect::cgm::SkippedElements skipped;
+    // A metafile without anything to draw has skipped elements all the same.
+    static_cast<void>(ksvect::ReadCgm({static_cast<const std::uint8_t *>(buffer), size}, drawing, &skipped));
+    for (const ksvect::cgm::SkippedElement &element : skipped.elements) {
+      const KsVectorSkipped reported = {element.group, element.number, element.offset, TextOf(element.reason)};
+      callback(&reported, userData);
+    }
+    return static_cast<std::int32_t>(std::min<std::size_t>(skipped.count, INT32_MAX));
+  });
+}
+
 int32_t KsVectorSaveMemory(void **handle, const KsVector *vector, uint32_t format, uint64_t *size,
                            const KsSaveOptions *) {
   const Drawing *const drawing = DrawingOf(vector);

@@ -1,4 +1,5 @@
 // ntf text, extract, copy and check.
+#include "cgm_builder.h"
 #include "program_test.h"
 
 #include <filesystem>
@@ -175,6 +176,18 @@ INSTANTIATE_TEST_SUITE_P(
                     Faulty{"Attachment", NitfBuilder().Graphic({3, 2, 0, 0, 'C', {}, {}}),
                            "graphic 0 SALVL at byte 615: is attached to level 2, which no segment has"}),
     [](const auto &tested) { return tested.param.name; });
+
+TEST_F(Segments, CheckNamesElementsOfADrawingThatAreSkipped) {
+  constexpr std::size_t kData = 398 + 258;  // the headers of a file with one graphic
+  CgmBuilder drawing;
+  const std::size_t lineWidth = kData + drawing.bytes.size();
+  drawing.Add(5, 3, drawing.New());
+  drawing.Add(4, 1, drawing.New().Points({{0, 0}, {50, 50}}));
+  NitfBuilder().Graphic({1, 0, 0, 0, 'C', drawing.Finish(), {}}).Write(PathOf("a.ntf"));
+  EXPECT_EQ(Run({"check", "a.ntf"}).output, "a.ntf: graphic 0 data at byte " + std::to_string(lineWidth) +
+                                                ": CGM element 5.3 is skipped: parameters are missing\n");
+  EXPECT_EQ(Run({"render", "a.ntf", "-o", "a.png"}).exitCode, 0) << "the rest is drawn";
+}
 
 TEST_F(Segments, CheckNamesTheFieldOfARefusedFile) {
   const std::pair<NitfBuilder, std::string> files[] = {

@@ -70,6 +70,7 @@ class Checker {
   void CheckImage(const Header &header, std::uint32_t index);
   void CheckBlocks(const Header &header, const ImageNumbers &image);
   void CheckRate(const Header &header);
+  void CheckDrawing(const Header &header, std::uint32_t index);
   void CheckMask(const Header &header, const ImageNumbers &image);
   void CheckDataLength(const Header &header, const ImageNumbers &image);
   void CheckLevels();
@@ -156,6 +157,7 @@ void Checker::CheckSegment(const CheckedKind &kind, std::uint32_t index) {
   const bool isImage = kind.kind == SegmentKind::Image;
   if (isImage) CheckImage(header, index);
   if (!isImage && kind.kind != SegmentKind::Graphic) return;
+  if (kind.kind == SegmentKind::Graphic) CheckDrawing(header, index);
   const DisplayLevel level = file.LevelOf(kind.kind, index);
   const std::string prefix = isImage ? "I" : "S";
   levels.push_back(
@@ -248,6 +250,27 @@ void Checker::CheckDataLength(const Header &header, const ImageNumbers &image) {
   if (dataLength >= (bits + 7) / 8 && dataLength <= most) return;
   Add(header, "IC",
       "the uncompressed data needs " + Number((bits + 7) / 8) + " bytes, but LI is " + Number(dataLength));
+}
+
+// ---- drawings -----------------------------------------------------------------------------------------------------
+
+/** Elements with unusable parameters, which are skipped when the drawing is read. */
+void Checker::CheckDrawing(const Header &header, std::uint32_t index) {
+  std::string data;
+  if (file.FieldText(header.choice, "SFMT") != "C") return;
+  if (file.ReadData(SegmentKind::Graphic, index, data) != SUCCESS || data.empty()) return;
+  struct Found {
+    Checker *checker;
+    const Header *header;
+    std::uint64_t start;
+  } found = {this, &header, file.Place(SegmentKind::Graphic, index).data};
+  const auto report = [](const KsVectorSkipped *skipped, void *userData) {
+    const auto &[checker, subheader, start] = *static_cast<const Found *>(userData);
+    const std::string element = "CGM element " + Number(skipped->elementClass) + "." + Number(skipped->element);
+    checker->findings.push_back(
+        subheader->FoundAt("data", start + skipped->offset, element + " is skipped: " + skipped->reason));
+  };
+  static_cast<void>(KsVectorFindSkipped(data.data(), data.size(), report, &found));
 }
 
 // ---- levels -------------------------------------------------------------------------------------------------------

@@ -251,8 +251,8 @@ Status AppendImage(NitfFile *file, const KsBitmap *bitmap, std::uint32_t format,
 }
 
 Status AppendGraphic(NitfFile *file, KsVector *vector, const KsRect &rectangle) {
-  KsVectorPoint low;
-  KsVectorPoint high;
+  KsVectorPoint low{};
+  KsVectorPoint high{};
   Status status = CheckGraphic(file, vector, &low, &high);
   if (status != SUCCESS) return status;
   NewSegment<GraphicSubheader> graphic(file, kGraphics);
