@@ -99,16 +99,6 @@ TEST(StreamFile, AnImageAloneMayBeUnknown) {
   EXPECT_EQ(file.Image(0).columns, 99999999U);
 }
 
-TEST(StreamFile, AReplayThatEndsEarlyKeepsTheRest) {
-  for (const std::size_t bytes : {std::size_t{0}, std::size_t{3}, std::size_t{200}, std::size_t{353}, std::size_t{363},
-                                  std::size_t{370}, std::size_t{400}}) {
-    LoadedFile file(StreamFile(3).Build(bytes));
-    ASSERT_EQ(file.status, SUCCESS) << bytes;
-    EXPECT_EQ(file->header.fileLength, bytes < 354 ? 2147483647U : StreamFile(3).sound.Build().size()) << bytes;
-    EXPECT_EQ(file->streamBytesConsumed, 0U) << bytes;
-  }
-}
-
 TEST(StreamFile, DataThatTheReplayDoesNotReachDoNotStandBesideTheirNewLength) {
   StreamFile stream(3);
   stream.sound.Field("UDHD", "twelve bytes").Field("HL", "000411");
