@@ -22,14 +22,6 @@ TEST(FileHeader, AFileThatIsNotThereIsAShortRead) {
   EXPECT_EQ(Load(file.Get(), u"/no/such/file"), ERROR_FILE_READ);
 }
 
-TEST(FileHeader, UserAndExtendedDataAreKept) {
-  LoadedFile file(NitfBuilder().Field("UDHD", std::string("tag\0data", 8)).Field("XHD", ""));
-  ASSERT_EQ(file.status, SUCCESS);
-  EXPECT_EQ(std::string(file->header.userHeaderData, 9), std::string("tag\0data\0", 9));
-  EXPECT_STREQ(file->header.UDHDL, "00011");
-  EXPECT_STREQ(file->header.extendedHeaderData, "");
-}
-
 TEST(FileHeader, LengthsBeyond32BitsStayAtTheLimit) {
   LoadedFile file(NitfBuilder().Image({.rows = 1, .columns = 1, .data = {1}}).Field("LI1", "9999999998"));
   ASSERT_EQ(file.status, SUCCESS);
