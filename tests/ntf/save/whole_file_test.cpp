@@ -1,9 +1,9 @@
 // A file of each layout, field by field as the standard's tables have them, with a value of its own in each: read, it
 // holds those values; saved, it is the same bytes; and texts that have become short are filled up.
+#include "field_list.h"
 #include "harness.h"
 #include "save/savenitf.h"
 
-#include <algorithm>
 #include <map>
 #include <string>
 
@@ -13,87 +13,34 @@ using namespace ksntfx;
 
 namespace {
 
-/** How a text that is shorter than its field is written; Kept for what isn't written from the text. */
-enum class Fill : char { Kept = '=', Zeros = '0', Blanks = ' ' };
-
-struct Field {
-  std::string name;
-  std::string bytes;
-  Fill fill = Fill::Kept;
-};
-using Fields = std::vector<Field>;
-
-/** A text of its own: the name, or the end of it, and dots. */
-Field Named(const std::string &name, std::size_t width, Fill fill) {
-  std::string text = name.size() > width ? name.substr(name.size() - width) : name;
-  text.resize(width, '.');
-  return {name, text, fill};
-}
-
 std::string Digits(std::size_t value, std::size_t width) {
   const std::string digits = std::to_string(value);
   return std::string(width - digits.size(), '0') + digits;
 }
 
-void Append(Fields &fields, const Fields &more) {
-  fields.insert(fields.end(), more.begin(), more.end());
+/** A length that counts three bytes more than the data, the overflow segment, and the data. */
+Fields Extension(const char *length, const char *overflow, const char *data, const std::string &bytes) {
+  return {{length, Digits(bytes.size() + 3, 5)}, {overflow, Digits(10 + bytes.size(), 3), '0'}, {data, bytes}};
 }
-
-/** What follows a length that counts three bytes more: the overflow segment and the data. */
-Fields Extension(const std::string &length, const std::string &overflow, const std::string &data,
-                 const std::string &bytes, Fill fill) {
-  return {
-      {length, Digits(bytes.size() + 3, 5)}, {overflow, "0" + std::to_string(10 + bytes.size()), fill}, {data, bytes}};
-}
-
-struct GroupFills {
-  Fill classification;
-  Fill downgrade;
-  Fill others;
-};
-constexpr GroupFills kZeros = {Fill::Zeros, Fill::Zeros, Fill::Zeros};
-constexpr GroupFills kBlanks = {Fill::Blanks, Fill::Blanks, Fill::Blanks};
 
 enum class Event { None, ByDowngrade, Always };
 
-Fields Security(const std::string &prefix, bool nitf20, const std::string &classification, GroupFills fills,
+/** The fills are those of the classification, the downgrade field and all others. */
+Fields Security(const std::string &prefix, bool nitf20, char classification, const std::string &fills,
                 Event event = Event::None) {
-  Fields fields = {{prefix + "SCLAS", classification, fills.classification}};
-  const auto add = [&](const char *name, std::size_t width) {
-    fields.push_back(Named(prefix + name, width, fills.others));
-  };
-  if (nitf20) {
-    for (const char *name : {"SCODE", "SCTLH", "SREL"}) add(name, 40);
-    for (const char *name : {"SCAUT", "SCTLN"}) add(name, 20);
-    if (event == Event::ByDowngrade) {
-      fields.push_back({prefix + "SDWNG", "999998"});
-    } else {
-      fields.push_back(Named(prefix + "SDWNG", 6, fills.downgrade));
-    }
-    if (event != Event::None) add("SDEVT", 40);
-    return fields;
-  }
-  for (const auto &[name, width] : std::initializer_list<std::pair<const char *, std::size_t>>{{"SCLSY", 2},
-                                                                                               {"SCODE", 11},
-                                                                                               {"SCTLH", 2},
-                                                                                               {"SREL", 20},
-                                                                                               {"SDCTP", 2},
-                                                                                               {"SDCDT", 8},
-                                                                                               {"SDCXM", 4},
-                                                                                               {"SDG", 1},
-                                                                                               {"SDGDT", 8},
-                                                                                               {"SCLTX", 43},
-                                                                                               {"SCATP", 1},
-                                                                                               {"SCAUT", 40},
-                                                                                               {"SCRSN", 1},
-                                                                                               {"SSRDT", 8},
-                                                                                               {"SCTLN", 15}}) {
-    add(name, width);
-  }
+  Fields fields = ListOf(nitf20 ? "SCLAS:1 SCODE:40 SCTLH:40 SREL:40 SCAUT:20 SCTLN:20 SDWNG:6 SDEVT:40"
+                                : "SCLAS:1 SCLSY:2 SCODE:11 SCTLH:2 SREL:20 SDCTP:2 SDCDT:8 SDCXM:4 SDG:1 SDGDT:8 "
+                                  "SCLTX:43 SCATP:1 SCAUT:40 SCRSN:1 SSRDT:8 SCTLN:15");
+  for (Field &field : fields) field = {prefix + field.name, field.bytes, fills[2]};
+  fields[0] = {prefix + "SCLAS", std::string(1, classification), fills[0]};
+  if (!nitf20) return fields;
+  if (event == Event::None) fields.pop_back();
+  fields[6].fill = fills[1];
+  if (event == Event::ByDowngrade) fields[6] = {prefix + "SDWNG", "999998"};
   return fields;
 }
 
-/** Ten bands of which the third has a table. */
+/** Bands, the third of which has a table. */
 std::string Bands(std::size_t count) {
   constexpr const char *kTags[] = {"R ", "G ", "LU", "B ", "M ", "Y ", "Cb", "Cr", "  ", "R "};
   std::string bands;
@@ -105,41 +52,23 @@ std::string Bands(std::size_t count) {
   return bands;
 }
 
-/** A masked image of many bands, two blocks and all that is optional; or one of the 2.0 layout. */
+Fields ImageHead(bool nitf20, char classification) {
+  return ListOf("IM=IM|_ IID1:10|_ IDATIM:14|0 TGTID:17|_ IID2:80|_") +
+         Security("I", nitf20, classification, "   ", Event::ByDowngrade);
+}
+
+/** A masked image of ten bands, two blocks and all that is optional; or one of the 2.0 layout. */
 Fields Image(bool nitf20) {
-  Fields fields = {{"IM", "IM", Fill::Blanks}, Named("IID1", 10, Fill::Blanks), Named("IDATIM", 14, Fill::Zeros)};
-  Append(fields, {Named("TGTID", 17, Fill::Blanks), Named("IID2", 80, Fill::Blanks)});
-  Append(fields, Security("I", nitf20, "S", kBlanks, Event::ByDowngrade));
-  Append(fields, {{"ENCRYP", "5", Fill::Zeros},
-                  Named("ISORCE", 42, Fill::Blanks),
-                  {"NROWS", "00000002"},
-                  {"NCOLS", "00000006"},
-                  {"PVTYPE", "INT"},
-                  {"IREP", "RGB/LUT "},
-                  Named("ICAT", 8, Fill::Blanks),
-                  {"ABPP", "07"},
-                  {"PJUST", "L"},
-                  {"ICORDS", "G"},
-                  Named("IGEOLO", 60, Fill::Zeros),
-                  {"NICOM", "2"},
-                  {"", std::string(80, 'c') + std::string(80, 'd')},
-                  {"IC", nitf20 ? "NC" : "NM"}});
-  if (nitf20) Append(fields, {{"NBANDS", "4"}, {"", Bands(4)}});
-  if (!nitf20) Append(fields, {{"NBANDS", "0"}, {"XBANDS", "00010"}, {"", Bands(10)}});
-  Append(fields, {{"ISYNC", "8", Fill::Zeros},
-                  {"IMODE", "R"},
-                  {"NBPR", "0002"},
-                  {"NBPC", "0001"},
-                  {"NPPBH", "0003"},
-                  {"NPPBV", "0002"},
-                  {"NBPP", "08"},
-                  {"IDLVL", "011"},
-                  {"IALVL", "012"},
-                  {"ILOC", "00013-0014", Fill::Zeros},
-                  {"IMAG", "2.5 "}});
-  Append(fields, Extension("UDIDL", "UDOFL", "UDID", "user data", Fill::Zeros));
-  Append(fields, Extension("IXSHDL", "IXSOFL", "IXSHD", "extended", Fill::Zeros));
-  return fields;
+  const std::string bands = nitf20 ? "IC=NC NBANDS=4 bands " : "IC=NM NBANDS=0 XBANDS=00010 bands ";
+  return ImageHead(nitf20, 'S') +
+         ListOf(
+             "ENCRYP=5|0 ISORCE:42|_ NROWS=00000002 NCOLS=00000006 PVTYPE=INT IREP=RGB/LUT~ ICAT:8|_ ABPP=07 "
+             "PJUST=L ICORDS=G IGEOLO:60|0 NICOM=2 ICOM1:80 ICOM2:80 " +
+                 bands +
+                 "ISYNC=8|0 IMODE=R NBPR=0002 NBPC=0001 NPPBH=0003 NPPBV=0002 NBPP=08 IDLVL=011 IALVL=012 "
+                 "ILOC=00013-0014|0 IMAG=2.5~",
+             {{"bands", Bands(nitf20 ? 4 : 10)}}) +
+         Extension("UDIDL", "UDOFL", "UDID", "user data") + Extension("IXSHDL", "IXSOFL", "IXSHD", "extended");
 }
 
 /** A table of 2 x 10 entries each for blocks and pads, with a pad code of 12 bits, and the samples. */
@@ -151,109 +80,39 @@ std::string ImageData(bool nitf20) {
 
 /** An image with a rate, and nothing that is optional. */
 Fields RatedImage() {
-  Fields fields = {{"IM", "IM", Fill::Blanks}, Named("IID1", 10, Fill::Blanks), Named("IDATIM", 14, Fill::Zeros)};
-  Append(fields, {Named("TGTID", 17, Fill::Blanks), Named("IID2", 80, Fill::Blanks)});
-  Append(fields, Security("I", false, "C", kBlanks));
-  Append(fields, {{"ENCRYP", "6", Fill::Zeros},
-                  Named("ISORCE", 42, Fill::Blanks),
-                  {"NROWS", "00000003"},
-                  {"NCOLS", "00000009"},
-                  {"PVTYPE", "B  "},
-                  {"IREP", "MONO    "},
-                  Named("ICAT", 8, Fill::Blanks),
-                  {"ABPP", "01"},
-                  {"PJUST", "R"},
-                  {"ICORDS", " "},
-                  {"NICOM", "0"},
-                  {"IC", "C1"},
-                  {"COMRAT", "2DS "},
-                  {"NBANDS", "1"},
-                  {"", "M SUBCATNFLT0"},
-                  {"ISYNC", "9", Fill::Zeros},
-                  {"IMODE", "B"},
-                  {"NBPR", "0001"},
-                  {"NBPC", "0001"},
-                  {"NPPBH", "0009"},
-                  {"NPPBV", "0003"},
-                  {"NBPP", "01"},
-                  {"IDLVL", "015"},
-                  {"IALVL", "016"},
-                  {"ILOC", "-001700018", Fill::Zeros},
-                  {"IMAG", "0.5 "},
-                  {"UDIDL", "00000"},
-                  {"IXSHDL", "00000"}});
-  return fields;
+  return ImageHead(false, 'C') +
+         ListOf(
+             "ENCRYP=6|0 ISORCE:42|_ NROWS=00000003 NCOLS=00000009 PVTYPE=B~~ IREP=MONO~~~~ ICAT:8|_ ABPP=01 "
+             "PJUST=R ICORDS=~ NICOM=0 IC=C1 COMRAT=2DS~ NBANDS=1 band=M~SUBCATNFLT0 ISYNC=9|0 IMODE=B NBPR=0001 "
+             "NBPC=0001 NPPBH=0009 NPPBV=0003 NBPP=01 IDLVL=015 IALVL=016 ILOC=-001700018|0 IMAG=0.5~ "
+             "UDIDL=00000 IXSHDL=00000");
 }
 
 Fields Graphic(bool nitf20) {
-  Fields fields = {{"SY", "SY", Fill::Blanks}, Named("SID", 10, Fill::Blanks), Named("SNAME", 20, Fill::Blanks)};
-  Append(fields, Security("S", nitf20, "T", {Fill::Zeros, Fill::Blanks, Fill::Blanks}));
-  Append(fields, {{"ENCRYP", "7", Fill::Zeros}, {"SFMT", "B", Fill::Zeros}});
-  if (nitf20) {
-    Append(fields, {{"NLIPS", "1021", Fill::Zeros},
-                    {"NPIXPL", "1022", Fill::Zeros},
-                    {"NWDTH", "1023", Fill::Zeros},
-                    {"NBPP", "4"}});
-  } else {
-    fields.push_back(Named("SSTRUCT", 13, Fill::Zeros));
-  }
-  Append(fields, {{"SDLVL", "021"}, {"SALVL", "022"}, {"SLOC", "10023-0024", Fill::Zeros}});
-  if (nitf20) {
-    Append(fields, {{"SBND2", "1002500026", Fill::Zeros},
-                    {"SCOLOR", "K", Fill::Blanks},
-                    {"SNUM", "100027", Fill::Zeros},
-                    {"SROT", "128", Fill::Zeros},
-                    {"NELUT", "003"},
-                    {"", "rstRSTuvw"}});
-  } else {
-    Append(fields, {{"SBND1", "10027-0028", Fill::Zeros},
-                    {"SCOLOR", "C"},
-                    {"SBND2", "1002500026", Fill::Zeros},
-                    {"SRES2", "29", Fill::Zeros}});
-  }
-  Append(fields, Extension("SXSHDL", "SXSOFL", "SXSHD", "graphic's", Fill::Zeros));
-  return fields;
+  return ListOf("SY=SY|_ SID:10|_ SNAME:20|_") + Security("S", nitf20, 'T', "0  ") + ListOf("ENCRYP=7|0 SFMT=B|0") +
+         ListOf(nitf20 ? "NLIPS=1021|0 NPIXPL=1022|0 NWDTH=1023|0 NBPP=4" : "SSTRUCT:13|0") +
+         ListOf("SDLVL=021 SALVL=022 SLOC=10023-0024|0") +
+         ListOf(nitf20 ? "SBND2=1002500026|0 SCOLOR=K|_ SNUM=100027|0 SROT=128|0 NELUT=003 lut=rstRSTuvw"
+                       : "SBND1=10027-0028|0 SCOLOR=C SBND2=1002500026|0 SRES2=29|0") +
+         Extension("SXSHDL", "SXSOFL", "SXSHD", "graphic's");
 }
 
 Fields Label() {
-  Fields fields = {{"LA", "LA", Fill::Zeros}, Named("LID", 10, Fill::Zeros)};
-  Append(fields, Security("L", true, "U", kZeros));
-  Append(fields, {{"ENCRYP", "1", Fill::Zeros},
-                  {"LFS", "f", Fill::Zeros},
-                  {"LCW", "31", Fill::Zeros},
-                  {"LCH", "32", Fill::Zeros},
-                  {"LDLVL", "133", Fill::Zeros},
-                  {"LALVL", "134", Fill::Zeros},
-                  {"LLOC", "10035-0036", Fill::Zeros},
-                  {"LTC", "\x41\x42\x43"},
-                  {"LBC", "\x44\x45\x46"}});
-  Append(fields, Extension("LXSHDL", "LXSOFL", "LXSHD", "label's", Fill::Zeros));
-  return fields;
+  return ListOf("LA=LA|0 LID:10|0") + Security("L", true, 'U', "000") +
+         ListOf("ENCRYP=1|0 LFS=f|0 LCW=31|0 LCH=32|0 LDLVL=133|0 LALVL=134|0 LLOC=10035-0036|0 LTC=ABC LBC=DEF") +
+         Extension("LXSHDL", "LXSOFL", "LXSHD", "label's");
 }
 
 Fields Text(bool nitf20) {
-  Fields fields = {{"TE", "TE", Fill::Zeros}, Named("TEXTID", nitf20 ? 10 : 7, Fill::Zeros)};
-  if (!nitf20) fields.push_back({"TXTALVL", "041"});
-  Append(fields, {Named("TXTDT", 14, Fill::Zeros), Named("TXTITL", 80, Fill::Blanks)});
-  Append(fields, Security("T", nitf20, "?", {Fill::Zeros, Fill::Blanks, Fill::Zeros}));
-  Append(fields, {{"ENCRYP", "2", Fill::Zeros}, {"TXTFMT", "U8S", Fill::Zeros}});
-  Append(fields, Extension("TXSHDL", "TXSOFL", "TXSHD", "text's", Fill::Zeros));
-  return fields;
+  return ListOf(nitf20 ? "TE=TE|0 TEXTID:10|0" : "TE=TE|0 TEXTID:7|0 TXTALVL=041") + ListOf("TXTDT:14|0 TXTITL:80|_") +
+         Security("T", nitf20, '?', "0 0") + ListOf("ENCRYP=2|0 TXTFMT=U8S|0") +
+         Extension("TXSHDL", "TXSOFL", "TXSHD", "text's");
 }
 
 Fields DataExtension(bool nitf20, bool overflow) {
-  Fields fields = {{"DE", "DE", Fill::Zeros}};
-  if (overflow) {
-    fields.push_back({"DESID", "TRE_OVERFLOW             "});
-  } else {
-    fields.push_back(Named("DESID", 25, Fill::Zeros));
-  }
-  fields.push_back({"DESVER", overflow ? "51" : "52", Fill::Zeros});
-  Append(fields, Security("DE", nitf20, "R", kZeros, Event::Always));
-  if (overflow) Append(fields, {Named("DESOFLW", 6, Fill::Zeros), {"DESITEM", "153", Fill::Zeros}});
-  Append(fields, {{"DESSHL", overflow ? "0005" : "0000"}});
-  if (overflow) fields.push_back({"DESSHF", "users"});
-  return fields;
+  return ListOf(overflow ? "DE=DE|0 DESID=TRE_OVERFLOW~~~~~~~~~~~~~ DESVER=51|0" : "DE=DE|0 DESID:25|0 DESVER=52|0") +
+         Security("DE", nitf20, 'R', "000", Event::Always) +
+         ListOf(overflow ? "DESOFLW:6|0 DESITEM=153|0 DESSHL=0005 DESSHF=users" : "DESSHL=0000");
 }
 
 struct Segment {
@@ -261,12 +120,6 @@ struct Segment {
   Fields subheader;
   std::string data;
 };
-
-std::string Joined(const Fields &fields) {
-  std::string bytes;
-  for (const Field &field : fields) bytes += field.bytes;
-  return bytes;
-}
 
 std::vector<Segment> Segments(bool nitf20) {
   std::vector<Segment> segments = {{SegmentKind::Image, Image(nitf20), ImageData(nitf20)}};
@@ -280,8 +133,8 @@ std::vector<Segment> Segments(bool nitf20) {
 }
 
 /** The count of a kind, and the lengths of its segments. */
-void AddLengths(Fields &fields, const std::vector<Segment> &segments, SegmentKind kind, const char *count,
-                std::size_t subheaderDigits, std::size_t dataDigits) {
+Fields Lengths(const std::vector<Segment> &segments, SegmentKind kind, const char *count, std::size_t subheaderDigits,
+               std::size_t dataDigits) {
   std::string lengths;
   std::size_t found = 0;
   for (const Segment &segment : segments) {
@@ -289,34 +142,28 @@ void AddLengths(Fields &fields, const std::vector<Segment> &segments, SegmentKin
     ++found;
     lengths += Digits(Joined(segment.subheader).size(), subheaderDigits) + Digits(segment.data.size(), dataDigits);
   }
-  Append(fields, {{count, Digits(found, 3)}, {"", lengths}});
+  return {{count, Digits(found, 3)}, {"", lengths}};
 }
 
 Fields FileHeader(bool nitf20, const std::vector<Segment> &segments) {
-  Fields tail;
-  AddLengths(tail, segments, SegmentKind::Image, "NUMI", 6, 10);
-  AddLengths(tail, segments, SegmentKind::Graphic, "NUMS", 4, 6);
-  if (!nitf20) tail.push_back({"NUMX", "000"});
-  if (nitf20) AddLengths(tail, segments, SegmentKind::Label, "NUML", 4, 3);
-  AddLengths(tail, segments, SegmentKind::Text, "NUMT", 4, 5);
-  AddLengths(tail, segments, SegmentKind::DataExtension, "NUMDES", 4, 9);
+  const auto lengths = [&](SegmentKind kind, const char *count, std::size_t subheaderDigits, std::size_t dataDigits) {
+    return Lengths(segments, kind, count, subheaderDigits, dataDigits);
+  };
   // What reserved segments there are is counted, and not carried.
-  Append(tail, {{"NUMRES", "002"}, {"", "0061000006200630000064"}});
-  Append(tail, Extension("UDHDL", "UDHOFL", "UDHD", std::string("he\0d\0r's", 8), Fill::Zeros));
-  Append(tail, Extension("XHDL", "XHDLOFL", "XHD", "extended too", Fill::Zeros));
-  Fields fields = {{"FHDR", "NSIF", Fill::Zeros},   {"FVER", "02.10", Fill::Zeros},   {"CLEVEL", "03", Fill::Zeros},
-                   {"STYPE", "TYPE", Fill::Zeros},  Named("OSTAID", 10, Fill::Zeros), Named("FDT", 14, Fill::Zeros),
-                   Named("FTITLE", 80, Fill::Zeros)};
-  Append(fields, Security("F", nitf20, "U", kZeros, Event::ByDowngrade));
-  Append(fields, {{"FSCOP", "10071", Fill::Zeros}, {"FSCPYS", "10072", Fill::Zeros}, {"ENCRYP", "3", Fill::Zeros}});
-  if (!nitf20) fields.push_back({"FBKGC", "\x51\x52\x53"});
-  Append(fields, {Named("ONAME", nitf20 ? 27 : 24, Fill::Zeros), Named("OPHONE", 18, Fill::Zeros)});
-  std::size_t bytes = Joined(fields).size() + 12 + 6 + Joined(tail).size();
-  const std::string headerBytes = Digits(bytes, 6);
+  const Fields tail = lengths(SegmentKind::Image, "NUMI", 6, 10) + lengths(SegmentKind::Graphic, "NUMS", 4, 6) +
+                      (nitf20 ? lengths(SegmentKind::Label, "NUML", 4, 3) : ListOf("NUMX=000")) +
+                      lengths(SegmentKind::Text, "NUMT", 4, 5) + lengths(SegmentKind::DataExtension, "NUMDES", 4, 9) +
+                      ListOf("NUMRES=002 lengths=0061000006200630000064") +
+                      Extension("UDHDL", "UDHOFL", "UDHD", std::string("he\0d\0r's", 8)) +
+                      Extension("XHDL", "XHDLOFL", "XHD", "extended too");
+  const Fields head = ListOf("FHDR=NSIF|0 FVER=02.10|0 CLEVEL=03|0 STYPE:4|0 OSTAID:10|0 FDT:14|0 FTITLE:80|0") +
+                      Security("F", nitf20, 'U', "000", Event::ByDowngrade) +
+                      ListOf("FSCOP=10071|0 FSCPYS=10072|0 ENCRYP=3|0") +
+                      ListOf(nitf20 ? "ONAME:27|0 OPHONE:18|0" : "FBKGC=QRS ONAME:24|0 OPHONE:18|0");
+  const std::size_t headerBytes = Joined(head).size() + 12 + 6 + Joined(tail).size();
+  std::size_t bytes = headerBytes;
   for (const Segment &segment : segments) bytes += Joined(segment.subheader).size() + segment.data.size();
-  Append(fields, {{"FL", Digits(bytes, 12)}, {"HL", headerBytes}});
-  Append(fields, tail);
-  return fields;
+  return head + Fields{{"FL", Digits(bytes, 12)}, {"HL", Digits(headerBytes, 6)}} + tail;
 }
 
 class WholeFiles : public testing::TestWithParam<bool> {
@@ -411,8 +258,8 @@ TEST_P(WholeFiles, OfTheOldLayoutHaveNoMoreThanNineBands) {
 /** Leaves the first character of a text, in the record and in what is expected of it. */
 void Shorten(char *text, Field &field) {
   text[1] = '\0';
-  const std::string rest(field.bytes.size() - 1, static_cast<char>(field.fill));
-  field.bytes = field.fill == Fill::Zeros ? rest + field.bytes[0] : field.bytes[0] + rest;
+  const std::string rest(field.bytes.size() - 1, field.fill);
+  field.bytes = field.fill == '0' ? rest + field.bytes[0] : field.bytes[0] + rest;
 }
 
 TEST_P(WholeFiles, FillShortTextsUp) {
@@ -422,7 +269,7 @@ TEST_P(WholeFiles, FillShortTextsUp) {
     const auto shorten = [&](const HeaderRow &row, const std::string &prefix, char *base) {
       for (Field &field : fields) {
         const bool isIn = WidthOf(row, nitf20) == field.bytes.size() && prefix + std::string(row.name) == field.name;
-        if (isIn && field.fill != Fill::Kept) Shorten(base + row.place, field);
+        if (isIn && field.fill != '\0') Shorten(base + row.place, field);
       }
     };
     for (const HeaderRow &row : table.rows) {
