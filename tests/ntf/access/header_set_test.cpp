@@ -229,6 +229,8 @@ TEST(HeaderRecords, BandsAreMadeAnewForTheGreaterCount) {
   const Opened opened(NitfBuilder().Image(spec).Build());
   const ImageSubheader &image = *FindImage(opened.Get(), 0);
   GotImage info(opened.Get());
+  ASSERT_EQ(info.Set(), SUCCESS);
+  EXPECT_EQ(image.bandLutEntries[0], 3U) << "the table stays the segment's";
   info->NBANDS = 0;
   info->XBANDS = 12;
   ASSERT_EQ(info.Set(), SUCCESS);
@@ -281,7 +283,14 @@ TEST(HeaderRecords, PadCodesAreAsLongAsTheirBits) {
   std::uint8_t code[] = {7, 8, 9};
   info->TPXCDLNTH = 17;
   info->TPXCD = code;
+  info->IMDATOFF = 0x01020304;
+  info->BMRLNTH = 0x0506;
+  info->TMRLNTH = 0x0708;
   ASSERT_EQ(info.Set(), SUCCESS);
+  EXPECT_EQ(image.maskDataOffset, 0x01020304U);
+  EXPECT_EQ(image.blockMaskLength, 0x0506);
+  EXPECT_EQ(image.padMaskLength, 0x0708);
+  EXPECT_EQ(image.padCodeBits, 17);
   EXPECT_EQ(Bytes(image.padCode, image.padCode + 3), (Bytes{7, 8, 9}));
   info->TPXCDLNTH = 65535;
   info->TPXCD = nullptr;

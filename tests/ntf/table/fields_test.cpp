@@ -124,6 +124,7 @@ INSTANTIATE_TEST_SUITE_P(Fields, EarlierDates,
                                          std::tuple{"20260102000101", false, "20260101000101"},
                                          std::tuple{"01010101010101", true, "01010101010101"},
                                          std::tuple{"20050101010101", true, "20040101010101"},
+                                         std::tuple{"20010101010101", true, "19010101010101"},
                                          std::tuple{"", true, "50020530010101"}));
 
 }  // namespace

@@ -22,14 +22,6 @@ TEST(FileHeader, AFileThatIsNotThereIsAShortRead) {
   EXPECT_EQ(Load(file.Get(), u"/no/such/file"), ERROR_FILE_READ);
 }
 
-TEST(FileHeader, UserAndExtendedDataAreKept) {
-  LoadedFile file(NitfBuilder().Field("UDHD", std::string("tag\0data", 8)).Field("XHD", ""));
-  ASSERT_EQ(file.status, SUCCESS);
-  EXPECT_EQ(std::string(file->header.userHeaderData, 9), std::string("tag\0data\0", 9));
-  EXPECT_STREQ(file->header.UDHDL, "00011");
-  EXPECT_STREQ(file->header.extendedHeaderData, "");
-}
-
 TEST(FileHeader, LengthsBeyond32BitsStayAtTheLimit) {
   LoadedFile file(NitfBuilder().Image({.rows = 1, .columns = 1, .data = {1}}).Field("LI1", "9999999998"));
   ASSERT_EQ(file.status, SUCCESS);
@@ -97,16 +89,6 @@ TEST(StreamFile, AnImageAloneMayBeUnknown) {
   LoadedFile file(bytes);
   ASSERT_EQ(file.status, SUCCESS);
   EXPECT_EQ(file.Image(0).columns, 99999999U);
-}
-
-TEST(StreamFile, AReplayThatEndsEarlyKeepsTheRest) {
-  for (const std::size_t bytes : {std::size_t{0}, std::size_t{3}, std::size_t{200}, std::size_t{353}, std::size_t{363},
-                                  std::size_t{370}, std::size_t{400}}) {
-    LoadedFile file(StreamFile(3).Build(bytes));
-    ASSERT_EQ(file.status, SUCCESS) << bytes;
-    EXPECT_EQ(file->header.fileLength, bytes < 354 ? 2147483647U : StreamFile(3).sound.Build().size()) << bytes;
-    EXPECT_EQ(file->streamBytesConsumed, 0U) << bytes;
-  }
 }
 
 TEST(StreamFile, DataThatTheReplayDoesNotReachDoNotStandBesideTheirNewLength) {
