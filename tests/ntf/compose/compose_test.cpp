@@ -64,7 +64,22 @@ TEST(FilterInfo, PutsTheCallersHandleBackToTheStart) {
 }
 
 TEST(FilterLoad, NeedsItsFunctions) {
-  FilterLoadRecord request{};
+  KsLoadOptions options{};
+  FilterLoadRecord whole{};
+  whole.fileName = u"/no/such/file";
+  whole.loadOptions = &options;
+  whole.loadFromMemory = KsLoadMemory;
+  whole.setRedirect = KsSetRedirect;
+  whole.requiredEntry = [] {};
+  FilterLoadRecord request = whole;
+  EXPECT_EQ(fltLoad(&request), ERROR_FILE_READ);
+  request.loadFromMemory = nullptr;
+  EXPECT_EQ(fltLoad(&request), ERROR_FILE_FORMAT);
+  request = whole;
+  request.setRedirect = nullptr;
+  EXPECT_EQ(fltLoad(&request), ERROR_FILE_FORMAT);
+  request = whole;
+  request.requiredEntry = nullptr;
   EXPECT_EQ(fltLoad(&request), ERROR_FILE_FORMAT);
   EXPECT_EQ(fltSave(), ERROR_NOT_SUPPORTED);
 }
