@@ -83,26 +83,9 @@ TEST_P(KeptFiles, ComeBackByteForByteAndAgain) {
   EXPECT_EQ(LiveBlocks(), blocksBefore);
 }
 
-ImageSpec TableImage() {
-  ImageSpec image = SixPixels({{"ICOM1", "a comment"}, {"UDID", "user"}, {"IXSHD", "extended"}});
-  image.representation = "RGB/LUT";
-  image.bands = {{"LU", 3, {10, 11, 20, 21, 30, 31}}};
-  return image;
-}
-
-ImageSpec ManyBands() {
-  ImageSpec image = SixPixels();
-  image.representation = "MULTI";
-  image.bands.assign(12, {"", 0, {}});
-  image.data.assign(72, 9);
-  return image;
-}
-
 INSTANTIATE_TEST_SUITE_P(
     Save, KeptFiles,
     testing::Values(
-        Kept{"Images", NitfBuilder().Image(TableImage()).Image(SixPixels()).Image(ManyBands())},
-        Kept{"MaskedImage", NitfBuilder().Image(MaskedImage()).Image(SixPixels())},
         Kept{"Quantised", NitfBuilder().Image(QuantisedImage("C4")).Image(SixPixels())},
         Kept{"MaskedQuantised", NitfBuilder().Image(QuantisedImage("M4")).Image(SixPixels()).Image(MaskedImage())},
         Kept{"AllMasksOfQuantised", NitfBuilder().Image(QuantisedWith({{0, 12}, {12, 0}, Bytes{7, 8, 9}}, {}))},
