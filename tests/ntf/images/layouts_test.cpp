@@ -135,6 +135,10 @@ Bytes ExpectedRow(const Layout &layout, std::uint32_t row) {
   return bytes;
 }
 
+void PrintTo(const Layout &layout, std::ostream *out) {
+  *out << layout.name;
+}
+
 class Layouts : public testing::TestWithParam<Layout> {};
 
 TEST_P(Layouts, ShowTheSameOnEveryWay) {
@@ -186,6 +190,9 @@ struct Grid {
 
 /** One block; more across than down, with pads; blocks of one row; blocks of more rows than a strip has. */
 constexpr Grid kGrids[] = {{"OneBlock", 6, 7, 7, 6}, {"ManyBlocks", 7, 13, 4, 4}, {"OneRow", 2, 3, 3, 1}};
+/** Blocks of bits that begin anywhere in a byte. */
+constexpr Grid kOfBits[] = {
+    {"Wide", 5, 23, 10, 2}, {"Bytes", 5, 23, 8, 5}, {"Narrow", 5, 23, 3, 1}, {"Bits", 5, 23, 1, 1}};
 constexpr Grid kTall[] = {{"Tall", 701, 503, 503, 701}, {"TallBlocks", 700, 502, 251, 350}};
 
 constexpr std::uint32_t kAbsentBlock = 2;
@@ -282,6 +289,7 @@ std::vector<Layout> PlainLayouts() {
   for (const Grid &grid : {kGrids[0], kGrids[1], kGrids[2], kTall[0]}) {
     for (const std::uint32_t bands : {1U, 2U}) add({'B', bands, 1, grid, false, "B"});
   }
+  for (const Grid &grid : kOfBits) add({'B', 1, 1, grid, false, "B"});
   return all;
 }
 
