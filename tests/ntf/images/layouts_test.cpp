@@ -29,6 +29,7 @@ struct Layout {
   std::uint32_t depth = 0;
   Model expected = {};
   std::int32_t status = SUCCESS;
+  bool isWhole = false; /**< one stream, whose bitmap is the codec's own */
 };
 
 // ---- the ways -----------------------------------------------------------------------------------------------------
@@ -69,8 +70,6 @@ class LendingSink : public CopyingSink {
               SUCCESS);
     EXPECT_EQ(KsBitmapAccess(canvas.Get(), 0), SUCCESS);
     std::fill_n(canvas->pixels, CanvasBytes(), kPattern);
-    // The palette of an image has a part in what becomes of pixels that change their depth.
-    canvas->order = like.order;
   }
 
   bool Lend(KsBitmap *view, std::uint32_t top, std::uint32_t count, std::uint32_t depth) override {
@@ -167,6 +166,7 @@ TEST_P(Layouts, ShowTheSameOnEveryWay) {
     EXPECT_TRUE(copying.rows == whole) << "copied in strips";
     LendingSink lending(*bitmap.Get());
     ASSERT_EQ(DecodeImageInStrips(nullptr, file.Get(), 0, lending), SUCCESS);
+    EXPECT_TRUE(lending.lends || layout.isWhole || !layout.expected);
     EXPECT_TRUE((lending.lends ? lending.Place() : lending.rows) == whole) << "in the place that is lent";
     lending.ExpectTheRestUntouched();
   }
@@ -344,6 +344,7 @@ Layout Tiles::Made() const {
   // The text behind the image is no part of it.
   const Bytes file = NitfBuilder().Image(image).Text({"behind", {}}).Build();
   Layout layout{name, file, across * kTile, down * kTile, bands == 3 ? 24U : 8U};
+  layout.isWhole = across * down == 1;
   layout.expected = [given = *this](std::uint32_t row, std::uint32_t column) {
     if (given.masked && row / kTile * given.across + column / kTile == kAbsentBlock) return 0U;
     // A mask table places all bands of a block at the same bytes.
