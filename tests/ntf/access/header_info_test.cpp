@@ -318,25 +318,83 @@ std::vector<Member> TextMembers() {
 
 class Texts : public testing::TestWithParam<Member> {};
 
-TEST_P(Texts, MayBeNullButNotTooLong) {
+/** The members of a record in the order in which a Set stores them. */
+std::string OrderOf(const RecordKind &kind) {
+  const auto group = [](const std::string &prefix) {
+    std::string names;
+    for (const char *name : {"SCLAS ", "SCLSY ", "SCODE ", "SCTLH ", "SREL ", "SDCTP ", "SDCXM ", "SDG ", "SCLTX ",
+                             "SCATP ", "SCAUT ", "SCRSN ", "SCTLN "}) {
+      names += prefix + name;
+    }
+    return names;
+  };
+  if (&kind == &kImage) {
+    return " IM IID1 TGTID IID2 " + group("I") +
+           "ISORCE PVTYPE IREP ICAT PJUST ICORDS IC COMRAT IGEOLO IDATIM ISDCDT ISDGDT ISSRDT ENCRYP NROWS NCOLS ABPP "
+           "NBANDS XBANDS ISYNC IMODE NBPR NBPC NPPBH NPPBV NBPP IDLVL IALVL IMAG UDOFL IXSOFL ";
+  }
+  if (&kind == &kGraphic) {
+    return " SY SID SNAME " + group("S") + "ENCRYP SFMT SSTRUCT SDLVL SALVL SCOLOR SRES2 SXSOFL SSDCDT SSDGDT SSSRDT ";
+  }
+  return " TE TEXTID TXTALVL TXTDT TXTITL TSCLAS TSCLSY TSCODE TSCTLH TSREL TSDCTP TSDCDT TSDCXM TSDG TSDGDT TSCLTX "
+         "TSCATP TSCAUT TSCRSN TSSRDT TSCTLN ENCRYP TXTFMT TXSOFL ";
+}
+
+/** The members of a record, each once. */
+std::vector<Member> MembersOf(const RecordKind &kind) {
+  std::vector<Member> members;
+  for (const Member &member : AllMembers()) {
+    const bool isNew = members.empty() || members.back().name != member.name;
+    if (member.kind == &kind && isNew) members.push_back(member);
+  }
+  return members;
+}
+
+/** What a Get gives after a Set of a record in which a text is null or too long and all other members are others. */
+AnyInfo AfterSet(const Opened &opened, const Member &member, const std::vector<Member> &others, char *text) {
+  const RecordKind &kind = *member.kind;
+  AnyInfo changed(kind.size);
+  EXPECT_EQ(kind.get(opened.Get(), changed.data()), SUCCESS);
+  AnyInfo owned = changed;
+  std::vector<std::string> texts(others.size());
+  for (std::size_t at = 0; at < others.size(); ++at) Change(others[at], changed, texts[at]);
+  StoreInfo(changed.data() + member.offset, text);
+  const bool refused = text != nullptr && &kind != &kHeader;
+  EXPECT_EQ(kind.set(opened.Get(), changed.data()), refused ? ERROR_INVALID_VALUE : SUCCESS);
+  kind.free(owned.data());
+  AnyInfo after(kind.size);
+  EXPECT_EQ(kind.get(opened.Get(), after.data()), SUCCESS);
+  return after;
+}
+
+TEST_P(Texts, MayBeNullAndEndASetWhereTheyAreTooLong) {
   const Member &member = GetParam();
   const RecordKind &kind = *member.kind;
   const Opened opened(FullFile().Build());
-  AnyInfo info(kind.size);
-  ASSERT_EQ(kind.get(opened.Get(), info.data()), SUCCESS);
-  const std::string before = ValueOf(member, info);
+  AnyInfo before(kind.size);
+  ASSERT_EQ(kind.get(opened.Get(), before.data()), SUCCESS);
+  AnyInfo after = AfterSet(opened, member, {}, nullptr);
+  EXPECT_EQ(ValueOf(member, after), ValueOf(member, before));
+  kind.free(after.data());
+
   std::string tooLong = member.changed + std::string(90, 'x');
-  for (char *const text : {static_cast<char *>(nullptr), tooLong.data()}) {
-    AnyInfo changed = info;
-    StoreInfo(changed.data() + member.offset, text);
-    const bool refused = text != nullptr && &kind != &kHeader;
-    EXPECT_EQ(kind.set(opened.Get(), changed.data()), refused ? ERROR_INVALID_VALUE : SUCCESS);
-    AnyInfo after(kind.size);
-    ASSERT_EQ(kind.get(opened.Get(), after.data()), SUCCESS);
-    EXPECT_EQ(ValueOf(member, after), before);
-    kind.free(after.data());
+  const std::vector<Member> others = &kind == &kHeader ? std::vector<Member>() : MembersOf(kind);
+  after = AfterSet(opened, member, others, tooLong.data());
+  EXPECT_EQ(ValueOf(member, after), ValueOf(member, before));
+  const std::string order = OrderOf(kind);
+  for (const Member &other : others) {
+    const std::size_t place = order.find(" " + other.name + " ");
+    ASSERT_NE(place, std::string::npos) << other.name;
+    const bool isStored = place < order.find(" " + member.name + " ");
+    // A field that grew has blanks more.
+    const auto value = [&](const AnyInfo &info) {
+      const std::string text = ValueOf(other, info);
+      return text.substr(0, text.find_last_not_of(' ') + 1);
+    };
+    EXPECT_EQ(value(after), isStored ? other.changed : value(before)) << other.name;
   }
-  kind.free(info.data());
+  kind.free(after.data());
+  kind.free(before.data());
 }
 
 std::string NameOf(const testing::TestParamInfo<Member> &tested) {

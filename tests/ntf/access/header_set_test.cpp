@@ -429,6 +429,12 @@ TEST(HeaderRecords, FileHeaderMembersThatAreOnlySet) {
   EXPECT_STREQ(header.userHeaderData, "data") << "no data fit such a length";
   EXPECT_STREQ(header.CLEVEL, "03");
   EXPECT_STREQ(header.FVER, "02.10");
+  for (const auto &[level, text] :
+       {std::pair{1U, "01"}, {0U, "01"}, {7U, "07"}, {8U, "07"}, {99U, "99"}, {98U, "99"}}) {
+    info->CLEVEL = level;
+    ASSERT_EQ(info.Set(), SUCCESS);
+    EXPECT_STREQ(header.CLEVEL, text) << level;
+  }
   info->FVER = 1.5F;
   ASSERT_EQ(info.Set(), SUCCESS);
   EXPECT_STREQ(header.FVER, "01.50");

@@ -1,6 +1,7 @@
 #include "harness.h"
 #include "internal/ksclasses_.h"
 
+#include <numeric>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -64,7 +65,22 @@ TEST(FilterInfo, PutsTheCallersHandleBackToTheStart) {
 }
 
 TEST(FilterLoad, NeedsItsFunctions) {
-  FilterLoadRecord request{};
+  KsLoadOptions options{};
+  FilterLoadRecord whole{};
+  whole.fileName = u"/no/such/file";
+  whole.loadOptions = &options;
+  whole.loadFromMemory = KsLoadMemory;
+  whole.setRedirect = KsSetRedirect;
+  whole.requiredEntry = [] {};
+  FilterLoadRecord request = whole;
+  EXPECT_EQ(fltLoad(&request), ERROR_FILE_READ);
+  request.loadFromMemory = nullptr;
+  EXPECT_EQ(fltLoad(&request), ERROR_FILE_FORMAT);
+  request = whole;
+  request.setRedirect = nullptr;
+  EXPECT_EQ(fltLoad(&request), ERROR_FILE_FORMAT);
+  request = whole;
+  request.requiredEntry = nullptr;
   EXPECT_EQ(fltLoad(&request), ERROR_FILE_FORMAT);
   EXPECT_EQ(fltSave(), ERROR_NOT_SUPPORTED);
 }
@@ -333,12 +349,22 @@ struct ToneCase {
 class ToneCheck : public testing::TestWithParam<ToneCase> {};
 
 TEST_P(ToneCheck, SpreadsImagesOfLowLevelsOnly) {
-  ImageSpec image{.rows = 1, .columns = 3, .data = GetParam().levels};
-  const Composition plain = Compose(NitfBuilder().Image(image), {.bits = 8});
-  const Composition checked = Compose(NitfBuilder().Image(image), {.bits = 8, .loadFlags = NITF_LOAD_TONE_CHECK});
-  for (std::uint32_t column = 0; column < 3; ++column) {
-    EXPECT_EQ(plain.At(0, column), GetParam().levels[column]);
-    EXPECT_EQ(checked.At(0, column), GetParam().expected[column]);
+  Bytes ramp(256);
+  std::iota(ramp.begin(), ramp.end(), std::uint8_t{0});
+  Bytes table = ramp;
+  for (int channel = 1; channel < 3; ++channel) table.insert(table.end(), ramp.begin(), ramp.end());
+  const Bytes &levels = GetParam().levels;
+  ImageSpec gray{.rows = 1, .columns = 3, .data = levels};
+  ImageSpec color{.rows = 1, .columns = 3, .bands = kColorBands, .representation = "RGB"};
+  for (int band = 0; band < 3; ++band) color.data.insert(color.data.end(), levels.begin(), levels.end());
+  ImageSpec palette{.rows = 1, .columns = 3, .bands = {{"LU", 3, table}}, .representation = "RGB/LUT", .data = levels};
+  for (const ImageSpec &image : {gray, color, palette}) {
+    const Composition plain = Compose(NitfBuilder().Image(image), {.bits = 8});
+    const Composition checked = Compose(NitfBuilder().Image(image), {.bits = 8, .loadFlags = NITF_LOAD_TONE_CHECK});
+    for (std::uint32_t column = 0; column < 3; ++column) {
+      EXPECT_EQ(plain.At(0, column), GetParam().levels[column]) << image.representation;
+      EXPECT_EQ(checked.At(0, column), GetParam().expected[column]) << image.representation;
+    }
   }
 }
 

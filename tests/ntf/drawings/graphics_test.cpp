@@ -8,6 +8,7 @@
 #include "table/fields.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include <gtest/gtest.h>
@@ -255,13 +256,14 @@ TEST_F(GraphicsOf20, DeepSymbolsShowTheirTableAndAreOpaque) {
   EXPECT_EQ(At(11, 24), 0xFF8040U);
 }
 
-/** An object symbol and the box that its picture takes, but for the joins of its lines. */
+/** Object symbols, and the box around their corners. */
 struct ObjectCase {
-  const char *type;
-  KsRect ink;
+  std::vector<const char *> types;
+  Pair low;
+  Pair high;
 };
 
-TEST_F(GraphicsOf20, ObjectSymbolsArePaintedWhereTheyAreAskedFor) {
+TEST_F(GraphicsOf20, ObjectSymbolsAreBuiltFromTheirNumbers) {
   GraphicSubheader &symbol = Symbol('O', {});
   std::strcpy(symbol.NPIXPL, "0040");
   std::strcpy(symbol.NLIPS, "0030");
@@ -269,26 +271,37 @@ TEST_F(GraphicsOf20, ObjectSymbolsArePaintedWhereTheyAreAskedFor) {
   symbol.SCOLOR[0] = 'K';
   symbol.secondBound[0] = 60;
   symbol.secondBound[1] = 70;
-  // Places are 11 rows down and 22 columns across; the far end of lines has the offsets alone.
+  // The place is 22 across and 11 down. The angle of the hexagon is 30 radians.
+  const double part = 15 / std::tan(30.0);
   for (const ObjectCase &expected :
-       {ObjectCase{"1", {22, 11, 72, 61}}, ObjectCase{"4", {22, 11, 72, 61}}, ObjectCase{"10", {22, 11, 62, 41}},
-        ObjectCase{"11", {22, 11, 62, 41}}, ObjectCase{"13", {22, 11, 62, 41}}, ObjectCase{"15", {22, 11, 62, 41}},
-        ObjectCase{"16", {22, 11, 62, 41}}, ObjectCase{"17", {22, 11, 62, 41}}, ObjectCase{"18", {22, 11, 72, 61}}}) {
-    ASSERT_EQ(SetField(symbol.SNUM, 6, expected.type), SUCCESS);
-    KsBitmapFill(canvas.Get(), kWhite);
-    file->vectorRender = 0;
-    ASSERT_EQ(Draw(), SUCCESS);
-    EXPECT_EQ(InkBox().right, 0) << expected.type << " is built and not painted";
-    EXPECT_EQ(KsVectorIsEmpty(&symbol.vector), 0);
-    file->vectorRender = 1;
-    ASSERT_EQ(Draw(), SUCCESS);
-    const KsRect ink = InkBox();
-    EXPECT_NEAR(ink.left, expected.ink.left, 2) << expected.type;
-    EXPECT_NEAR(ink.top, expected.ink.top, 2) << expected.type;
-    EXPECT_NEAR(ink.right, expected.ink.right, expected.type[0] == '4' ? 5 : 2) << expected.type;
-    EXPECT_NEAR(ink.bottom, expected.ink.bottom, expected.type[0] == '4' ? 5 : 2) << expected.type;
+       {ObjectCase{{"1", "2", "3", "4", "5", "6", "18"}, {22, 11}, {72, 61}}, ObjectCase{{"10"}, {22, -19}, {42, 51}},
+        ObjectCase{{"11", "12"}, {2, -4}, {42, 26}}, ObjectCase{{"13", "14"}, {22, 11}, {62, 41}},
+        ObjectCase{{"15"}, {22, -4}, {62, 51}}, ObjectCase{{"16"}, {7, -9}, {37, 31}},
+        ObjectCase{{"17"}, {22 + 2 * part, -4}, {22 - 2 * part, 26}}}) {
+    for (const char *const type : expected.types) {
+      ASSERT_EQ(SetField(symbol.SNUM, 6, type), SUCCESS);
+      KsBitmapFill(canvas.Get(), kWhite);
+      file->vectorRender = 0;
+      ASSERT_EQ(Draw(), SUCCESS);
+      EXPECT_EQ(InkBox().right, 0) << type << " is built and not painted";
+      KsVectorPoint low = {};
+      KsVectorPoint high = {};
+      ASSERT_EQ(KsVectorExtents(&symbol.vector, &low, &high), SUCCESS);
+      EXPECT_NEAR(low.x, expected.low.x, 1e-6) << type;
+      EXPECT_NEAR(low.y, expected.low.y, 1e-6) << type;
+      EXPECT_NEAR(high.x, expected.high.x, 1e-6) << type;
+      EXPECT_NEAR(high.y, expected.high.y, 1e-6) << type;
+      file->vectorRender = 1;
+      ASSERT_EQ(Draw(), SUCCESS);
+      // Whatever its corners, a symbol is painted into its place, a line as far as it goes; joins stand out a little.
+      const bool isLine = expected.high.x == 72;
+      EXPECT_NEAR(InkBox().left, 22, 2) << type;
+      EXPECT_NEAR(InkBox().top, 11, 2) << type;
+      EXPECT_NEAR(InkBox().right, isLine ? 72 : 62, 5) << type;
+      EXPECT_NEAR(InkBox().bottom, isLine ? 61 : 41, 5) << type;
+    }
   }
-  for (const char *type : {"8", "0", "19", ""}) {
+  for (const char *type : {"7", "8", "9", "0", "19", ""}) {
     ASSERT_EQ(SetField(symbol.SNUM, 6, type), SUCCESS);
     KsBitmapFill(canvas.Get(), kWhite);
     ASSERT_EQ(Draw(), SUCCESS);

@@ -9,14 +9,6 @@ using namespace ksntfx;
 
 namespace {
 
-TEST(FileHeader, EveryTruncationIsAShortRead) {
-  const Bytes whole = NitfBuilder().Field("UDHD", "TRE data").Build();
-  for (std::size_t length = 0; length < whole.size(); ++length) {
-    LoadedFile file(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)));
-    ASSERT_EQ(file.status, ERROR_FILE_READ) << length;
-  }
-}
-
 TEST(FileHeader, AFileThatIsNotThereIsAShortRead) {
   LocalNitfFile file;
   EXPECT_EQ(Load(file.Get(), u"/no/such/file"), ERROR_FILE_READ);

@@ -32,22 +32,6 @@ TEST(ImageHeader, SixteenBitsInSeveralBandsAreRefused) {
   EXPECT_EQ(watch.messages, std::vector<std::string>{"Error: Unsupported BPP"});
 }
 
-TEST(ImageHeader, EveryTruncationIsAShortRead) {
-  NitfBuilder builder;
-  ImageSpec image = Tiny({{"IGEOLO", ""}, {"ICORDS", "G"}, {"ICOM1", "note"}, {"UDID", "data"}, {"IXSHD", "data"}});
-  image.compression = "NM";
-  image.mask = MaskSpec{{0}, {0}, Bytes{0}};
-  image.bands = {{"LU", 3, {1, 2, 3, 4, 5, 6}}};
-  builder.Image(image);
-  const Bytes whole = builder.Build();
-  ASSERT_EQ(LoadedFile(whole).status, SUCCESS);
-  const std::size_t end = whole.size() - image.data.size();
-  for (std::size_t length = 404; length < end; ++length) {
-    LoadedFile file(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)));
-    ASSERT_EQ(file.status, ERROR_FILE_READ) << length;
-  }
-}
-
 TEST(ImageHeader, ManyBandsAreCountedInTheExtendedField) {
   ImageSpec image = Tiny();
   image.bands = std::vector<BandSpec>(12);
@@ -114,14 +98,6 @@ TEST(ImageHeader, OneRowIsGrayAndTheLastTableWins) {
   ASSERT_EQ(header.lutCount, 2U);
   EXPECT_EQ(header.lut[0], 0x404040U);
   EXPECT_EQ(header.lut[1], 0x808080U);
-}
-
-TEST(ImageHeader, CommentsAndExtensionsAreKept) {
-  LoadedFile file(NitfBuilder().Image(Tiny({{"ICOM1", "first"}, {"UDID", "abc"}, {"IXSHD", ""}})));
-  ASSERT_EQ(file.status, SUCCESS);
-  EXPECT_EQ(std::string(file.Image(0).comments[0]).substr(0, 6), "first ");
-  EXPECT_STREQ(file.Image(0).userData, "abc");
-  EXPECT_EQ(file.Image(0).extendedData, nullptr);
 }
 
 TEST(ImageHeader, TheMaskTableIsKeptInFileOrder) {

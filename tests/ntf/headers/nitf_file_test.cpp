@@ -74,6 +74,11 @@ NitfBuilder Extension(const char *field, const char *text) {
   return NitfBuilder().DataExtension({.identifier = "ANY", .fields = {{field, text}}});
 }
 
+/** A length of a segment in the file header; segments of all kinds follow each other. */
+NitfBuilder Length(const char *field, const char *text) {
+  return AllKinds().Field(field, text);
+}
+
 struct FieldCase {
   HeaderOf header;
   const char *field;
@@ -117,6 +122,15 @@ const FieldCase kFields[] = {
     {File, "FL", "999999999999", ERROR_INVALID_VALUE},
     {File, "HL", "999999", ERROR_INVALID_VALUE},
     {File, "FL", "000000000001", SUCCESS},
+    // A length that is unknown calls for a stream file header. Nines in another are as many bytes.
+    {Length, "LISH2", "999999", ERROR_INVALID_VALUE},
+    {Length, "LI2", "9999999999", ERROR_INVALID_VALUE},
+    {Length, "LSSH1", "9999", ERROR_INVALID_VALUE},
+    {Length, "LS1", "999999", ERROR_FILE_READ},
+    {Length, "LTSH1", "9999", ERROR_INVALID_VALUE},
+    {Length, "LT1", "99999", ERROR_FILE_READ},
+    {Length, "LDSH1", "9999", ERROR_INVALID_VALUE},
+    {Length, "LD1", "999999999", ERROR_INVALID_VALUE},
     {Image, "IM", "SY", ERROR_FILE_FORMAT},
     {Image, "ISCLAS", " ", ERROR_FILE_FORMAT},
     {Image, "ISCLAS", "S", SUCCESS},

@@ -85,7 +85,7 @@ Fields RatedImage() {
              "ENCRYP=6|0 ISORCE:42|_ NROWS=00000003 NCOLS=00000009 PVTYPE=B~~ IREP=MONO~~~~ ICAT:8|_ ABPP=01 "
              "PJUST=R ICORDS=~ NICOM=0 IC=C1 COMRAT=2DS~ NBANDS=1 band=M~SUBCATNFLT0 ISYNC=9|0 IMODE=B NBPR=0001 "
              "NBPC=0001 NPPBH=0009 NPPBV=0003 NBPP=01 IDLVL=015 IALVL=016 ILOC=-001700018|0 IMAG=0.5~ "
-             "UDIDL=00000 IXSHDL=00000");
+             "UDIDL=00000 IXSHDL=00003 IXSOFL=019|0");
 }
 
 Fields Graphic(bool nitf20) {
@@ -234,6 +234,7 @@ TEST_P(WholeFiles, AreUnderstood) {
   EXPECT_STREQ(FindText(file.Get(), 0)->security.CLAS, "?") << "any letter is accepted";
   EXPECT_EQ(FindDataExtension(file.Get(), 1)->userData, nullptr);
   if (!nitf20) {
+    EXPECT_EQ(FindImage(file.Get(), 1)->extendedData, nullptr) << "a length that leaves no bytes";
     EXPECT_EQ(file->backgroundColor, 0x535251U);
     return;
   }
@@ -246,6 +247,15 @@ TEST_P(WholeFiles, AreUnderstood) {
   EXPECT_EQ(label.locationColumn, -36);
   EXPECT_EQ(label.textColor, 0x434241U);
   EXPECT_EQ(label.backgroundColor, 0x464544U);
+}
+
+TEST_P(WholeFiles, AreAShortReadWhereverTheyAreCut) {
+  for (std::size_t bytes = 0; bytes < written.size(); ++bytes) {
+    WriteFile(folder.Path("cut.ntf"), Bytes(written.begin(), written.begin() + static_cast<std::ptrdiff_t>(bytes)));
+    LocalNitfFile cut;
+    cut->nitf20Layout = file->nitf20Layout;
+    ASSERT_EQ(Load(cut.Get(), Wide(folder.Path("cut.ntf")).c_str()), ERROR_FILE_READ) << bytes;
+  }
 }
 
 TEST_P(WholeFiles, OfTheOldLayoutHaveNoMoreThanNineBands) {
