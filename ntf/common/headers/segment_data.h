@@ -15,20 +15,22 @@ struct SegmentData {
 Status ReadSegmentData(const NitfFile *file, SegmentKind kind, std::uint32_t index, SegmentData *data);
 
 /**
- * Copies a text into `buffer`, which holds one byte more than TextDataLength tells, from memory (up to its first zero
- * byte) or from the file, with a zero behind it. ERROR_FILE_READ with what came where the file ends before the text.
+ * Copies a text into `buffer`: from memory, up to and with its first zero byte, whatever TextDataLength says; or from
+ * the file, as many bytes as that, with a zero behind them. ERROR_FILE_READ with what came where the file ends before
+ * the text.
  */
 Status ReadText(const NitfFile *file, std::uint32_t index, char *buffer);
 
 /**
  * Puts a copy of `length` bytes, with a zero behind it, in the place of a block that a record holds. SUCCESS;
- * ERROR_NO_MEMORY leaves the old one.
+ * ERROR_NO_MEMORY leaves none.
  */
 Status CopyIntoMemory(char **held, const void *data, std::uint32_t length);
 
 /** Makes a copy of `length` bytes what a save writes for the record's segment. As CopyIntoMemory. */
 template <class Record>
 Status HoldInMemory(Record *record, const void *data, std::uint32_t length) {
+  record->memoryBytes = 0;
   const Status status = CopyIntoMemory(&record->memoryData, data, length);
   if (status != SUCCESS) return status;
   record->memoryBytes = length;
