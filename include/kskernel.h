@@ -497,7 +497,17 @@ enum KsLoadFlags {
    * Return the components in KsLoadOptions::bands as red, green and blue, without colour conversion. A number beyond
    * the last component means the last one.
    */
-  KS_LOAD_BANDS = 0x8000
+  KS_LOAD_BANDS = 0x8000,
+  /**
+   * With KS_LOAD_BANDS: the bands are those that a file names beside a JPEG 2000 stream. A stream that defines its
+   * channels or has a palette is decoded as without KS_LOAD_BANDS.
+   */
+  KS_LOAD_NAMED_BANDS = 0x10000,
+  /**
+   * With KS_LOAD_NAMED_BANDS: the bands are Y, Cb and Cr, and are converted. A stream whose colours are others, by its
+   * colour box or because it mixes its components itself, is decoded as without KS_LOAD_BANDS.
+   */
+  KS_LOAD_YCBCR = 0x20000
 };
 
 #pragma pack(push, 1)
@@ -833,6 +843,22 @@ KS_API int32_t KsVectorViewC(KsVector *vector, uint32_t, uint32_t);
  */
 KS_API int32_t KsVectorPaint(KsDeviceContext *context, KsVector *vector, int32_t width, int32_t height, int32_t,
                              int32_t, const KsRect *rectangle, const KsRect *reserved, uint32_t);
+
+/**
+ * Returns the part of a metafile's drawing that belongs on its bounds: left, top, right and bottom in pixels, with y
+ * downwards, as the file that holds the metafile gives them. It is the bounds themselves if the units of the metafile
+ * are pixels, otherwise its extent, which is then scaled. The descriptors of the metafile decide, not its objects.
+ * ERROR_INVALID_VALUE for an empty drawing.
+ */
+KS_API int32_t KsVectorWindowOnBounds(const KsVector *vector, const KsRect *bounds, KsVectorPoint *low,
+                                      KsVectorPoint *high);
+
+/**
+ * Paints a drawing like KsVectorPaint, with the part of it that KsVectorWindowOnBounds returns mapped to `rectangle`,
+ * which is `bounds` at its place on the canvas. The drawing's own window has no effect and isn't changed.
+ */
+KS_API int32_t KsVectorPaintOnBounds(KsDeviceContext *context, const KsVector *vector, const KsRect *bounds,
+                                     const KsRect *rectangle);
 
 /**
  * Reads a metafile (CGM, binary encoding) into `vector`, whose previous contents are released; after an error it is

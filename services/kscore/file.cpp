@@ -82,6 +82,8 @@ std::uint64_t File::CopyInSystem(File &source, std::uint64_t bytes) {
 }
 
 Status File::CopyFrom(File &source, std::uint64_t bytes) {
+  // The system copies what is in the file.
+  if (!source.Flush()) return ERROR_FILE_READ;
   const std::int64_t left = source.Size() - source.position;
   if (left < 0 || bytes > static_cast<std::uint64_t>(left)) return ERROR_FILE_READ;
   std::uint64_t done = CopyInSystem(source, bytes);

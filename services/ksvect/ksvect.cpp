@@ -267,6 +267,27 @@ int32_t KsVectorPaint(KsDeviceContext *context, KsVector *vector, int32_t, int32
   });
 }
 
+int32_t KsVectorWindowOnBounds(const KsVector *vector, const KsRect *bounds, KsVectorPoint *low, KsVectorPoint *high) {
+  const Drawing *const drawing = DrawingOf(vector);
+  if (drawing == nullptr || bounds == nullptr || low == nullptr || high == nullptr) return ERROR_INVALID_VALUE;
+  const ksvect::Box window = ksvect::WindowOn(*drawing, *bounds);
+  *low = {window.low.x, window.low.y};
+  *high = {window.high.x, window.high.y};
+  return SUCCESS;
+}
+
+int32_t KsVectorPaintOnBounds(KsDeviceContext *context, const KsVector *vector, const KsRect *bounds,
+                              const KsRect *rectangle) {
+  if (context == nullptr || vector == nullptr || bounds == nullptr || rectangle == nullptr) return ERROR_INVALID_VALUE;
+  const Drawing *const drawing = DrawingOf(vector);
+  if (drawing == nullptr) return SUCCESS;
+  return Guarded([&] {
+    const ksvect::Box window = ksvect::WindowOn(*drawing, *bounds);
+    const bool upwards = vector->mode == KS_VECTOR_UPWARDS;
+    return ksvect::PaintDrawing(*drawing, {Sorted(*rectangle), upwards, &window}, *context->bitmap);
+  });
+}
+
 int32_t KsVectorLoadMemory(const void *buffer, KsVector *vector, uint64_t size, const KsLoadOptions *, void *) {
   if (vector == nullptr) return ERROR_INVALID_VALUE;
   KsVectorFree(vector);

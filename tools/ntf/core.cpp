@@ -116,7 +116,10 @@ ImageMask MaskOf(const ImageSubheader &image) {
   mask.padRecordLength = image.padMaskLength;
   mask.padCodeBits = image.padCodeBits;
   mask.padCodeBytes = PadCodeBytes(image);
-  if (image.padCode != nullptr) mask.padCode = {reinterpret_cast<const char *>(image.padCode), mask.padCodeBytes};
+  if (image.padCode != nullptr) {
+    const std::uint32_t held = std::min(mask.padCodeBytes, image.padCodeHeld);
+    mask.padCode = {reinterpret_cast<const char *>(image.padCode), held};
+  }
   return mask;
 }
 

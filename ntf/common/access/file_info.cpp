@@ -122,7 +122,7 @@ Status GetVersion(const void *record, char *info) {
 Status SetVersion(void *record, const char *info) {
   char digits[6];
   const auto version = LoadInfo<float>(info);
-  const int length = FormatBounded(digits, sizeof digits, "%.2f", static_cast<double>(version));
+  const int length = FormatFraction(digits, sizeof digits, version, 2);
   if (length < 0 || !std::isfinite(version)) return ERROR_INVALID_VALUE;
   std::memset(Header(record).FVER, '0', 5);
   std::memcpy(Header(record).FVER + 5 - length, digits, static_cast<std::size_t>(length));

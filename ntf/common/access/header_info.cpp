@@ -42,8 +42,8 @@ Status GetExtension(const InfoRow &row, const char *record, char *info) {
   if (length < overflow || length == row.dataOverhead) return SUCCESS;
   KsArray<char> block;
   if (!block.Allocate(static_cast<std::uint32_t>(length - row.dataOverhead))) return ERROR_NO_MEMORY;
-  const char *const data = DataAt(record, row.data);
-  if (data != nullptr) std::memcpy(block.Get(), data, static_cast<std::uint32_t>(length - overflow));
+  const std::uint32_t held = std::min(HeldAt(record, row.data), static_cast<std::uint32_t>(length - overflow));
+  if (held != 0) std::memcpy(block.Get(), DataAt(record, row.data), held);
   StoreInfo(place, block.Release());
   return SUCCESS;
 }
@@ -95,26 +95,6 @@ void SetCharacters(const InfoRow &row, char *record, const char *info) {
   record[row.field + row.width] = '\0';
 }
 
-void ReplaceData(const InfoRow &row, char *record, char *data) {
-  FreeInfoBlock(record + row.data);
-  StoreInfo(record + row.data, data);
-}
-
-/** Keeps the data at least as long as their new length says: they go on in zeros. */
-Status StretchData(const InfoRow &row, char *record, std::int32_t length) {
-  const std::int32_t held = LengthAt(record, row.dataLength);
-  const auto overhead = static_cast<std::int32_t>(kOverflowDigits);
-  const char *const data = DataAt(record, row.data);
-  if (length <= overhead || (data != nullptr && length <= held)) return SUCCESS;
-  KsArray<char> longer;
-  if (!longer.Allocate(static_cast<std::uint32_t>(length - overhead) + 1)) return ERROR_NO_MEMORY;
-  if (data != nullptr && held > overhead) {
-    std::memcpy(longer.Get(), data, static_cast<std::uint32_t>(held - overhead));
-  }
-  ReplaceData(row, record, longer.Release());
-  return SUCCESS;
-}
-
 /** Takes as many bytes of data as their length says. */
 Status SetData(const InfoRow &row, char *record, const char *data) {
   const std::int32_t bytes = LengthAt(record, row.dataLength) - static_cast<std::int32_t>(kOverflowDigits);
@@ -122,19 +102,14 @@ Status SetData(const InfoRow &row, char *record, const char *data) {
   KsArray<char> fresh;
   const bool made = fresh.Allocate(static_cast<std::uint32_t>(bytes) + 1);
   if (made) std::memcpy(fresh.Get(), data, static_cast<std::uint32_t>(bytes));
-  ReplaceData(row, record, fresh.Release());
+  SetDataAt(record, row.data, fresh.Release(), static_cast<std::uint32_t>(bytes));
   return made ? SUCCESS : ERROR_NO_MEMORY;
 }
 
 Status SetExtension(const InfoRow &row, char *record, const char *info) {
   const auto length = LoadInfo<std::uint32_t>(info);
   const auto *const data = LoadInfo<const char *>(info + 2 * sizeof length);
-  char digits[kLengthDigits + 1];
-  SetNumberField(digits, kLengthDigits, length);
-  // The writer goes by the length: it never says more than there is.
-  const Status stretched = data == nullptr ? StretchData(row, record, ParseNumber(digits)) : SUCCESS;
-  if (stretched != SUCCESS) return stretched;
-  std::memcpy(record + row.dataLength, digits, sizeof digits);
+  SetNumberField(record + row.dataLength, kLengthDigits, length);
   SetNumberField(record + row.field, kOverflowDigits, LoadInfo<std::uint32_t>(info + sizeof length));
   return data == nullptr ? SUCCESS : SetData(row, record, data);
 }

@@ -92,25 +92,9 @@ Status GetMask(const void *record, char *info) {
   StoreInfo(info + 8, image.padCodeBits);
   KsArray<std::uint8_t> code;
   if (image.padCodeBits != 0 && code.Allocate(image.padCodeBits) && image.padCode != nullptr) {
-    std::copy_n(image.padCode, PadCodeBytes(image), code.Get());
+    std::copy_n(image.padCode, std::min(PadCodeBytes(image), image.padCodeHeld), code.Get());
   }
   StoreInfo(info + 10, code.Release());
-  return SUCCESS;
-}
-
-/** Gives the pad code another length in bits. What the code lacks then is zeros. */
-Status SetPadCodeBits(Record &image, std::uint16_t bits) {
-  Record longer{};
-  longer.padCodeBits = bits;
-  const std::uint32_t held = image.padCode != nullptr ? PadCodeBytes(image) : 0;
-  if (PadCodeBytes(longer) > held) {
-    KsArray<std::uint8_t> code;
-    if (!code.Allocate(PadCodeBytes(longer) + 1)) return ERROR_NO_MEMORY;
-    std::copy_n(image.padCode, held, code.Get());
-    KsFreeAndClear(image.padCode);
-    image.padCode = code.Release();
-  }
-  image.padCodeBits = bits;
   return SUCCESS;
 }
 
@@ -121,9 +105,8 @@ Status SetMask(void *record, const char *info) {
   image.padMaskLength = LoadInfo<std::uint16_t>(info + 6);
   const auto bits = LoadInfo<std::uint16_t>(info + 8);
   const auto *const code = LoadInfo<const std::uint8_t *>(info + 10);
-  if (code == nullptr) return SetPadCodeBits(image, bits);
   image.padCodeBits = bits;
-  return ImageSetPadCode(&image, code);
+  return code == nullptr ? SUCCESS : ImageSetPadCode(&image, code);
 }
 
 void FreeMask(char *info) {

@@ -135,6 +135,7 @@ Status ImageSetPadCode(ImageSubheader *record, const void *code) {
   if (made) std::memcpy(fresh.Get(), code, bytes);
   KsFreeAndClear(record->padCode);
   record->padCode = fresh.Release();
+  record->padCodeHeld = made ? bytes : 0;
   return made ? SUCCESS : ERROR_NO_MEMORY;
 }
 

@@ -10,7 +10,6 @@
 #include "platform.h"
 
 #include <algorithm>
-#include <array>
 #include <span>
 #include <utility>
 
@@ -48,21 +47,28 @@ class FirstOfLevel {
  public:
   static constexpr std::uint32_t kNone = 0xFFFFFFFF;
 
-  FirstOfLevel() { places.fill(kNone); }
-
-  void Add(std::uint32_t level, std::uint32_t place) {
-    if (Holds(level) && places[level + kNegativeLevels] == kNone) places[level + kNegativeLevels] = place;
+  /** Takes the objects from `first` on, as many as `count`. False without memory. */
+  bool Build(const Placement *placements, std::uint32_t first, std::uint32_t count) {
+    entries = count;
+    if (count == 0) return true;
+    if (!sorted.Allocate(count)) return false;
+    for (std::uint32_t at = 0; at < count; ++at) sorted[at] = {placements[first + at].level, first + at};
+    std::sort(sorted.Get(), sorted.Get() + count);
+    return true;
   }
-  std::uint32_t Find(std::uint32_t level) const { return Holds(level) ? places[level + kNegativeLevels] : kNone; }
+
+  std::uint32_t Find(std::uint32_t level) const {
+    const Entry *const begin = sorted.Get();
+    const Entry *const end = begin + entries;
+    const Entry *const found = std::lower_bound(begin, end, Entry{level, 0});
+    return found == end || found->first != level ? kNone : found->second;
+  }
 
  private:
-  /** A level has three characters, of which the first may be a minus sign. */
-  static constexpr std::uint32_t kNegativeLevels = 99;
-  static constexpr std::uint32_t kLevels = kNegativeLevels + 1000;
+  using Entry = std::pair<std::uint32_t, std::uint32_t>; /**< level and place */
 
-  static bool Holds(std::uint32_t level) { return level + kNegativeLevels < kLevels; }
-
-  std::array<std::uint32_t, kLevels> places;
+  KsArray<Entry> sorted;
+  std::uint32_t entries = 0;
 };
 
 /** All objects of a file that are shown. */
@@ -79,30 +85,21 @@ class DisplayList {
     Append<ImageSubheader>(file->imageList, kDisplayImage);
     Append<GraphicSubheader>(file->graphicList, kDisplayGraphic);
     Append<LabelSubheader>(file->labelList, kDisplayLabel);
-    for (std::uint32_t place = 0; place < images; ++place) firstImage.Add(placements[place].level, place);
-    for (std::uint32_t place = images; place < images + graphics; ++place) {
-      firstGraphic.Add(placements[place].level, place);
-    }
+    const bool found =
+        firstImage.Build(placements.Get(), 0, images) && firstGraphic.Build(placements.Get(), images, graphics);
+    if (!found) return ERROR_NO_MEMORY;
     Sort();
     return SUCCESS;
   }
 
   /**
-   * The sum of the locations of all that an object is attached to; its own is not in it. A chain that comes back to an
-   * object that it has passed, or to where it began, ends there.
+   * The sum of the locations of all that an object is attached to; its own is not in it. A chain that would never end
+   * ends before the object that it comes back to, which may be the one that it began with.
    */
   DisplayOffset OffsetsOf(const DisplayObject &object) {
-    std::fill_n(visited.Get(), listed, std::uint8_t{0});
     const std::uint32_t self = PlaceOf(object);
-    visited[self] = 1;
-    Chain chain{placements[self].attachment, {0, 0}, false, false};
-    do {
-      chain.changed = false;
-      FollowThrough(chain, firstImage);
-      FollowThrough(chain, firstGraphic);
-      FollowLabels(chain);
-    } while (chain.changed && !chain.closed);
-    return chain.offset;
+    const Chain whole = Walk(self, false);
+    return whole.closed ? Walk(self, true).offset : whole.offset;
   }
 
   std::span<const DisplayObject> Objects() const { return {objects.Get(), listed}; }
@@ -118,6 +115,23 @@ class DisplayList {
     bool changed;
     bool closed;
   };
+
+  /**
+   * Walks from the object at `self` on. What is next depends on the level and on the kind that is searched, so a walk
+   * that takes an object twice has no end; one that passes where it began may have, where objects share a level.
+   */
+  Chain Walk(std::uint32_t self, bool endsAtStart) {
+    std::fill_n(visited.Get(), listed, std::uint8_t{0});
+    visited[self] = endsAtStart ? 1 : 0;
+    Chain chain{placements[self].attachment, {0, 0}, false, false};
+    do {
+      chain.changed = false;
+      FollowThrough(chain, firstImage);
+      FollowThrough(chain, firstGraphic);
+      FollowLabels(chain);
+    } while (chain.changed && !chain.closed);
+    return chain;
+  }
 
   template <class Record>
   void Append(const SegmentNode *node, std::uint32_t kind) {
@@ -209,8 +223,8 @@ Status MeasureObject(NitfFile *file, const DisplayObject &object, const DisplayO
   }
   if (object.kind == kDisplayImage) {
     const ImageSubheader &image = *FindImage(file, object.index);
-    *edges = {Edge(PlaceWidth(image), image.locationColumn, offset.column),
-              Edge(PlaceHeight(image), image.locationRow, offset.row)};
+    *edges = {Edge(PaddedWidth(image), image.locationColumn, offset.column),
+              Edge(PaddedHeight(image), image.locationRow, offset.row)};
   }
   return SUCCESS;
 }
@@ -274,8 +288,8 @@ class ImagePlacer final : public ImageSink {
     if (image.padCode != nullptr && context == nullptr) return ERROR_INVALID_VALUE;
     const std::int32_t placeTop = Add(top, static_cast<std::int32_t>(partTop));
     const bool isEnlarged = (part->flags & KS_BITMAP_ENLARGED) != 0;
-    const std::uint64_t rowsLeft = PlaceHeight(image) - partTop;
-    const auto width = static_cast<std::int32_t>(quantised ? part->width : PlaceWidth(image));
+    const std::uint64_t rowsLeft = PaddedHeight(image) - partTop;
+    const auto width = static_cast<std::int32_t>(quantised ? part->width : PaddedWidth(image));
     const auto height = static_cast<std::int32_t>(quantised    ? rows
                                                   : isEnlarged ? rowsLeft
                                                                : std::min<std::uint64_t>(rows, rowsLeft));
@@ -329,13 +343,20 @@ Status CheckTone(KsBitmap *bitmap) {
   return KsToneAdjust(bitmap, kSpreadFully, 0);
 }
 
-Status DrawImage(FilterLoadRecord *loadContext, KsDeviceContext *context, KsBitmap *canvas, NitfFile *file,
-                 std::uint32_t index, const DisplayOffset &offset) {
-  ImagePlacer placer(context, canvas, *FindImage(file, index), offset);
-  if (file->toneCheck == 0) return DecodeImageInStrips(loadContext, file, index, placer);
+/** Whether an image can turn out to be damaged when a part of it is on the canvas already. */
+bool MayFailHalfway(const ImageSubheader &image) {
+  return KindOf(image).layout == ImageLayout::Tiles && !BlockGrid(image).IsSingle();
+}
+
+Status DrawImage(FilterLoadRecord *loadContext, const Canvas &canvas, NitfFile *file, std::uint32_t index,
+                 const DisplayOffset &offset) {
+  const ImageSubheader &image = *FindImage(file, index);
+  ImagePlacer placer(canvas.context, canvas.bitmap, image, offset);
+  const bool inStrips = file->toneCheck == 0 && (canvas.isDiscarded || !MayFailHalfway(image));
+  if (inStrips) return DecodeImageInStrips(loadContext, file, index, placer);
   KsLocalBitmap bitmap;
   Status status = DecodeImageSegment(loadContext, file, index, bitmap.Get());
-  if (status == SUCCESS) status = CheckTone(bitmap.Get());
+  if (status == SUCCESS && file->toneCheck != 0) status = CheckTone(bitmap.Get());
   return status == SUCCESS ? placer.Place(bitmap.Get(), 0, bitmap->height) : status;
 }
 
@@ -366,19 +387,19 @@ Status MeasureCanvas(NitfFile *file, std::uint32_t *width, std::uint32_t *height
   return SUCCESS;
 }
 
-Status DrawObjects(FilterLoadRecord *loadContext, KsDeviceContext *deviceContext, KsBitmap *canvas, NitfFile *file) {
+Status DrawObjects(FilterLoadRecord *loadContext, const Canvas &canvas, NitfFile *file) {
   DisplayList list;
   Status status = list.Build(file);
   if (status != SUCCESS) return status;
-  if (deviceContext == nullptr && list.graphics + list.labels != 0) return ERROR_INVALID_VALUE;
+  if (canvas.context == nullptr && list.graphics + list.labels != 0) return ERROR_INVALID_VALUE;
   for (const DisplayObject &object : list.Objects()) {
     const DisplayOffset offset = list.OffsetsOf(object);
     if (object.kind == kDisplayImage) {
-      status = DrawImage(loadContext, deviceContext, canvas, file, object.index, offset);
+      status = DrawImage(loadContext, canvas, file, object.index, offset);
     } else if (object.kind == kDisplayGraphic) {
-      status = DrawGraphic(deviceContext, file, object.index, offset);
+      status = DrawGraphic(canvas.context, file, object.index, offset);
     } else {
-      status = DrawLabel(deviceContext, file, object.index, offset);
+      status = DrawLabel(canvas.context, file, object.index, offset);
     }
     if (status != SUCCESS) return status;
   }

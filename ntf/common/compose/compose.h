@@ -11,7 +11,14 @@ enum DisplayKind : std::uint32_t { kDisplayImage = 0, kDisplayGraphic = 2, kDisp
 /** The size of the canvas of a loaded file. SUCCESS, ERROR_NO_MEMORY, or what a graphic that is measured fails with. */
 Status MeasureCanvas(NitfFile *file, std::uint32_t *width, std::uint32_t *height);
 
+/** Where objects are drawn. */
+struct Canvas {
+  KsBitmap *bitmap;
+  KsDeviceContext *context; /**< on the bitmap, or null */
+  bool isDiscarded;         /**< after a failure: a part of an image may then be on it */
+};
+
 /** Draws all objects from the lowest display level to the highest; see K_NitfDrawObjects. */
-Status DrawObjects(FilterLoadRecord *loadContext, KsDeviceContext *deviceContext, KsBitmap *canvas, NitfFile *file);
+Status DrawObjects(FilterLoadRecord *loadContext, const Canvas &canvas, NitfFile *file);
 
 }  // namespace ksntfx

@@ -57,13 +57,27 @@ Status FillOneBit(KsBitmap *bitmap, std::span<const char> data) {
   return SUCCESS;
 }
 
+/** More bits: each row begins on a byte of its own, where those of a bitmap begin on every fourth. */
+Status CreateDeepSymbol(KsBitmap *bitmap, const GraphicSubheader &graphic, std::span<const char> data,
+                        std::uint32_t width, std::uint32_t height) {
+  const Status status = KsBitmapCreate(bitmap, sizeof *bitmap, KS_BITMAP_OWN, width, height, graphic.bitsPerPixel,
+                                       KS_ORDER_PALETTE, nullptr, 1, nullptr, 0);
+  if (status != SUCCESS) return status;
+  const std::uint64_t rowBytes = RowBytes(graphic.bitsPerPixel, width);
+  if (rowBytes * height > data.size()) return ERROR_INVALID_VALUE;
+  KsArray<char> row;
+  if (!row.Allocate(bitmap->bytesPerLine)) return ERROR_NO_MEMORY;
+  for (std::uint32_t y = 0; y < height; ++y) {
+    std::copy_n(data.data() + y * rowBytes, rowBytes, row.Get());
+    if (KsBitmapPutRow(bitmap, row.Get(), y, bitmap->bytesPerLine) < 1) return ERROR_FILE_FORMAT;
+  }
+  return SUCCESS;
+}
+
 Status CreateSymbol(KsBitmap *bitmap, const GraphicSubheader &graphic, std::span<char> data) {
   const auto width = static_cast<std::uint32_t>(ParseNumber(graphic.NPIXPL));
   const auto height = static_cast<std::uint32_t>(ParseNumber(graphic.NLIPS));
-  if (graphic.bitsPerPixel != 1) {
-    return KsBitmapCreate(bitmap, sizeof *bitmap, KS_BITMAP_CALLER, width, height, graphic.bitsPerPixel,
-                          KS_ORDER_PALETTE, nullptr, 1, data.data(), data.size());
-  }
+  if (graphic.bitsPerPixel != 1) return CreateDeepSymbol(bitmap, graphic, data, width, height);
   if (std::uint64_t{width} * height > data.size() * 8) return ERROR_FILE_FORMAT;
   const SymbolColor &color = ColorOf(graphic);
   const KsPaletteEntry palette[] = {color.clear, color.set};
@@ -121,6 +135,9 @@ void Describe(KsVectorObject *object, Record KsVectorObject::*record, std::uint3
   if constexpr (requires { description.brush; }) description.brush.structureSize = sizeof description.brush;
 }
 
+/** Whether the description of a polygon says how long that of its brush is. */
+enum class Brush : bool { Unset, Set };
+
 Status AddLine(KsVector *vector, const Symbol &symbol, std::uint32_t style) {
   KsVectorObject object;
   Describe(&object, &KsVectorObject::line, KS_VECTOR_LINE, PenOf(symbol, style));
@@ -146,13 +163,15 @@ Status AddBox(KsVector *vector, const Symbol &symbol) {
   return KsVectorAddObject(vector, 0, KS_VECTOR_BOX, &object, 0);
 }
 
-Status AddPolygon(KsVector *vector, const Symbol &symbol, std::initializer_list<KsVectorPoint> corners) {
+Status AddPolygon(KsVector *vector, const Symbol &symbol, std::initializer_list<KsVectorPoint> corners,
+                  Brush brush = Brush::Set) {
   KsArray<KsVectorVertex> points;
   if (!points.Allocate(corners.size())) return ERROR_NO_MEMORY;
   std::uint32_t count = 0;
   for (const KsVectorPoint &corner : corners) points[count++] = {corner.x, corner.y, 0, 0};
   KsVectorObject object;
   Describe(&object, &KsVectorObject::polygon, KS_VECTOR_POLYGON, PenOf(symbol, KS_PEN_SOLID));
+  if (brush == Brush::Unset) object.polygon.brush.structureSize = 0;
   object.polygon.points = points.Get();
   object.polygon.count = count;
   return KsVectorAddObject(vector, 0, KS_VECTOR_POLYGON, &object, 0);
@@ -163,7 +182,8 @@ Status AddPolygon(KsVector *vector, const Symbol &symbol, std::initializer_list<
 Status AddTriangle(KsVector *vector, const Symbol &symbol) {
   const double x = symbol.x;
   const double y = symbol.y;
-  return AddPolygon(vector, symbol, {{x, y}, {x + symbol.HalfWidth(), y - symbol.height}, {x, y + symbol.width}});
+  return AddPolygon(vector, symbol, {{x, y}, {x + symbol.HalfWidth(), y - symbol.height}, {x, y + symbol.width}},
+                    Brush::Unset);
 }
 
 Status AddFourCorners(KsVector *vector, const Symbol &symbol) {

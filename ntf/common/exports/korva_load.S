@@ -7,6 +7,8 @@
 KORVA_Load:
     leaq KORVA_Load(%rip), %rcx
     jmp *__imp_KsFilterEntry(%rip)
+    .section .drectve, "yn"
+    .ascii " -export:KORVA_Load"
 #elif defined(__x86_64__)
     .globl KORVA_Load
     .type KORVA_Load, @function

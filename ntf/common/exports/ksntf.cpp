@@ -73,6 +73,7 @@ int32_t K_NITFCreate(NitfHandle *address, const char16_t *name) {
 
 int32_t K_NITFCreateA(NitfHandle *address, const char *name) {
   const WideName wide(name);
+  if (wide.Failed() && address != nullptr) *address = nullptr;
   return wide.Failed() ? ERROR_NO_MEMORY : K_NITFCreate(address, wide.Get());
 }
 
@@ -90,7 +91,7 @@ int32_t K_NITFGetStatus(NitfHandle handle) {
 
 int32_t K_NITFSaveFile(NitfHandle handle, const char16_t *name) {
   if (handle == nullptr) return NITF_NULL_HANDLE;
-  const Status fits = CheckFieldWidths(handle);
+  const Status fits = CheckBeforeSave(handle);
   if (fits != SUCCESS) return fits.Code();
   // Creating the output would empty the source.
   if (KsIsSameFile(handle->fileHandle, name) == SUCCESS) return ERROR_FILE_WRITE;

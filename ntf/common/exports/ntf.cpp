@@ -93,7 +93,7 @@ Status DeliverRows(const FilterLoadRecord *request, KsBitmap *canvas) {
 
 Status ComposeInContext(FilterLoadRecord *request, KsBitmap *canvas, NitfFile *file) {
   const KsLocalContext context(canvas);
-  return context.Get() == nullptr ? ERROR_NO_MEMORY : DrawObjects(request, context.Get(), canvas, file);
+  return context.Get() == nullptr ? ERROR_NO_MEMORY : DrawObjects(request, {canvas, context.Get(), true}, file);
 }
 
 void FillInfo(KsFileInfo *info, const CanvasSize &size) {
@@ -130,13 +130,15 @@ std::int32_t fltLoad(FilterLoadRecord *request) {
   status = CreateCanvas(canvas.Get(), size, request->targetInfo->bitsPerPixel, file.Get());
   if (status != SUCCESS) return status.Code();
   status = NeedsContext(file.Get()) ? ComposeInContext(request, canvas.Get(), file.Get())
-                                    : DrawObjects(request, nullptr, canvas.Get(), file.Get());
+                                    : DrawObjects(request, {canvas.Get(), nullptr, true}, file.Get());
   if (status != SUCCESS) return status.Code();
   if ((canvas->flags & KS_BITMAP_ALLOCATED) == 0) return ERROR_NO_STORAGE;
   return request->skipRows != 0 ? SUCCESS : DeliverRows(request, canvas.Get()).Code();
 }
 
 std::int32_t fltSave(void) {
+  // As every other entry it makes its file, and traces that it releases it.
+  const LocalNitfFile file;
   return ERROR_NOT_SUPPORTED;
 }
 
@@ -146,7 +148,7 @@ std::int32_t GetActual_Width_Height(NitfFile *file, std::uint32_t *width, std::u
 
 std::int32_t K_NitfDrawObjects(FilterLoadRecord *loadContext, KsDeviceContext *deviceContext, KsBitmap *canvas,
                                NitfFile *file) {
-  return DrawObjects(loadContext, deviceContext, canvas, file).Code();
+  return DrawObjects(loadContext, {canvas, deviceContext, false}, file).Code();
 }
 
 std::int32_t K_NtfRenderBitmap(KsBitmap *bitmap, NitfFile *file) {

@@ -26,7 +26,7 @@ constexpr HeaderRow kRows[] = {
     MarkerRow(NITF_TEXT(Record, DE), "DE", NITF_MEMBER(Record, valid)).NoDefault(),
     TextRow(NITF_TEXT(Record, DESID), 25),
     TextRow(NITF_TEXT(Record, DESVER), 2).Digits().Then(CheckVersion),
-    SecurityRow("DE", offsetof(Record, security), kCheckClassification | kEventAlways),
+    SecurityRow("DE", offsetof(Record, security), kCheckClassification | kCheckOnly21 | kEventAlways),
     TextRow(NITF_TEXT(Record, DESOFLW), 6).If(IsOverflow),
     TextRow(NITF_TEXT(Record, DESITEM), 3).Digits().If(IsOverflow),
     TextRow(NITF_TEXT(Record, DESSHL), 4).Digits(),

@@ -15,6 +15,7 @@ struct DataExtensionSubheader {
   char DESITEM[4];
   char DESSHL[5];
   char *userData; /**< DESSHF with a NUL behind it; null while DESSHL is 0 */
+  std::uint32_t userDataHeld;
 };
 
 /** The format of the data extension subheader. */

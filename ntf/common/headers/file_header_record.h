@@ -77,8 +77,11 @@ struct NitfHeader {
   char UDHOFL[4];
   char XHDL[6];
   char XHDLOFL[4];
-  char *userHeaderData;     /**< UDHD with a NUL behind it; null while UDHDL is 0 */
+  char *userHeaderData; /**< UDHD with a NUL behind it; null while UDHDL is 0 */
+  std::uint32_t userHeaderDataHeld;
   char *extendedHeaderData; /**< XHD, likewise */
+  std::uint32_t extendedHeaderDataHeld;
+  std::uint32_t imageLengthsCut; /**< some LI is more than 32 bits can tell */
 };
 
 }  // namespace ksntfx

@@ -45,6 +45,7 @@ struct GraphicSubheader {
   char NELUT[4];
   std::uint32_t lutEntries;
   char *extendedData; /**< SXSHD */
+  std::uint32_t extendedDataHeld;
   std::uint32_t *lut; /**< `lutEntries` entries of 0x00RRGGBB */
   NitfFile *file;
   std::uint32_t index;

@@ -93,13 +93,18 @@ struct ImageSubheader {
   char UDIDL[6];
   char UDOFL[4];
   char *userData; /**< UDID */
+  std::uint32_t userDataHeld;
   char IXSHDL[6];
   char IXSOFL[4];
-  char *extendedData;           /**< IXSHD */
+  char *extendedData; /**< IXSHD */
+  std::uint32_t extendedDataHeld;
   std::uint32_t maskEntries;    /**< entries of `blockMask` and of `padMask`, where they are there */
   std::uint8_t (*blockMask)[4]; /**< BMR in the file's byte order; one entry of zeros more */
   std::uint8_t (*padMask)[4];   /**< TMR, likewise */
   std::uint8_t *padCode;        /**< TPXCD */
+  std::uint32_t padCodeHeld;    /**< bytes of `padCode`, whatever TPXCDLNTH says */
+  std::uint32_t subheaderBytesRead;
+  std::uint32_t maskBytesRead;  /**< of the mask table behind the subheader */
   std::int32_t displayBands[3]; /**< -1 until the bands for display were chosen */
   char *memoryData;             /**< compressed image of an appended segment */
   std::uint32_t memoryBytes;    /**< bytes of `memoryData` */

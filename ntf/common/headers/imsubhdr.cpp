@@ -159,11 +159,14 @@ Status WriteComments(HeaderWriter &writer) {
   return SUCCESS;
 }
 
+/** A code that isn't known goes out as it was read, and so does its rate. */
 Status WriteCompression(HeaderWriter &writer) {
+  if (Image(writer).compression == kUnknownCompression) return writer.Text(Image(writer).IC, 2, ' ');
   return WriteCode(writer, KindOf(Image(writer)).text, 2);
 }
 
 Status WriteRate(HeaderWriter &writer) {
+  if (Image(writer).compression == kUnknownCompression) return writer.Text(Image(writer).COMRAT, 4, ' ');
   const std::string_view text = ImageCodeText(kRates, Image(writer).rateKind);
   return WriteCode(writer, text.empty() ? "00.0" : text, 4);
 }
@@ -189,7 +192,7 @@ Status WriteBlockHeight(HeaderWriter &writer) {
 /** Three characters of the factor as a decimal fraction. */
 Status WriteMagnification(HeaderWriter &writer) {
   char text[512];
-  FormatBounded(text, sizeof text, "%f", Image(writer).magnification);
+  FormatFraction(text, sizeof text, Image(writer).magnification, 6);
   text[3] = '\0';
   return writer.Text(text, 4, ' ');
 }

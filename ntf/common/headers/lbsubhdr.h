@@ -35,6 +35,7 @@ struct LabelSubheader {
   char LXSHDL[6];
   char LXSOFL[4];
   char *extendedData; /**< LXSHD */
+  std::uint32_t extendedDataHeld;
   NitfFile *file;
   std::uint32_t index;
 };

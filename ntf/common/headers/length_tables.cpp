@@ -15,19 +15,25 @@ namespace {
 constexpr const LengthTable *kOfKinds[] = {&kImageLengths, &kGraphicLengths, &kLabelLengths, &kTextLengths,
                                            &kDataExtensionLengths};
 
-bool RenewTable(NitfHeader &header, LengthArray table, std::uint32_t count) {
+/** Makes a table for `count` entries, of which the first `kept` are those of the table before it. */
+bool RenewTable(NitfHeader &header, LengthArray table, std::uint32_t count, std::uint32_t kept) {
   if (table == nullptr) return true;
+  KsArray<std::uint32_t> renewed;
+  if (count != 0 && !renewed.Allocate(count)) return false;
+  if (header.*table != nullptr) std::copy_n(header.*table, std::min(count, kept), renewed.Get());
   KsFreeAndClear(header.*table);
-  if (count == 0) return true;
-  header.*table = static_cast<std::uint32_t *>(KsCalloc(count, sizeof(std::uint32_t), __LINE__, __FILE__));
-  return header.*table != nullptr;
+  header.*table = renewed.Release();
+  return true;
 }
 
+/** Without memory no table is longer than it was before, or than it is now. */
 bool RenewTables(NitfHeader &header, const LengthTable &lengths, std::uint32_t count) {
-  header.*lengths.held = 0;
-  const bool made = RenewTable(header, lengths.subheader.table, count) &&
-                    RenewTable(header, lengths.subheader.outTable, count) &&
-                    RenewTable(header, lengths.data.table, count) && RenewTable(header, lengths.data.outTable, count);
+  const std::uint32_t kept = header.*lengths.held;
+  header.*lengths.held = std::min(count, kept);
+  const bool made = RenewTable(header, lengths.subheader.table, count, kept) &&
+                    RenewTable(header, lengths.subheader.outTable, count, kept) &&
+                    RenewTable(header, lengths.data.table, count, kept) &&
+                    RenewTable(header, lengths.data.outTable, count, kept);
   if (made) header.*lengths.held = count;
   return made;
 }
@@ -40,8 +46,10 @@ void SetEntry(NitfHeader &header, const LengthColumn &column, std::uint32_t inde
 Status ReadLength(HeaderReader &reader, const LengthColumn &column, std::uint32_t index) {
   std::uint32_t length = 0;
   const Status status = reader.TakeNumber(column.width, column.nineIsUnknown, &length);
-  if (status == SUCCESS) SetEntry(reader.As<NitfHeader>(), column, index, length);
-  return status;
+  if (status != SUCCESS) return status;
+  SetEntry(reader.As<NitfHeader>(), column, index, length);
+  if (reader.SawBeyond()) reader.As<NitfHeader>().imageLengthsCut = 1;
+  return SUCCESS;
 }
 
 Status WriteLength(HeaderWriter &writer, const LengthTable &lengths, const LengthColumn &column, std::uint32_t index) {
@@ -80,12 +88,12 @@ std::uint32_t EntryOf(const NitfHeader &header, const LengthTable &lengths, Leng
 Status ReadLengths(HeaderReader &reader, const LengthTable &lengths) {
   auto &header = reader.As<NitfHeader>();
   const std::uint32_t count = header.*lengths.count;
-  // Between the old tables' release and the new ones' creation no table may be thought to be longer than it is.
   header.*lengths.count = 0;
-  // More is a number with a minus sign, for which no file is long enough.
-  if (count > kMostSegments) return ERROR_FILE_READ;
+  // More is a number with a minus sign, for which there is no memory.
+  if (count > kMostSegments) return ERROR_NO_MEMORY;
   if (!RenewTables(header, lengths, count)) return ERROR_NO_MEMORY;
   header.*lengths.count = count;
+  if (&lengths == &kImageLengths) header.imageLengthsCut = 0;
   for (std::uint32_t index = 0; index < count; ++index) {
     Status status = ReadLength(reader, lengths.subheader, index);
     if (status == SUCCESS) status = ReadLength(reader, lengths.data, index);

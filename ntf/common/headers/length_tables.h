@@ -69,8 +69,8 @@ using LengthArray = std::uint32_t *NitfHeader::*;
 std::uint32_t EntryOf(const NitfHeader &header, const LengthTable &lengths, LengthArray table, std::uint32_t index);
 
 /**
- * Reads as many entries as the kind's count says; the count is 0 until the tables are whole. SUCCESS, kBudgetSpent,
- * ERROR_FILE_READ, also for a count that no file is long enough for, or ERROR_NO_MEMORY.
+ * Reads as many entries as the kind's count says; entries that a replay doesn't reach stay as they were. SUCCESS,
+ * kBudgetSpent, ERROR_FILE_READ, or ERROR_NO_MEMORY, also for a count below 0.
  */
 Status ReadLengths(HeaderReader &reader, const LengthTable &lengths);
 

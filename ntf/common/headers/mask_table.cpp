@@ -5,6 +5,8 @@
 #include "table/headerreader.h"
 #include "table/headerwriter.h"
 
+#include <algorithm>
+
 namespace ksntfx {
 
 namespace {
@@ -34,6 +36,7 @@ Status ReadPadCode(HeaderReader &reader) {
   KsFreeAndClear(image.padCode);
   image.padCode = reinterpret_cast<std::uint8_t *>(code);
   image.padCodeBits = bits;
+  image.padCodeHeld = PadCodeBytes(image);
   return SUCCESS;
 }
 
@@ -69,13 +72,27 @@ Status ReadMasks(HeaderReader &reader, std::uint64_t entries) {
   return SUCCESS;
 }
 
+Status ReadMaskParts(HeaderReader &reader) {
+  const auto &image = reader.As<ImageSubheader>();
+  const Status status = KindOf(image).hasMaskTable ? ReadMaskHeader(reader) : SUCCESS;
+  if (status != SUCCESS || (image.blockMaskLength == 0 && image.padMaskLength == 0)) return status;
+  // The counts are up to 9999, 9999 and 99999, or anything where the file writes a minus sign: the product is checked
+  // factor by factor, so that it can't pass the file's own size.
+  const std::uint64_t blocks = std::uint64_t{image.blocksPerRow} * image.blocksPerColumn;
+  const std::uint64_t bytesPerBlock = std::uint64_t{image.bandCount} * kEntryBytes;
+  if (image.bandCount != 0 && !reader.Holds(blocks, bytesPerBlock)) return ERROR_FILE_READ;
+  return ReadMasks(reader, blocks * image.bandCount);
+}
+
 Status WriteMaskHeader(HeaderWriter &writer) {
   const auto &image = writer.As<ImageSubheader>();
   Status status = writer.BigEndian(image.maskDataOffset, 4);
   if (status == SUCCESS) status = writer.BigEndian(image.blockMaskLength, 2);
   if (status == SUCCESS) status = writer.BigEndian(image.padMaskLength, 2);
   if (status == SUCCESS) status = writer.BigEndian(image.padCodeBits, 2);
-  return status == SUCCESS ? writer.Bytes(image.padCode, PadCodeBytes(image)) : status;
+  const std::uint32_t held = image.padCode != nullptr ? std::min(image.padCodeHeld, PadCodeBytes(image)) : 0;
+  if (status == SUCCESS) status = writer.Bytes(image.padCode, held);
+  return status == SUCCESS ? writer.Bytes(nullptr, PadCodeBytes(image) - held) : status;
 }
 
 }  // namespace
@@ -97,15 +114,13 @@ std::uint64_t RecordedBlocks(const ImageSubheader &image) {
 }
 
 Status ReadMaskTable(HeaderReader &reader) {
-  const auto &image = reader.As<ImageSubheader>();
-  const Status status = KindOf(image).hasMaskTable ? ReadMaskHeader(reader) : SUCCESS;
-  if (status != SUCCESS || (image.blockMaskLength == 0 && image.padMaskLength == 0)) return status;
-  // The counts are up to 9999, 9999 and 99999, or anything where the file writes a minus sign: the product is checked
-  // factor by factor, so that it can't pass the file's own size.
-  const std::uint64_t blocks = std::uint64_t{image.blocksPerRow} * image.blocksPerColumn;
-  const std::uint64_t bytesPerBlock = std::uint64_t{image.bandCount} * kEntryBytes;
-  if (image.bandCount != 0 && !reader.Holds(blocks, bytesPerBlock)) return ERROR_FILE_READ;
-  return ReadMasks(reader, blocks * image.bandCount);
+  auto &image = reader.As<ImageSubheader>();
+  const std::uint64_t start = reader.Taken();
+  const Status status = ReadMaskParts(reader);
+  if (status != SUCCESS) return status;
+  image.subheaderBytesRead = static_cast<std::uint32_t>(start);
+  image.maskBytesRead = static_cast<std::uint32_t>(reader.Taken() - start);
+  return SUCCESS;
 }
 
 Status WriteMaskTable(HeaderWriter &writer) {

@@ -21,8 +21,8 @@ Status ReadText(const NitfFile *file, std::uint32_t index, char *buffer) {
   const TextSubheader &text = *FindText(file, index);
   std::size_t length = TextDataLength(file, index);
   if (text.hasMemoryData != 0) {
-    // A caller may have given the header another length than the text has: the buffer is as long as the header says.
-    length = text.memoryData == nullptr ? 0 : strnlen(text.memoryData, length);
+    // Whatever length a caller has given the header.
+    length = text.memoryData == nullptr ? 0 : std::strlen(text.memoryData);
     std::copy_n(text.memoryData, length, buffer);
   } else if (length != 0) {
     SeekSegmentData(file, SegmentKind::Text, index);

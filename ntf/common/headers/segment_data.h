@@ -15,8 +15,9 @@ struct SegmentData {
 Status ReadSegmentData(const NitfFile *file, SegmentKind kind, std::uint32_t index, SegmentData *data);
 
 /**
- * Copies a text into `buffer`, which holds one byte more than TextDataLength tells, from memory (up to its first zero
- * byte) or from the file, with a zero behind it. ERROR_FILE_READ with what came where the file ends before the text.
+ * Copies a text into `buffer`: from memory, up to and with its first zero byte, whatever TextDataLength says; or from
+ * the file, as many bytes as that, with a zero behind them. ERROR_FILE_READ with what came where the file ends before
+ * the text.
  */
 Status ReadText(const NitfFile *file, std::uint32_t index, char *buffer);
 

@@ -24,6 +24,7 @@ struct TextSubheader {
   char TXSHDL[6];
   char TXSOFL[4];
   char *extendedData; /**< TXSHD */
+  std::uint32_t extendedDataHeld;
   NitfFile *file;
   std::uint32_t index;
 };

@@ -49,6 +49,11 @@ void TakeUntagged(const ImageSubheader &image, std::uint32_t (&bands)[3]) {
 
 }  // namespace
 
+bool FindTaggedBands(const ImageSubheader &image, const BandOrder &tags, BandOrder *order) {
+  *order = {FindBand(image, tags.first), FindBand(image, tags.second), FindBand(image, tags.third)};
+  return std::max({order->first, order->second, order->third}) < image.bandCount;
+}
+
 void ChooseBands(ImageSubheader &image, BandOrder *order) {
   std::uint32_t bands[3] = {order->first, order->second, order->third};
   const bool tagged = std::any_of(std::begin(kBandGroups), std::end(kBandGroups),

@@ -19,4 +19,7 @@ struct BandOrder {
  */
 void ChooseBands(ImageSubheader &image, BandOrder *order);
 
+/** Finds the first band with each of three IREPBAND values; false where one is missing. */
+bool FindTaggedBands(const ImageSubheader &image, const BandOrder &tags, BandOrder *order);
+
 }  // namespace ksntfx

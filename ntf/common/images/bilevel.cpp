@@ -5,6 +5,7 @@
 #include "table/bits.h"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 
 namespace ksntfx {
@@ -36,7 +37,10 @@ class PackedPlaces {
   std::uint64_t consumed = 0;
 };
 
-/** Blocks of one bit a pixel: bands and rows of a block follow each other without fill bits. */
+/**
+ * Blocks of one bit a pixel: the rows of a block, and its bands where they are two, follow each other without fill
+ * bits. In a bitmap of more bits the bits are the first bytes of each row, and the rest of it is 0.
+ */
 class BilevelReader final : public ImageReader {
  public:
   BilevelReader(const ImageSource &data, const BandSelection &selection)
@@ -46,22 +50,23 @@ class BilevelReader final : public ImageReader {
         grid(image),
         mask(image, data.dataLength),
         planeBits(std::uint64_t{grid.width} * grid.height),
-        blockBytes((planeBits * std::max(image.bandCount, 1U) + 7) / 8),
+        blockBytes((planeBits * (image.bandCount == 2 ? 2 : 1) + 7) / 8),
         places(mask, blockBytes),
         starts(grid) {}
 
-  /** Of two bands one is shown. More have no bi-level picture. */
+  /** Blocks lie within LI bytes behind IMDATOFF; those that the data don't reach to are 0. */
   Status Open() override {
-    if (image.maskDataOffset > source.dataLength) return ERROR_FILE_FORMAT;
-    if (!source.Holds(source.dataLength)) return ERROR_FILE_READ;
+    if (image.maskDataOffset > source.dataLength || !source.Holds(source.dataLength)) return ERROR_FILE_READ;
     const bool planesFollow = image.mode == kBlockInterleaved || (image.mode == kBandSequential && grid.IsSingle());
-    if (image.bandCount > 2 || (image.bandCount == 2 && !planesFollow)) return ERROR_NOT_SUPPORTED;
+    if (image.bandCount == 2 && !planesFollow) return ERROR_NOT_SUPPORTED;
     shape = ShapeOf(grid, TargetDepth(image));
     shape.stripBytes = kStripBytes;
     const std::uint64_t blocks = grid.IsSingle() ? grid.count : mask.Visited(grid.count);
     for (std::uint64_t block = 0; block < blocks; ++block) {
       const std::int64_t start = places.StartOf(block);
-      if (start != PackedPlaces::kAbsent && End(start) > source.dataLength) return ERROR_FILE_FORMAT;
+      if (start != PackedPlaces::kAbsent && static_cast<std::uint64_t>(start) + blockBytes > source.dataLength) {
+        return ERROR_FILE_FORMAT;
+      }
     }
     places.Rewind();
     return SUCCESS;
@@ -82,18 +87,26 @@ class BilevelReader final : public ImageReader {
     const std::uint64_t bytes = (end + 7) / 8 - from / 8;
     std::uint8_t *const packed = buffer.AtLeast(bytes);
     if (packed == nullptr) return ERROR_NO_MEMORY;
-    status = source.Read(start + image.maskDataOffset + static_cast<std::int64_t>(from / 8), packed, bytes);
+    status = ReadPacked(static_cast<std::uint64_t>(start) + from / 8, packed, bytes);
     if (status != SUCCESS) return status;
+    const std::uint64_t filled = RowBytes(1, grid.width);
+    const std::uint64_t rowBytes = RowBytes(place.depth, grid.width);
     for (std::uint32_t row = 0; row < which.rows; ++row) {
-      UnpackBits(packed, from % 8 + std::uint64_t{row} * grid.width, grid.width, place.bytes + row * place.step);
+      std::uint8_t *const shown = place.bytes + row * place.step;
+      UnpackBits(packed, from % 8 + std::uint64_t{row} * grid.width, grid.width, shown);
+      std::memset(shown + filled, 0, rowBytes - filled);
     }
     stored->form = StoredRows::Form::Placed;
     return SUCCESS;
   }
 
  private:
-  std::uint64_t End(std::int64_t start) const {
-    return static_cast<std::uint64_t>(start + image.maskDataOffset) + blockBytes;
+  /** Reads bytes at `offset` behind IMDATOFF; what lies behind LI is 0. */
+  Status ReadPacked(std::uint64_t offset, std::uint8_t *packed, std::uint64_t bytes) const {
+    const std::uint64_t held = source.dataLength - image.maskDataOffset;
+    const std::uint64_t read = offset < held ? std::min(bytes, held - offset) : 0;
+    std::memset(packed + read, 0, bytes - read);
+    return read == 0 ? SUCCESS : source.Read(static_cast<std::int64_t>(image.maskDataOffset + offset), packed, read);
   }
 
   const ImageSource &source;

@@ -13,23 +13,12 @@ inline std::uint32_t BlockHeight(const ImageSubheader &image) {
   return image.blockHeight != 0 ? image.blockHeight : image.rows;
 }
 
-/** Size of the image with the pad pixels of its last blocks. */
+/** Size of the image with the pad pixels of its last blocks, which is that of its place on the canvas. */
 inline std::uint64_t PaddedWidth(const ImageSubheader &image) {
   return std::uint64_t{image.blocksPerRow} * BlockWidth(image);
 }
 inline std::uint64_t PaddedHeight(const ImageSubheader &image) {
   return std::uint64_t{image.blocksPerColumn} * BlockHeight(image);
-}
-
-/**
- * Size of an image's place on the canvas: the padded one, and that of the picture itself where the stream holds it made
- * smaller.
- */
-inline std::uint64_t PlaceWidth(const ImageSubheader &image) {
-  return KindOf(image).isReduced ? image.columns : PaddedWidth(image);
-}
-inline std::uint64_t PlaceHeight(const ImageSubheader &image) {
-  return KindOf(image).isReduced ? image.rows : PaddedHeight(image);
 }
 
 /** The blocks of an image, across and down. */

@@ -28,7 +28,7 @@ struct CodecStream {
   /** Reads `count` bytes at `offset` behind the image data's start. SUCCESS, ERROR_FILE_READ, ERROR_NO_MEMORY. */
   Status Read(const ImageSource &source, std::int64_t offset, std::uint32_t count);
 
-  /** Reads all data behind IMDATOFF. ERROR_FILE_FORMAT where that is behind their end. */
+  /** Reads all data behind IMDATOFF, which may be behind their end: ERROR_FILE_READ. */
   Status ReadAll(const ImageSource &source);
 
   /** Whether it is of a kind that an image segment may hold. */

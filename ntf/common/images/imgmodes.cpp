@@ -11,6 +11,17 @@ namespace ksntfx {
 
 namespace {
 
+/**
+ * Bytes of a row of one band in the data. The rows of a single block of one bit are as long as those of its bitmap, or
+ * as the block is wide where that is less.
+ */
+std::uint64_t StoredRowBytes(const ImageSubheader &image, const BlockGrid &grid) {
+  const std::uint64_t bytes = RowBytes(image.bitsPerPixel, grid.width);
+  if (image.bitsPerPixel != 1 || image.bandCount > 1 || !grid.IsSingle()) return bytes;
+  constexpr std::uint64_t kAlignment = 4;
+  return std::min<std::uint64_t>((bytes + kAlignment - 1) / kAlignment * kAlignment, grid.width);
+}
+
 class PlainReader final : public ImageReader {
  public:
   PlainReader(const ImageSource &data, const BandSelection &selection)
@@ -19,7 +30,7 @@ class PlainReader final : public ImageReader {
         selected(selection),
         grid(image),
         mask(image, data.dataLength),
-        rowBytes(RowBytes(image.bitsPerPixel, grid.width)),
+        rowBytes(StoredRowBytes(image, grid)),
         places(image, grid, mask, rowBytes),
         layout(places.Layout()),
         starts(grid) {}
@@ -86,7 +97,9 @@ class PlainReader final : public ImageReader {
     for (std::uint32_t band = 0; band < selected.count; ++band) {
       stored->bands[band] = samples + selected.bands[band] * static_cast<std::uint64_t>(layout.band);
     }
-    return source.Read(from, samples, runBytes * rows);
+    // Behind the last row, nothing is asked for that isn't shown.
+    const std::uint64_t lastRow = layout.pixel > 1 ? runBytes : (LastSelected() + std::uint64_t{1}) * rowBytes;
+    return source.Read(from, samples, runBytes * (rows - std::uint64_t{1}) + lastRow);
   }
 
   /** One band after the other; a single one right into its place, where rows follow each other there too. */

@@ -4,6 +4,8 @@
 #include "images/image_reader.h"
 #include "images/image_source.h"
 
+#include "table/bits.h"
+
 #include <span>
 
 namespace ksntfx {
@@ -15,11 +17,6 @@ struct BandSelection {
 
   std::span<const std::uint32_t> Selected() const { return {bands, count}; }
 };
-
-/** Bytes of a row of samples of one band, which begins on a byte of its own. */
-inline std::uint64_t RowBytes(std::uint32_t bits, std::uint32_t width) {
-  return (std::uint64_t{bits} * width + 7) / 8;
-}
 
 /** Makes the reader of an image of whole samples, NBPP bits each. `source` must outlive it. Null without memory. */
 std::unique_ptr<ImageReader> MakePlainReader(const ImageSource &source, const BandSelection &bands);

@@ -85,8 +85,8 @@ void Spread32(const std::uint8_t *samples, std::uint8_t *row, std::uint64_t byte
 
 }  // namespace
 
-SampleConversion ChooseConversion(std::uint32_t bits, std::uint32_t actualBits) {
-  if (bits == 12) return Repack12;
+SampleConversion ChooseConversion(std::uint32_t bits, std::uint32_t actualBits, bool isSingleBlock) {
+  if (bits == 12 && (isSingleBlock || actualBits == bits)) return Repack12;
   if (bits >= 17 && bits <= 32) return Spread32;
   if (bits == 16 && actualBits == 16) return Swap16;
   return IsScaled(bits, actualBits) ? Scale16 : nullptr;

@@ -18,11 +18,12 @@ using SampleConversion = void (*)(const std::uint8_t *samples, std::uint8_t *row
 /**
  * The conversion, which may be in place, for samples of `bits` (NBPP) of which `actualBits` (ABPP) count, or null where
  * they stay as they are:
- *   - 12 bits: repacked from big-endian pairs to the bitmap's order, scaled to 12 bits where ABPP is another of 9 to 16
+ *   - 12 bits in a single block, or with an ABPP of 12: repacked from big-endian pairs to the bitmap's order, scaled to
+ *     12 bits where ABPP is another of 9 to 16
  *   - 16 bits: to the machine's order where ABPP is 16 too, scaled to 16 bits where it is 9 to 15
  *   - 17 to 32 bits: four bytes each, spread between minimum and maximum to one byte; `bytes` counts those produced
  *   - others with an ABPP of 9 to 16: as pairs of bytes, scaled from ABPP to NBPP bits
  */
-SampleConversion ChooseConversion(std::uint32_t bits, std::uint32_t actualBits);
+SampleConversion ChooseConversion(std::uint32_t bits, std::uint32_t actualBits, bool isSingleBlock);
 
 }  // namespace ksntfx

@@ -37,7 +37,7 @@ BandSelection SelectBands(ImageSubheader &image, std::uint32_t count, BandOrder 
   return {{start.first, start.second, start.third}, count};
 }
 
-/** Bands of one bit a pixel in packed blocks. */
+/** Packed blocks: one of two bands is shown, and the first plane of bits of all others. */
 Status ChoosePacked(ImageSubheader &image, ShownRows *shown) {
   shown->depth = image.bandCount == 2 ? image.bitsPerPixel : TargetDepth(image);
   if (image.bandCount == 2) shown->bands = SelectBands(image, 1, {});
@@ -57,7 +57,8 @@ Status ChooseColor(ImageSubheader &image, ShownRows *shown) {
 /** One band, or the first that is chosen of two. */
 Status ChooseGray(ImageSubheader &image, ShownRows *shown) {
   const std::uint32_t bits = image.bitsPerPixel;
-  shown->convert = ChooseConversion(bits, image.actualBits);
+  const bool isSingleBlock = BlockGrid(image).IsSingle();
+  shown->convert = ChooseConversion(bits, image.actualBits, isSingleBlock || image.bandCount == 2);
   shown->depth = bits;
   if (bits == 1 || bits == 8 || bits == 12 || bits == 16) {
     if (image.bandCount != 2) return SUCCESS;
@@ -65,7 +66,7 @@ Status ChooseGray(ImageSubheader &image, ShownRows *shown) {
     shown->bands = SelectBands(image, 1, {});
     return SUCCESS;
   }
-  shown->spreads = bits == 32 && image.bandCount < 2 && image.representation == kMono && BlockGrid(image).IsSingle();
+  shown->spreads = bits == 32 && image.bandCount < 2 && image.representation == kMono && isSingleBlock;
   shown->depth = 8;
   return shown->spreads ? SUCCESS : ERROR_NOT_SUPPORTED;
 }

@@ -119,9 +119,10 @@ class BilevelStreamReader final : public ImageReader {
     const bool wasZero = image.padCode[0] == 0;
     KsFreeAndClear(image.padCode);
     KsArray<std::uint8_t> inverse;
-    if (!inverse.Allocate(PadCodeBytes(image) + 2)) return;
+    if (!inverse.Allocate(2)) return;
     inverse[0] = wasZero ? 1 : 0;
     image.padCode = inverse.Release();
+    image.padCodeHeld = 1;
   }
 
   const LoadFunctions &functions;

@@ -223,12 +223,12 @@ class BandStreamsReader final : public BlockStreamsReader {
   /** Band b of block n is tile b times the number of blocks plus n. */
   Status LocateTiles() {
     const std::uint64_t tiles = grid.count * image.bandCount;
-    // No stream is shorter than its mark.
-    if (tiles > source.dataLength / 3) return ERROR_FILE_READ;
+    // No stream is shorter than its mark, and so most of these tiles are none.
+    if (tiles > source.dataLength / 3) return NITF_UNSUPPORTED_TILE;
     if (!places.Allocate(tiles)) return ERROR_NO_MEMORY;
     TileCursor cursor(source);
     for (std::uint64_t tile = 0; tile < tiles; ++tile) {
-      const Status status = cursor.Next(false, tile + 1 == tiles, &places[tile].offset, &places[tile].size);
+      const Status status = cursor.Next(false, true, &places[tile].offset, &places[tile].size);
       if (status != SUCCESS) return status;
     }
     return SUCCESS;
@@ -236,8 +236,9 @@ class BandStreamsReader final : public BlockStreamsReader {
 
   Place PlaceOf(std::uint64_t block, std::uint32_t band) const {
     if (!mask.HasBlockMask()) return places[band * grid.count + block];
+    // The data end at LI, which counts the mask table too.
     const std::uint32_t start = mask.BlockWord(block);
-    const std::uint32_t end = NextOffset(block).value_or(source.dataLength);
+    const std::uint32_t end = NextOffset(block).value_or(source.dataLength - image.maskDataOffset);
     return {std::int64_t{image.maskDataOffset} + start, end - start};
   }
 

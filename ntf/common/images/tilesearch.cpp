@@ -25,9 +25,11 @@ Status TileCursor::Next(bool isLast, bool endIsLast, std::int64_t *offset, std::
     TakeLast(offset, size);
     return SUCCESS;
   }
-  const Status status = FindEnd(size);
-  if (status != SUCCESS && !endIsLast) return status;
+  // Many tiles may be missing: what the search for one has found counts for all of them.
+  const Status status = failedAt == position ? Status(ERROR_FILE_READ) : FindEnd(size);
   if (status != SUCCESS) {
+    failedAt = position;
+    if (!endIsLast) return status;
     TakeLast(offset, size);
     return SUCCESS;
   }
@@ -39,7 +41,8 @@ Status TileCursor::Next(bool isLast, bool endIsLast, std::int64_t *offset, std::
 
 /** A search that finds nothing leaves a tile of no bytes, which is then no stream of any kind. */
 void TileCursor::TakeLast(std::int64_t *offset, std::uint32_t *size) {
-  *size = FindLastTile(source);
+  if (!lastSize) lastSize = FindLastTile(source);
+  *size = *lastSize;
   *offset = std::int64_t{source.dataLength} - *size;
   position = source.dataLength;
 }
@@ -67,11 +70,11 @@ Status TileCursor::FindEnd(std::uint32_t *size) {
 
 std::uint32_t FindLastTile(const ImageSource &source) {
   Window window;
-  for (std::uint32_t passed = 0; source.dataLength > passed + kWindow; passed += kWindow) {
-    const std::int64_t start = std::int64_t{source.dataLength} - passed - kWindow;
+  for (std::uint64_t passed = 0; source.dataLength > passed + kWindow; passed += kWindow) {
+    const auto start = static_cast<std::int64_t>(source.dataLength - passed - kWindow);
     if (source.Read(start, window.data(), window.size()) != SUCCESS) return 0;
     for (std::uint32_t at = kStep; at >= 1; --at) {
-      if (IsMark(window, at)) return passed + kWindow - at;
+      if (IsMark(window, at)) return static_cast<std::uint32_t>(passed + kWindow - at);
     }
   }
   return 0;

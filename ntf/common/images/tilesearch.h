@@ -4,6 +4,8 @@
 
 #include "images/image_source.h"
 
+#include <optional>
+
 namespace ksntfx {
 
 /** Walks along the tiles of an image without a mask table. */
@@ -15,11 +17,12 @@ class TileCursor {
   void Rewind() {
     position = 0;
     remaining = source.dataLength;
+    failedAt.reset();
   }
 
   /**
    * Finds where the tile at the cursor ends and moves behind it. `isLast` is for the last tile of a walk that knows it:
-   * that one is searched from the end of the data. With `endIsLast` a tile behind which no mark is found is taken as
+   * that one is searched from the end of the data. With `endIsLast` each tile behind which no mark is found is taken as
    * the last one. The tile's place behind the image data's start and its size; ERROR_FILE_READ where none is found.
    */
   Status Next(bool isLast, bool endIsLast, std::int64_t *offset, std::uint32_t *size);
@@ -31,6 +34,8 @@ class TileCursor {
   const ImageSource &source;
   std::uint32_t position = 0; /**< behind IMDATOFF */
   std::uint32_t remaining;
+  std::optional<std::uint32_t> failedAt; /**< the position behind which no mark was found */
+  std::optional<std::uint32_t> lastSize; /**< of the last tile, once it was searched */
 };
 
 /** The size of the last tile, searched backward from the end of the image data; 0 where no mark is found. */

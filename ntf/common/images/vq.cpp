@@ -28,18 +28,25 @@ struct Kernel {
   std::uint32_t height;
   std::uint32_t filledRows; /**< whole rows with values */
   std::uint32_t filledRest; /**< values of the row behind them */
-  std::uint64_t values;     /**< all values that the tables give */
+  std::uint64_t values;     /**< all values of a kernel that the tables give */
+
+  /** The kernel without its rows from `rows` on. */
+  Kernel CutTo(std::uint32_t rows) const {
+    Kernel cut = *this;
+    if (rows <= filledRows) cut.filledRest = 0;
+    cut.filledRows = std::min(filledRows, rows);
+    return cut;
+  }
 };
 
 Status MeasureKernel(const VqHeader &header, const BlockGrid &grid, Kernel *kernel) {
-  if (header.codeBits == 0 || header.codeBits > kMostCodeBits) return ERROR_FILE_FORMAT;
+  if (header.codeBits > kMostCodeBits) return ERROR_FILE_FORMAT;
   if (header.codeRows == 0 || header.codesPerRow == 0 || header.lookupRecords == 0) return ERROR_FILE_FORMAT;
-  if (grid.height % header.codeRows != 0 || grid.width % header.codesPerRow != 0) return ERROR_FILE_FORMAT;
   kernel->width = grid.width / header.codesPerRow;
   kernel->height = grid.height / header.codeRows;
-  kernel->values = std::uint64_t{header.lookupRecords} * kernel->height;
-  // Neither is 0: a block has pixels, and the divisions leave no rest. A table adds a kernel height of values.
-  if (header.lookupRecords > kernel->width) return ERROR_FILE_FORMAT;
+  if (kernel->width == 0 || kernel->height == 0) return ERROR_FILE_FORMAT;
+  // A table adds a kernel height of values; those of more tables than fit a kernel fall to the kernels behind it.
+  kernel->values = std::uint64_t{std::min<std::uint32_t>(header.lookupRecords, kernel->width)} * kernel->height;
   kernel->filledRows = static_cast<std::uint32_t>(kernel->values / kernel->width);
   kernel->filledRest = static_cast<std::uint32_t>(kernel->values % kernel->width);
   return SUCCESS;
@@ -50,19 +57,17 @@ class Codebook {
  public:
   /** Reads all lookup tables, which are interleaved here: table t gives each kernel a kernel height of values. */
   Status Read(KsHandle file, const VqHeader &header, const Kernel &kernel, std::uint32_t entries) {
-    if (entries > BytesLeft(file) / kernel.values) return ERROR_FILE_READ;
+    if (entries > BytesLeft(file) / (std::uint64_t{header.lookupRecords} * kernel.height)) return ERROR_FILE_READ;
     named = std::min(entries, 1U << header.codeBits);
     stride = kernel.values;
     KsArray<std::uint8_t> table;
     const std::uint64_t tableBytes = std::uint64_t{named} * kernel.height;
     if (!bytes.Allocate(named * stride) || !table.Allocate(tableBytes)) return ERROR_NO_MEMORY;
-    for (std::uint64_t start = 0; start < stride; start += kernel.height) {
+    for (std::uint32_t number = 0; number < header.lookupRecords; ++number) {
       Status status = ReadBytes(file, table.Get(), tableBytes);
       if (status != SUCCESS) return status;
       if (!SkipBytes(file, entries - named, kernel.height)) return ERROR_FILE_READ;
-      for (std::uint64_t entry = 0; entry < named; ++entry) {
-        std::memcpy(bytes.Get() + entry * stride + start, table.Get() + entry * kernel.height, kernel.height);
-      }
+      Interleave(table.Get(), kernel.height, std::uint64_t{number} * kernel.height);
     }
     return SUCCESS;
   }
@@ -72,6 +77,14 @@ class Codebook {
   std::uint32_t Named() const { return named; }
 
  private:
+  /** Puts the values of a table `start` bytes behind the beginning of their kernels, as far as the book goes. */
+  void Interleave(const std::uint8_t *table, std::uint32_t height, std::uint64_t start) {
+    const std::uint64_t end = named * stride;
+    for (std::uint64_t at = start; at < end; at += stride, table += height) {
+      std::memcpy(bytes.Get() + at, table, std::min<std::uint64_t>(height, end - at));
+    }
+  }
+
   KsArray<std::uint8_t> bytes;
   std::uint64_t stride = 0;
   std::uint32_t named = 0;
@@ -234,7 +247,7 @@ class VqReader final : public ImageReader {
     shape.down = lastRow + 1;
     shape.rowUnit = kernel.height;
     shape.stripBytes = kStripBytes;
-    shape.hasHoles = kernel.filledRows < kernel.height;
+    shape.hasHoles = kernel.filledRows < kernel.height || std::uint64_t{kernel.width} * header.codesPerRow < grid.width;
     return CheckCodes();
   }
 
@@ -247,12 +260,13 @@ class VqReader final : public ImageReader {
     *stored = {};
     CountBefore(which.block);
     if (!IsPresent(which.block)) return SUCCESS;
-    const std::uint32_t codeRows = which.rows / kernel.height;
+    const std::uint32_t codeRows = RowsOfKernels(which.rows);
     const std::uint64_t first =
         ordinal * CodesPerBlock() + std::uint64_t{which.first / kernel.height} * header.codesPerRow;
     Status status = stream.Seek(first, std::uint64_t{codeRows} * header.codesPerRow);
     for (std::uint32_t row = 0; row < codeRows && status == SUCCESS; ++row) {
-      status = ReadRow(at.bytes + std::uint64_t{row} * kernel.height * at.step, at.step);
+      const std::uint32_t top = row * kernel.height;
+      status = ReadRow(at.bytes + std::uint64_t{top} * at.step, at.step, which.rows - top);
     }
     stored->form = StoredRows::Form::Placed;
     return status;
@@ -309,9 +323,16 @@ class VqReader final : public ImageReader {
     }
   }
 
-  std::uint64_t CodesPerBlock() const { return std::uint64_t{header.codeRows} * header.codesPerRow; }
+  /** The last kernels of a block may have rows below it. */
+  std::uint32_t RowsOfKernels(std::uint32_t rows) const {
+    return rows / kernel.height + (rows % kernel.height != 0 ? 1 : 0);
+  }
 
+  std::uint64_t CodesPerBlock() const { return std::uint64_t{RowsOfKernels(grid.height)} * header.codesPerRow; }
+
+  /** Codes of no bits are all 0, and in every file. */
   bool HoldsCodes() const {
+    if (header.codeBits == 0) return true;
     const std::uint64_t held = BytesLeft(file) * 8 / header.codeBits;
     return recorded <= held / CodesPerBlock();
   }
@@ -338,12 +359,15 @@ class VqReader final : public ImageReader {
     return largest < book.Named() ? SUCCESS : ERROR_FILE_FORMAT;
   }
 
-  Status ReadRow(std::uint8_t *out, std::uint64_t rowStep) {
+  /** Reads a row of kernels, of which `rows` rows are in the block. */
+  Status ReadRow(std::uint8_t *out, std::uint64_t rowStep, std::uint32_t rows) {
+    const Kernel shown = rows < kernel.height ? kernel.CutTo(rows) : kernel;
+    const PlaceKernels placeShown = rows < kernel.height ? PlaceAnyKernels : place;
     for (std::uint32_t left = header.codesPerRow; left != 0;) {
       const std::uint32_t count = std::min(left, static_cast<std::uint32_t>(codes.size()));
       const Status status = ReadCodes(count);
       if (status != SUCCESS) return status;
-      place(book, kernel, codes.data(), count, out, rowStep);
+      placeShown(book, shown, codes.data(), count, out, rowStep);
       out += std::uint64_t{count} * kernel.width;
       left -= count;
     }

@@ -10,7 +10,6 @@
 #include "table/headerwriter.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace ksntfx {
 
@@ -294,13 +293,14 @@ Status ReplaceDrawing(NitfFile *file, std::uint32_t index, const KsVector *vecto
   if (status != SUCCESS) return status;
   EncodedData data;
   status = EncodeDrawing(vector, &data);
-  // The copy is made first, so that the record never holds half of a new drawing. The caller's may be the record's own.
-  KsLocalVector copy;
-  if (status == SUCCESS) status = KsVectorCopy(copy.Get(), vector, 0);
   const auto size = static_cast<std::uint32_t>(data.Count());
   if (status == SUCCESS) status = GraphicSetData(graphic, data.Bytes(), size);
+  // The record's own drawing, changed and set again, needs no copy.
+  if (status == SUCCESS && vector != &graphic->vector) {
+    if (KsVectorIsEmpty(&graphic->vector) == 0) KsVectorFree(&graphic->vector);
+    status = KsVectorCopy(&graphic->vector, vector, 0);
+  }
   if (status != SUCCESS) return status;
-  std::swap(graphic->vector, *copy.Get());
   ReplaceDataLength(&file->header, kGraphicLengths, index, size);
   return SUCCESS;
 }

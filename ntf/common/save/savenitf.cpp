@@ -68,23 +68,73 @@ Status CopyVqLookupRecords(KsHandle out, const NitfFile *file, const VqHeader &h
 
 // ---- field widths -------------------------------------------------------------------------------------------------
 
+/** Whether a number is written whole. It may have come with a minus sign. */
+bool FitsDigits(std::uint32_t number, int digits) {
+  char text[12];
+  return FormatBounded(text, sizeof text, "%d", static_cast<std::int32_t>(number)) <= digits;
+}
+
 bool FitsFields(const ImageSubheader &image) {
-  constexpr std::uint32_t kEightDigits = 99999999;
-  constexpr std::uint32_t kFourDigits = 9999;
-  constexpr std::uint32_t kTwoDigits = 99;
-  const auto blockFits = [](std::uint32_t size, std::uint32_t whole) { return size <= kFourDigits || size == whole; };
-  return image.rows <= kEightDigits && image.columns <= kEightDigits && image.actualBits <= kTwoDigits &&
-         image.bitsPerPixel <= kTwoDigits && image.blocksPerRow <= kFourDigits &&
-         image.blocksPerColumn <= kFourDigits && blockFits(image.blockWidth, image.columns) &&
+  const auto blockFits = [](std::uint32_t size, std::uint32_t whole) { return FitsDigits(size, 4) || size == whole; };
+  return FitsDigits(image.rows, 8) && FitsDigits(image.columns, 8) && FitsDigits(image.actualBits, 2) &&
+         FitsDigits(image.bitsPerPixel, 2) && FitsDigits(image.blocksPerRow, 4) &&
+         FitsDigits(image.blocksPerColumn, 4) && blockFits(image.blockWidth, image.columns) &&
          blockFits(image.blockHeight, image.rows);
+}
+
+// ---- what would not arrive whole ----------------------------------------------------------------------------------
+
+/** Whether the positions of a kind's segments can be told in the format's 32 bits. */
+bool HasPlaces(const NitfFile *file, SegmentKind kind) {
+  std::uint64_t bytes = 0;
+  for (std::uint32_t index = 0; index < CountInFile(file, kind); ++index) {
+    bytes += std::uint64_t{SubheaderLength(file, kind, index)} + DataLength(file, kind, index);
+  }
+  return bytes <= UINT32_MAX;
+}
+
+/**
+ * Whether a mask table whose pad value has grown leaves room for the data that are copied over it: within their length,
+ * and within IMDATOFF where the data are placed by that, which a measured image before them brings about.
+ */
+bool HasRoomForMask(const NitfFile *file, const ImageSubheader &image, bool isMeasuredBefore) {
+  const std::uint64_t bytes = MaskTableBytes(image);
+  if (image.hasMemoryData != 0 || image.maskBytesRead == 0 || bytes <= image.maskBytesRead) return true;
+  return bytes <= (isMeasuredBefore ? image.maskDataOffset : DataLength(file, SegmentKind::Image, image.index));
+}
+
+/** Masked vector-quantised data are written behind the table that the subheader came with. */
+bool IsMeasured(const ImageSubheader &image) {
+  return image.maskDataOffset != 0 && image.compression == kM4;
+}
+
+/** Whether a subheader that has grown fits its LISH, behind which the data are placed. */
+bool FitsItsLength(const NitfFile *file, const ImageSubheader &image) {
+  const std::uint64_t maskBytes = MaskTableBytes(image);
+  if (image.pixelValueType > 1) return true;  // which is refused where it is written
+  HeaderSink sink{.nitf20 = file->nitf20Layout != 0};
+  const std::uint64_t written = VisitFields(kImageTable, &image, sink, [](auto &&, auto) {});
+  const std::uint32_t told = EntryOf(file->header, kImageLengths, kImageLengths.subheader.outTable, image.index);
+  return told == 0 || written - maskBytes <= std::max(told, image.subheaderBytesRead);
 }
 
 }  // namespace
 
-Status CheckFieldWidths(const NitfFile *file) {
+Status CheckBeforeSave(const NitfFile *file) {
+  if (file->header.imageLengthsCut != 0) return ERROR_INVALID_VALUE;
+  for (const SegmentKind kind : kSegmentKinds) {
+    if (!HasPlaces(file, kind)) return ERROR_INVALID_VALUE;
+  }
+  bool isMeasuredBefore = false;
   for (const SegmentNode *node = file->imageList; node != nullptr; node = node->next) {
     const auto *image = static_cast<const ImageSubheader *>(node->subheader);
-    if (image != nullptr && !FitsFields(*image)) return ERROR_INVALID_VALUE;
+    if (image == nullptr) continue;
+    if (!FitsFields(*image)) return ERROR_INVALID_VALUE;
+    if (IsMeasured(*image)) {
+      isMeasuredBefore = true;
+    } else if (!FitsItsLength(file, *image) || !HasRoomForMask(file, *image, isMeasuredBefore)) {
+      return ERROR_INVALID_VALUE;
+    }
   }
   return SUCCESS;
 }
@@ -96,7 +146,7 @@ KNitfSaveFile::~KNitfSaveFile() {
 }
 
 Status KNitfSaveFile::WriteFileHeader(KsHandle out, NitfFile *file) {
-  file->header.fileLengthOut = static_cast<std::uint32_t>(ParseLongNumber(file->header.FL));
+  file->header.fileLengthOut = static_cast<std::uint32_t>(ParseNumber(BufferText(file->header.FL, 12)));
   HeaderSink sink = SinkFor(file, out);
   WriteAsRead(&file->header, kImageLengths, sink.listed[SegmentKind::Image]);
   const Status status = HeaderWriter(sink, &file->header).Write(kFileHeaderTable);
@@ -131,7 +181,7 @@ Status KNitfSaveFile::WriteImage(KsHandle out, NitfFile *file, std::uint32_t ind
   Status status = WriteImageSubheader(out, file, index);
   if (status != SUCCESS) return status;
   const ImageSubheader &image = *FindImage(file, index);
-  const bool measured = image.maskDataOffset != 0 && image.compression == kM4;
+  const bool measured = IsMeasured(image);
   const std::int64_t subheaderEnd = KsSeek(out, 0, KS_SEEK_CURRENT);
   if (measured) {
     const auto length = static_cast<std::uint32_t>(subheaderEnd - *mark - marks.maskBytes);
@@ -154,8 +204,8 @@ Status KNitfSaveFile::WriteImageBody(KsHandle out, NitfFile *file, const ImageSu
     const std::uint32_t counted = EntryOf(file->header, kImageLengths, kImageLengths.data.outTable, index);
     return WriteAll(out, image.memoryData, HeldBytes(image, counted));
   }
-  return KindOf(image).layout == ImageLayout::VectorQuantised ? WriteVqImageData(out, file, image, index)
-                                                              : WriteImageData(out, file, index);
+  // All bodies are copied as they are but those whose mask table may have changed.
+  return image.compression == kM4 ? WriteVqImageData(out, file, image, index) : WriteImageData(out, file, index);
 }
 
 Status KNitfSaveFile::WriteDataExtension(KsHandle out, NitfFile *file, std::uint32_t index) {

@@ -60,7 +60,10 @@ class KNitfSaveFile {
                std::uint32_t length);
 };
 
-/** Whether all numbers fit the fields that they are written to: SUCCESS or ERROR_INVALID_VALUE. Nothing is written. */
-Status CheckFieldWidths(const NitfFile *file);
+/**
+ * Whether a save would lose nothing: all numbers fit the fields that they are written to, each image's subheader fits
+ * its LISH, and all lengths and positions were known in 32 bits. SUCCESS or ERROR_INVALID_VALUE. Nothing is written.
+ */
+Status CheckBeforeSave(const NitfFile *file);
 
 }  // namespace ksntfx

@@ -65,6 +65,17 @@ int FormatBounded(char *buffer, std::size_t size, const char *format, ...) {
   return -1;
 }
 
+int FormatFraction(char *buffer, std::size_t size, double value, int decimals) {
+  buffer[0] = '\0';
+  const std::to_chars_result written = std::to_chars(buffer, buffer + size, value, std::chars_format::fixed, decimals);
+  if (written.ec != std::errc() || written.ptr == buffer + size) {
+    buffer[0] = '\0';
+    return -1;
+  }
+  *written.ptr = '\0';
+  return static_cast<int>(written.ptr - buffer);
+}
+
 std::int64_t ParseLongNumber(std::string_view text) {
   constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max() / 10 - 1;
   text = WithoutLeadingSpace(text);

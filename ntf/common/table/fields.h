@@ -25,9 +25,13 @@ using DateParts = std::array<DatePart, 7>;
 
 /**
  * Formats like the C library into `buffer`, never past `size` bytes with the NUL. The characters written, or -1 with an
- * empty buffer where the text doesn't fit.
+ * empty buffer where the text doesn't fit. Fractions are for FormatFraction: the C library writes them as the user's
+ * locale does.
  */
 [[gnu::format(printf, 3, 4)]] int FormatBounded(char *buffer, std::size_t size, const char *format, ...);
+
+/** The same for a number with `decimals` digits behind a point, whatever the locale. */
+int FormatFraction(char *buffer, std::size_t size, double value, int decimals);
 
 /** ParseNumber for what isn't all digits, or longer than 32 bits can hold. */
 std::int32_t ParseAnyNumber(std::string_view text);

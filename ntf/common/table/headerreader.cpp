@@ -11,34 +11,11 @@ HeaderReader::HeaderReader(const HeaderSource &source, void *target)
 }
 
 Status HeaderReader::Read(const HeaderTable &table) {
-  if (limit != UINT64_MAX) NoteLengths(table);
   const Status status = table.read(*this, static_cast<char *>(record));
-  const bool lacksData = status != SUCCESS && failed->countedBy != HeaderRow::kNowhere;
-  if (lacksData) DropData(table, failed->countedBy);
   aheadPosition = Position();
   aheadStart = aheadEnd = 0;
   KsSeek(file, static_cast<std::int64_t>(aheadPosition), KS_SEEK_START);
   return status;
-}
-
-void HeaderReader::NoteLengths(const HeaderTable &table) {
-  std::size_t data = 0;
-  for (const HeaderRow &row : table.rows) {
-    if (row.kind == HeaderRow::Kind::Data) {
-      lengthsBefore[data++] = LengthAt(static_cast<const char *>(record), row.countedBy);
-    }
-  }
-}
-
-/** Drops data that were not reached behind a new length: data of another length must not stand beside it. */
-void HeaderReader::DropData(const HeaderTable &table, std::uint32_t countedBy) {
-  auto *const base = static_cast<char *>(record);
-  std::size_t data = 0;
-  for (const HeaderRow &row : table.rows) {
-    if (row.kind != HeaderRow::Kind::Data) continue;
-    const std::int32_t before = lengthsBefore[data++];
-    if (row.countedBy == countedBy && LengthAt(base, countedBy) != before) FreeDataAt(base, row.place);
-  }
 }
 
 Status HeaderReader::ReadSecurity(const HeaderRow &row, char *base) {
@@ -53,9 +30,10 @@ Status HeaderReader::ReadData(const HeaderRow &row, char *base) {
     FreeDataAt(base, row.place);
     return SUCCESS;
   }
-  char *data = DataAt(base, row.place);
-  const Status status = TakeNew(&data, static_cast<std::uint32_t>(length - row.overhead));
-  SetDataAt(base, row.place, data);
+  const auto bytes = static_cast<std::uint32_t>(length - row.overhead);
+  char *data = nullptr;
+  const Status status = TakeNew(&data, bytes);
+  if (status == SUCCESS) SetDataAt(base, row.place, data, bytes);
   return status;
 }
 

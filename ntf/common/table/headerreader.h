@@ -54,6 +54,7 @@ class HeaderReader {
     const std::string_view text(digits, width);
     if (nineIsUnknown && AllNines(text)) sawUnknown = true;
     *number = static_cast<std::uint32_t>(ParseNumber(text));
+    sawBeyond = width > kAlwaysFit && ParseLongNumber(text) > INT32_MAX;
     return SUCCESS;
   }
   /** Reads `bytes` bytes into a new buffer with a NUL behind them, which takes the place of `*buffer`. */
@@ -68,6 +69,8 @@ class HeaderReader {
   bool Nitf20() const { return nitf20; }
   /** A length or size was given as unknown. */
   bool SawUnknown() const { return sawUnknown; }
+  /** The last number of TakeNumber was more than 32 bits can tell, and is their limit. */
+  bool SawBeyond() const { return sawBeyond; }
   /** SecurityRule bits of the group that is being read. */
   unsigned SecurityRules() const { return securityRules; }
 
@@ -75,7 +78,7 @@ class HeaderReader {
   template <const auto &rows, bool terminates, std::size_t... index>
   Status ReadRows(char *base, std::index_sequence<index...>) {
     Status status = SUCCESS;
-    static_cast<void>((((status = ReadRow<terminates>(rows[index], base)) == SUCCESS || EndsAt(rows[index])) && ...));
+    static_cast<void>((((status = ReadRow<terminates>(rows[index], base)) == SUCCESS) && ...));
     return status;
   }
 
@@ -123,12 +126,6 @@ class HeaderReader {
     }
   }
 
-  /** Notes the row that failed; false, so that none is read behind it. */
-  bool EndsAt(const HeaderRow &row) {
-    failed = &row;
-    return false;
-  }
-
   [[gnu::always_inline]] static bool AllNines(std::string_view text) {
     return std::all_of(text.begin(), text.end(), [](char digit) { return digit == '9'; });
   }
@@ -136,8 +133,6 @@ class HeaderReader {
   Status ReadSecurity(const HeaderRow &row, char *base);
   Status ReadData(const HeaderRow &row, char *base);
   Status TakeBeyond(char *buffer, std::uint64_t bytes);
-  void NoteLengths(const HeaderTable &table);
-  void DropData(const HeaderTable &table, std::uint32_t countedBy);
 
   /** Bytes that are read ahead. */
   std::uint32_t Ready() const { return aheadEnd - aheadStart; }
@@ -147,8 +142,8 @@ class HeaderReader {
   /** About what a subheader takes. */
   static constexpr std::uint32_t kReadAhead = 512;
 
-  /** As many rows of a table have data. */
-  static constexpr std::size_t kMostData = 4;
+  /** As many digits are never more than 32 bits can tell. */
+  static constexpr std::uint32_t kAlwaysFit = 9;
 
   KsHandle file;
   void *record;
@@ -158,10 +153,9 @@ class HeaderReader {
   std::uint64_t aheadPosition; /**< of the end of what is read ahead */
   std::uint64_t start;         /**< position of the header */
   std::uint64_t limit;         /**< bytes that may be taken */
-  const HeaderRow *failed = nullptr;
-  std::int32_t lengthsBefore[kMostData] = {}; /**< of the data that the record came with, row by row */
   bool nitf20;
   bool sawUnknown = false;
+  bool sawBeyond = false;
   std::uint8_t securityRules = 0;
 };
 

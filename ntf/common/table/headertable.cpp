@@ -36,14 +36,21 @@ char *DataAt(const char *base, std::uint32_t place) {
   return data;
 }
 
-void SetDataAt(char *base, std::uint32_t place, char *data) {
+std::uint32_t HeldAt(const char *base, std::uint32_t place) {
+  std::uint32_t held = 0;
+  std::memcpy(&held, base + place + sizeof(char *), sizeof held);
+  return DataAt(base, place) == nullptr ? 0 : held;
+}
+
+void SetDataAt(char *base, std::uint32_t place, char *data, std::uint32_t bytes) {
+  char *before = DataAt(base, place);
+  KsFreeAndClear(before);
   std::memcpy(base + place, &data, sizeof data);
+  std::memcpy(base + place + sizeof data, &bytes, sizeof bytes);
 }
 
 void FreeDataAt(char *base, std::uint32_t place) {
-  char *data = DataAt(base, place);
-  KsFreeAndClear(data);
-  SetDataAt(base, place, data);
+  SetDataAt(base, place, nullptr, 0);
 }
 
 void SetDefaults(const HeaderTable &table, void *record) {
@@ -57,24 +64,27 @@ void SetDefaults(const HeaderTable &table, void *record) {
 
 namespace {
 
-bool IsListed(const HeaderRow &row, const char *base, bool nitf20) {
+bool IsListed(const HeaderRow &row, const char *base, bool nitf20, std::uint8_t securityRules) {
   if (row.kind == HeaderRow::Kind::Data && DataAt(base, row.place) == nullptr) return false;
-  return IsPresent(row, base, nitf20, 0);
+  return IsPresent(row, base, nitf20, securityRules);
 }
 
 std::string_view FieldBytes(const HeaderRow &row, const char *base, bool nitf20) {
   if (row.kind == HeaderRow::Kind::Text) return {base + row.place, WidthOf(row, nitf20)};
-  return {DataAt(base, row.place), static_cast<std::size_t>(std::max(LengthAt(base, row.countedBy) - row.overhead, 0))};
+  const auto length = static_cast<std::uint32_t>(std::max(LengthAt(base, row.countedBy) - row.overhead, 0));
+  return {DataAt(base, row.place), std::min(length, HeldAt(base, row.place))};
 }
 
-void ListRows(std::span<const HeaderRow> rows, const char *base, bool nitf20, std::string_view prefix,
+/** `group` is the row of the security group that the rows are in, or null. */
+void ListRows(std::span<const HeaderRow> rows, const char *base, bool nitf20, const HeaderRow *group,
               const std::function<void(const FieldView &)> &visit) {
   for (const HeaderRow &row : rows) {
     if (row.kind == HeaderRow::Kind::Group) continue;
     if (row.kind == HeaderRow::Kind::Security) {
-      ListRows(row.fields->rows, base + row.place, nitf20, row.name, visit);
-    } else if (IsListed(row, base, nitf20)) {
-      visit({std::string(prefix).append(row.name), FieldBytes(row, base, nitf20), row.content});
+      ListRows(row.fields->rows, base + row.place, nitf20, &row, visit);
+    } else if (IsListed(row, base, nitf20, group != nullptr ? group->securityRules : 0)) {
+      visit({std::string(group != nullptr ? group->name : "").append(row.name), FieldBytes(row, base, nitf20),
+             row.content});
     }
   }
 }
@@ -83,7 +93,7 @@ void ListRows(std::span<const HeaderRow> rows, const char *base, bool nitf20, st
 
 void ListFields(const HeaderTable &table, const void *record, bool nitf20,
                 const std::function<void(const FieldView &)> &visit) {
-  ListRows(table.rows, static_cast<const char *>(record), nitf20, {}, visit);
+  ListRows(table.rows, static_cast<const char *>(record), nitf20, nullptr, visit);
 }
 
 }  // namespace ksntfx

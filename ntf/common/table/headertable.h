@@ -166,8 +166,8 @@ constexpr HeaderRow TextRow(std::string_view name, std::size_t place, std::size_
 
 /**
  * Bytes whose number stands in the text at `lengthPlace`, less `overhead`, into a new buffer with a NUL behind them,
- * whose pointer goes to `place`. A length up to `emptyUpTo` leaves the pointer null; one above 0 and below the overhead
- * is malformed.
+ * whose pointer goes to `place`, and their number to the u32 behind it. A length up to `emptyUpTo` leaves the pointer
+ * null; one above 0 and below the overhead is malformed.
  */
 constexpr HeaderRow BytesRow(std::string_view name, std::size_t place, std::size_t lengthPlace, unsigned overhead,
                              unsigned emptyUpTo = 0) {
@@ -215,9 +215,14 @@ bool IsCalledFor(const HeaderRow &row, const char *base, bool nitf20, std::uint8
 /** The number in the length text at `place` of a record. */
 std::int32_t LengthAt(const char *base, std::uint32_t place);
 
-/** The data that the pointer member at `place` leads to. */
+/**
+ * The data that the pointer member at `place` leads to. The u32 behind the pointer says how many bytes are held: a
+ * caller may give a header another length than its data have.
+ */
 char *DataAt(const char *base, std::uint32_t place);
-void SetDataAt(char *base, std::uint32_t place, char *data);
+std::uint32_t HeldAt(const char *base, std::uint32_t place);
+/** Puts `bytes` bytes of data in the place of those before, which are released. */
+void SetDataAt(char *base, std::uint32_t place, char *data, std::uint32_t bytes);
 /** Releases the data, and sets the pointer to null. */
 void FreeDataAt(char *base, std::uint32_t place);
 

@@ -54,7 +54,10 @@ Status HeaderWriter::WriteData(const HeaderRow &row, const char *base) {
   if (count <= 0) return SUCCESS;
   const char *const data = DataAt(base, row.place);
   if (row.writtenAsText) return Text(data != nullptr ? data : "", static_cast<std::uint32_t>(count), '0');
-  return Bytes(data, static_cast<std::uint32_t>(count));
+  // What the length counts beyond the data is zeros.
+  const std::uint32_t held = std::min(HeldAt(base, row.place), static_cast<std::uint32_t>(count));
+  const Status status = Bytes(data, held);
+  return status == SUCCESS ? Bytes(nullptr, static_cast<std::uint32_t>(count) - held) : status;
 }
 
 Status HeaderWriter::Text(const char *text, std::uint32_t width, char fill) {

@@ -15,7 +15,8 @@ bool DowngradeByEvent(const void *security, bool) {
 }
 
 Status CheckClassification(HeaderReader &reader, std::string_view text) {
-  if ((reader.SecurityRules() & kCheckClassification) == 0) return SUCCESS;
+  const unsigned rules = reader.SecurityRules();
+  if ((rules & kCheckClassification) == 0 || ((rules & kCheckOnly21) != 0 && reader.Nitf20())) return SUCCESS;
   return std::string_view("CRSTU").find(text[0]) == std::string_view::npos ? ERROR_FILE_FORMAT : SUCCESS;
 }
 

@@ -19,10 +19,23 @@ constexpr std::uint32_t kMostBits = 16;
 
 // ---- which components ----------------------------------------------------------------------------------------------
 
+bool Asks(const KsLoadOptions &options, std::uint32_t flag) {
+  return (options.loadFlags & flag) != 0;
+}
+
+/** Whether the components are those that the options say, and not what the stream makes of them. */
+bool TakesBands(const KsLoadOptions &options, const Header &header, const Coding &coding) {
+  if (!Asks(options, KS_LOAD_BANDS)) return false;
+  if (!Asks(options, KS_LOAD_NAMED_BANDS)) return true;
+  const Colors &colors = header.colors;
+  if (header.size.components < 3 || colors.hasChannelDefinition || colors.paletteColumns != 0) return false;
+  return !Asks(options, KS_LOAD_YCBCR) || colors.isSycc || (!header.isJp2 && !coding.mixesComponents);
+}
+
 /** The component of each channel, of a picture with `components` of them. */
-Channels ChooseChannels(const KsLoadOptions &options, std::uint32_t components) {
+Channels ChooseChannels(const KsLoadOptions &options, bool takesBands, std::uint32_t components) {
   Channels channels = {0, 1, 2};
-  if ((options.loadFlags & KS_LOAD_BANDS) != 0) {
+  if (takesBands) {
     std::copy(std::begin(options.bands), std::end(options.bands), channels.begin());
   } else if (components == 2) {
     channels = {0, 0, 0};
@@ -165,15 +178,16 @@ std::optional<std::uint32_t> EndOfRows(const opj_image_t &image, std::uint32_t f
 struct Order {
   const Header &header;
   const KsLoadOptions &options;
+  bool takesBands;
   const Selection &selection;
 };
 
 Look LookOf(const Order &order, const opj_image_t &image) {
   // The decoder may leave a palette unapplied, so the components are counted again.
   const std::uint32_t components = order.selection.components.empty() ? image.numcomps : order.header.size.components;
-  const bool wantsBands = (order.options.loadFlags & KS_LOAD_BANDS) != 0;
-  return {PlacesOf(ChooseChannels(order.options, components), order.selection), components == 1,
-          order.header.colors.isSycc && !wantsBands && components >= 3};
+  const bool isSycc = order.takesBands ? Asks(order.options, KS_LOAD_YCBCR) : order.header.colors.isSycc;
+  return {PlacesOf(ChooseChannels(order.options, order.takesBands, components), order.selection), components == 1,
+          isSycc && components >= 3};
 }
 
 /** Decodes the rows from `*first` on, as many as are decoded at once, and moves `*first` past them. */
@@ -204,14 +218,15 @@ class Jpeg2000Stream : public OpenedStream {
 
   Status Load(const KsLoadOptions &options, KsBitmap *target) const override {
     const Coding coding = ReadCoding(header);
-    const Selection selection = Select(header, coding, ChooseChannels(options, Info().components));
+    const bool takesBands = TakesBands(options, header, coding);
+    const Selection selection = Select(header, coding, ChooseChannels(options, takesBands, Info().components));
     // A sample takes four bytes in the decoder, so this bounds its memory to four times the limit.
     Status status = CheckBitmapLimit(header.size.width, header.size.height * selection.decoded, 8);
     if (status != SUCCESS) return status;
     if (!IsPlausible(header, coding)) return ERROR_FILE_FORMAT;
     const std::uint32_t rowsAtOnce = RowsAtOnce(header, selection.decoded);
     for (std::uint32_t first = 0; first < header.size.height && status == SUCCESS;) {
-      status = DecodeRows({header, options, selection}, rowsAtOnce, &first, target);
+      status = DecodeRows({header, options, takesBands, selection}, rowsAtOnce, &first, target);
     }
     return status;
   }

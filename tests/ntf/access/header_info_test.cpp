@@ -302,6 +302,8 @@ TEST_P(Members, AreReadSetAndSaved) {
   EXPECT_EQ(ValueOf(member, info).substr(0, text.size()), text);
   kind.free(info.data());
 
+  // A further band takes room in front of the data.
+  if (std::string(member.name) == "NBANDS") opened->header.imageSubheaderLengthsOut[0] += 13;
   const Bytes saved = opened.Saved();
   const std::uint64_t place = PlaceOf(member, opened.Get());
   ASSERT_LE(place + member.written.size(), saved.size());

@@ -83,7 +83,7 @@ TEST(StreamFile, AnImageAloneMayBeUnknown) {
   EXPECT_EQ(file.Image(0).columns, 99999999U);
 }
 
-TEST(StreamFile, DataThatTheReplayDoesNotReachDoNotStandBesideTheirNewLength) {
+TEST(StreamFile, DataThatTheReplayDoesNotReachStayBesideTheirNewLength) {
   StreamFile stream(3);
   stream.sound.Field("UDHD", "twelve bytes").Field("HL", "000411");
   stream.unknown.Field("UDHD", "four");
@@ -92,7 +92,7 @@ TEST(StreamFile, DataThatTheReplayDoesNotReachDoNotStandBesideTheirNewLength) {
     LoadedFile file(stream.Build(bytes));
     ASSERT_EQ(file.status, SUCCESS);
     EXPECT_STREQ(file->header.UDHDL, "00015");
-    EXPECT_EQ(file->header.userHeaderData, nullptr) << bytes;
+    EXPECT_STREQ(file->header.userHeaderData, "four") << bytes;
   }
 }
 

@@ -112,7 +112,7 @@ const FieldCase kFields[] = {
     {File, "FSCLAS", "X", ERROR_FILE_FORMAT},
     {File, "FSCLAS", "T", SUCCESS},
     {File, "NUMX", "001", ERROR_FILE_FORMAT},
-    {File, "NUMI", "-01", ERROR_FILE_READ},
+    {File, "NUMI", "-01", ERROR_NO_MEMORY},
     {File, "NUMI", "999", ERROR_FILE_READ},
     {File, "NUMRES", "   ", SUCCESS},
     {File, "UDHDL", "00001", ERROR_FILE_FORMAT},

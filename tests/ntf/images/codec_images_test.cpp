@@ -40,23 +40,24 @@ TEST(LosslessTiles, OfAnyDepthAreExact) {
   }
 }
 
-TEST(SmallerImage, CoversThePlaceOfItsHeader) {
+TEST(SmallerImage, CoversTheBlockOfItsHeader) {
   constexpr std::uint32_t kSmall = 8;
   JpegSpec spec{.width = kSmall, .height = kSmall};
   spec.sample = [](std::uint32_t, std::uint32_t x, std::uint32_t y) { return 16 * x + 8 * y; };
   ImageSpec image{.rows = 16, .columns = 32, .compression = "I1", .data = EncodeJpeg(spec)};
-  image.blockWidth = image.blockHeight = kSmall;
+  image.blockWidth = 40;
+  image.blockHeight = 24;
   image.fields = {{"NBPR", "0001"}, {"NBPC", "0001"}};
   image.locationRow = image.locationColumn = 3;
   const Composition picture = Compose(NitfBuilder().Image(image));
   ASSERT_EQ(picture.status, SUCCESS);
-  EXPECT_EQ(picture.width, 35U);
-  EXPECT_EQ(picture.height, 19U);
-  for (std::uint32_t y = 0; y < 16; ++y) {
-    for (std::uint32_t x = 0; x < 32; ++x) {
+  EXPECT_EQ(picture.width, 43U);
+  EXPECT_EQ(picture.height, 27U);
+  for (std::uint32_t y = 0; y < 24; ++y) {
+    for (std::uint32_t x = 0; x < 40; ++x) {
       // Pixel centres: the outermost ones reach to the edges.
-      const double column = std::clamp((x + 0.5) / 4 - 0.5, 0.0, 7.0);
-      const double row = std::clamp((y + 0.5) / 2 - 0.5, 0.0, 7.0);
+      const double column = std::clamp((x + 0.5) / 5 - 0.5, 0.0, 7.0);
+      const double row = std::clamp((y + 0.5) / 3 - 0.5, 0.0, 7.0);
       ASSERT_NEAR(picture.At(y + 3, x + 3) & 0xFF, 16 * column + 8 * row, 0.51) << x << ", " << y;
     }
   }
