@@ -72,8 +72,8 @@ class Labels : public testing::Test {
 
 TEST_F(Labels, AddAMarginAndStandWhereTheirChainsLead) {
   Render();
-  EXPECT_EQ(canvas->width, 7 + kSide + 10);
-  EXPECT_EQ(canvas->height, 5 + kSide + 10);
+  EXPECT_EQ(+canvas->width, 7 + kSide + 10);
+  EXPECT_EQ(+canvas->height, 5 + kSide + 10);
   EXPECT_EQ(At(17, 28), 0xFF0000U) << "from the image";
   EXPECT_EQ(At(17, 25), kGray);
   EXPECT_EQ(At(14, 28), kGray);

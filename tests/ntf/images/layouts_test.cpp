@@ -73,7 +73,7 @@ class LendingSink : public CopyingSink {
   }
 
   bool Lend(KsBitmap *view, std::uint32_t top, std::uint32_t count, std::uint32_t depth) override {
-    EXPECT_EQ(depth, canvas->bitsPerPixel);
+    EXPECT_EQ(depth, +canvas->bitsPerPixel);
     EXPECT_LE(top + count, height);
     lends = true;
     return KsBitmapView(view, sizeof *view, canvas.Get(), Left(), kBeside + top, width, count) == SUCCESS;
@@ -159,9 +159,9 @@ TEST_P(Layouts, ShowTheSameOnEveryWay) {
       }
     }
     if (layout.expected) {
-      EXPECT_EQ(bitmap->bitsPerPixel, layout.depth);
-      EXPECT_EQ(bitmap->width, layout.width);
-      EXPECT_EQ(bitmap->height, layout.height);
+      EXPECT_EQ(+bitmap->bitsPerPixel, layout.depth);
+      EXPECT_EQ(+bitmap->width, layout.width);
+      EXPECT_EQ(+bitmap->height, layout.height);
     }
     EXPECT_TRUE(copying.rows == whole) << "copied in strips";
     LendingSink lending(*bitmap.Get());
