@@ -13,11 +13,6 @@ namespace {
 constexpr SegmentKind kKinds[] = {SegmentKind::Image, SegmentKind::Graphic, SegmentKind::Text,
                                   SegmentKind::DataExtension};
 
-/** Vector-quantised data is saved up to its last row of codes; bytes after it are left out. */
-bool MayEndEarlier(const FileView &file, SegmentKind kind, std::uint32_t index) {
-  return kind == SegmentKind::Image && file.Image(index).vectorQuantised;
-}
-
 /** Compares `bytes` bytes of two files, each from its own offset. */
 bool SameBytes(const FileView &original, std::uint64_t offset, const FileView &saved, std::uint64_t savedOffset,
                std::uint32_t bytes) {
@@ -37,8 +32,9 @@ bool SameBytes(const FileView &original, std::uint64_t offset, const FileView &s
 bool SameBody(const FileView &original, const FileView &saved, SegmentKind kind, std::uint32_t index) {
   const SegmentPlace before = original.Place(kind, index);
   const SegmentPlace after = saved.Place(kind, index);
-  const bool fits = MayEndEarlier(original, kind, index) ? after.dataLength <= before.dataLength
-                                                         : after.dataLength == before.dataLength;
+  // What masked vector-quantised data have behind their last code is not copied.
+  const std::uint32_t needed = kind == SegmentKind::Image ? original.NeededBytes(index) : before.dataLength;
+  const bool fits = needed <= after.dataLength && after.dataLength <= before.dataLength;
   return fits && SameBytes(original, before.data, saved, after.data, after.dataLength);
 }
 

@@ -8,6 +8,7 @@
 #include "headers/segment_data.h"
 #include "images/block_grid.h"
 #include "images/handlimg.h"
+#include "images/vq.h"
 #include "internal/status.h"
 #include "table/fields.h"
 #include "table/headerwriter.h"
@@ -216,7 +217,6 @@ ImageNumbers FileView::Image(std::uint32_t index) const {
                           .bitsPerPixel = image.bitsPerPixel,
                           .actualBits = image.actualBits,
                           .compressed = image.compression != kNC,
-                          .vectorQuantised = KindOf(image).layout == ImageLayout::VectorQuantised,
                           .bandSequential = image.mode == kBandSequential};
   if (KindOf(image).hasMaskTable) numbers.mask = MaskOf(image);
   return numbers;
@@ -291,6 +291,15 @@ std::uint64_t FileView::SourceBytes() const {
 std::uint64_t FileView::ReadAt(std::uint64_t offset, void *buffer, std::uint64_t bytes) const {
   const std::int64_t position = KsSeek(file->fileHandle, static_cast<std::int64_t>(offset), KS_SEEK_START);
   return position < 0 ? 0 : KsRead(file->fileHandle, buffer, bytes);
+}
+
+std::uint32_t FileView::NeededBytes(std::uint32_t index) const {
+  ImageSubheader &image = *FindImage(file, index);
+  const ImageSource source = OpenSource(file, &image, index);
+  std::uint64_t needed = source.dataLength;
+  const bool mayEndEarlier = image.compression == kM4 && MeasureVqData(source, &needed) == SUCCESS;
+  return mayEndEarlier ? static_cast<std::uint32_t>(std::min<std::uint64_t>(needed, source.dataLength))
+                       : source.dataLength;
 }
 
 std::int32_t FileView::ReadData(SegmentKind kind, std::uint32_t index, std::string &data) const {

@@ -96,7 +96,6 @@ struct ImageNumbers {
   std::uint32_t bitsPerPixel = 0;
   std::uint32_t actualBits = 0;
   bool compressed = true;
-  bool vectorQuantised = false;
   bool bandSequential = false;
   std::optional<ImageMask> mask{};
 };
@@ -153,6 +152,8 @@ class FileView {
   std::uint64_t SourceBytes() const;
   /** Reads up to `bytes` bytes at an offset, and returns how many there were. */
   std::uint64_t ReadAt(std::uint64_t offset, void *buffer, std::uint64_t bytes) const;
+  /** The bytes of an image's data that a save must carry: of vector-quantised ones, those up to the last code. */
+  std::uint32_t NeededBytes(std::uint32_t index) const;
   /** Reads the data of a segment. A status. */
   std::int32_t ReadData(SegmentKind kind, std::uint32_t index, std::string &data) const;
 

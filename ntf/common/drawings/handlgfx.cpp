@@ -6,7 +6,6 @@
 #include "platform.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace ksntfx {
 

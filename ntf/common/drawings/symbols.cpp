@@ -60,11 +60,11 @@ Status FillOneBit(KsBitmap *bitmap, std::span<const char> data) {
 /** More bits: each row begins on a byte of its own, where those of a bitmap begin on every fourth. */
 Status CreateDeepSymbol(KsBitmap *bitmap, const GraphicSubheader &graphic, std::span<const char> data,
                         std::uint32_t width, std::uint32_t height) {
+  const std::uint64_t rowBytes = RowBytes(graphic.bitsPerPixel, width);
+  if (height != 0 && rowBytes > data.size() / height) return ERROR_INVALID_VALUE;
   const Status status = KsBitmapCreate(bitmap, sizeof *bitmap, KS_BITMAP_OWN, width, height, graphic.bitsPerPixel,
                                        KS_ORDER_PALETTE, nullptr, 1, nullptr, 0);
   if (status != SUCCESS) return status;
-  const std::uint64_t rowBytes = RowBytes(graphic.bitsPerPixel, width);
-  if (rowBytes * height > data.size()) return ERROR_INVALID_VALUE;
   KsArray<char> row;
   if (!row.Allocate(bitmap->bytesPerLine)) return ERROR_NO_MEMORY;
   for (std::uint32_t y = 0; y < height; ++y) {

@@ -46,10 +46,8 @@ void SetEntry(NitfHeader &header, const LengthColumn &column, std::uint32_t inde
 Status ReadLength(HeaderReader &reader, const LengthColumn &column, std::uint32_t index) {
   std::uint32_t length = 0;
   const Status status = reader.TakeNumber(column.width, column.nineIsUnknown, &length);
-  if (status != SUCCESS) return status;
-  SetEntry(reader.As<NitfHeader>(), column, index, length);
-  if (reader.SawBeyond()) reader.As<NitfHeader>().imageLengthsCut = 1;
-  return SUCCESS;
+  if (status == SUCCESS) SetEntry(reader.As<NitfHeader>(), column, index, length);
+  return status;
 }
 
 Status WriteLength(HeaderWriter &writer, const LengthTable &lengths, const LengthColumn &column, std::uint32_t index) {
@@ -93,12 +91,14 @@ Status ReadLengths(HeaderReader &reader, const LengthTable &lengths) {
   if (count > kMostSegments) return ERROR_NO_MEMORY;
   if (!RenewTables(header, lengths, count)) return ERROR_NO_MEMORY;
   header.*lengths.count = count;
-  if (&lengths == &kImageLengths) header.imageLengthsCut = 0;
+  std::uint32_t cut = 0;
   for (std::uint32_t index = 0; index < count; ++index) {
     Status status = ReadLength(reader, lengths.subheader, index);
     if (status == SUCCESS) status = ReadLength(reader, lengths.data, index);
     if (status != SUCCESS) return status;
+    if (reader.SawBeyond()) cut = 1;
   }
+  if (&lengths == &kImageLengths) header.imageLengthsCut = cut;
   return SUCCESS;
 }
 

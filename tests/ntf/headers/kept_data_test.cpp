@@ -6,6 +6,7 @@
 #include "opened_file.h"
 #include "table/fields.h"
 
+#include <algorithm>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
@@ -252,6 +253,10 @@ TEST(CopiedBytes, CountWhatTheSourceHoldsBack) {
   Bytes bytes(1 << 20);
   for (std::size_t at = 0; at < bytes.size(); ++at) bytes[at] = static_cast<std::uint8_t>(at * 7 >> 3);
   for (std::size_t at = 0; at < bytes.size(); at += 1024) ASSERT_EQ(KsWrite(source, bytes.data() + at, 1024), 1024U);
+  // What is written over earlier bytes is held back too.
+  std::fill_n(bytes.begin() + 5000, 100, std::uint8_t{0xEE});
+  KsSeek(source, 5000, KS_SEEK_START);
+  ASSERT_EQ(KsWrite(source, bytes.data() + 5000, 100), 100U);
   KsSeek(source, 0, KS_SEEK_START);
   ASSERT_EQ(KsCopyBytes(target, source, bytes.size()), SUCCESS);
   KsClose(source);

@@ -125,7 +125,8 @@ struct DrawnByCaller {
 };
 
 TEST(Tiles, ThatFailLeaveNothingOnTheCanvasOfACaller) {
-  const DrawnByCaller drawn(Tiled({Stream(1, 1500), Stream(2, 1500)}));
+  // The end of the third tile isn't found.
+  const DrawnByCaller drawn(Tiled({Stream(1, 1500), Stream(2, 1500), Stream(3, 1500)}));
   EXPECT_EQ(drawn.status, ERROR_FILE_READ);
   for (std::uint32_t pixel = 0; pixel < 64; ++pixel) ASSERT_EQ(drawn.Gray(pixel / 8, pixel % 8), 0xFFU) << pixel;
 }

@@ -210,6 +210,19 @@ struct Plain {
   Layout Made() const;
 };
 
+/** Rows of bits of a single block are as long as those of a bitmap, or as the block is wide where that is less. */
+Bytes InLongRows(const ImageSpec &image) {
+  const std::size_t rowBytes = (image.BlockWidth() + 7) / 8;
+  const std::size_t longBytes = std::min<std::size_t>((rowBytes + 3) / 4 * 4, image.BlockWidth());
+  Bytes data;
+  for (std::size_t row = 0; row < image.BlockHeight(); ++row) {
+    const auto first = image.data.begin() + static_cast<std::ptrdiff_t>(row * rowBytes);
+    data.insert(data.end(), first, first + static_cast<std::ptrdiff_t>(rowBytes));
+    data.resize((row + 1) * longBytes, 0xAA);
+  }
+  return data;
+}
+
 ImageSpec Plain::Image() const {
   ImageSpec image{.rows = grid.rows, .columns = grid.columns};
   image.bands.resize(bands);
@@ -225,6 +238,8 @@ ImageSpec Plain::Image() const {
                       : Sample(band, row, column) & ((1U << bits) - 1);
   };
   image.data = LayOut(image, sample, [this](std::uint32_t block) { return !IsAbsent(block); });
+  const bool oneBlock = image.BlocksPerRow() * image.BlocksPerColumn() == 1;
+  if (bits == 1 && bands == 1 && oneBlock && image.pixelValueType == "INT") image.data = InLongRows(image);
   if (!masked) return image;
   image.compression = "NM";
   image.mask = MaskSpec{};
