@@ -30,10 +30,16 @@ class [[nodiscard]] Status {
 #endif
 
   /** The number, for an export. */
-  [[nodiscard]] constexpr std::int32_t Code() const { return code; }
+  [[nodiscard]] constexpr std::int32_t Code() const {
+    return code;
+  }
 
-  friend constexpr bool operator==(const Status &status, std::int32_t value) { return status.code == value; }
-  friend constexpr auto operator<=>(const Status &status, std::int32_t value) { return status.code <=> value; }
+  friend constexpr bool operator==(const Status &status, std::int32_t value) {
+    return status.code == value;
+  }
+  friend constexpr auto operator<=>(const Status &status, std::int32_t value) {
+    return status.code <=> value;
+  }
 
  private:
   std::int32_t code;

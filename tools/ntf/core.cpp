@@ -11,7 +11,7 @@
 #include "images/vq.h"
 #include "internal/status.h"
 #include "table/fields.h"
-#include "table/headerwriter.h"
+#include "table/header_writer.h"
 
 #include <algorithm>
 #include <cstring>

@@ -3,8 +3,8 @@
 #include "headers/held_data.h"
 #include "internal/ksclasses_.h"
 #include "table/fields.h"
-#include "table/headerreader.h"
-#include "table/headerwriter.h"
+#include "table/header_reader.h"
+#include "table/header_writer.h"
 
 #include <algorithm>
 

@@ -6,8 +6,8 @@
 #include "ksntfx.h"
 #include "platform.h"
 #include "table/fields.h"
-#include "table/headerreader.h"
-#include "table/headerwriter.h"
+#include "table/header_reader.h"
+#include "table/header_writer.h"
 
 #include <algorithm>
 #include <iterator>

@@ -3,7 +3,7 @@
 #include "internal/ksclasses_.h"
 #include "table/color_field.h"
 #include "table/fields.h"
-#include "table/headerreader.h"
+#include "table/header_reader.h"
 
 namespace ksntfx {
 

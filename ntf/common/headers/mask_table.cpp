@@ -2,8 +2,8 @@
 
 #include "internal/ksclasses_.h"
 #include "table/file_bytes.h"
-#include "table/headerreader.h"
-#include "table/headerwriter.h"
+#include "table/header_reader.h"
+#include "table/header_writer.h"
 
 #include <algorithm>
 

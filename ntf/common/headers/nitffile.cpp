@@ -2,7 +2,7 @@
 
 #include "internal/ksclasses_.h"
 #include "platform.h"
-#include "table/headerreader.h"
+#include "table/header_reader.h"
 
 #include <utility>
 

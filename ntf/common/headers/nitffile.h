@@ -11,7 +11,7 @@
 #include "headers/strmfhdr.h"
 #include "headers/txsubhdr.h"
 #include "ksntfx.h"
-#include "table/headerwriter.h"
+#include "table/header_writer.h"
 #include "table/segment_kind.h"
 
 namespace ksntfx {

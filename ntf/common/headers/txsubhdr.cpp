@@ -3,7 +3,7 @@
 #include "headers/held_data.h"
 #include "internal/ksclasses_.h"
 #include "ksntfx.h"
-#include "table/headerreader.h"
+#include "table/header_reader.h"
 
 namespace ksntfx {
 

@@ -3,7 +3,6 @@
 
 #include "images/image_reader.h"
 #include "images/image_source.h"
-
 #include "table/bits.h"
 
 #include <span>

@@ -2,7 +2,7 @@
 
 #include "headers/mask_table.h"
 #include "images/image_target.h"
-#include "images/tilesearch.h"
+#include "images/tile_search.h"
 
 #include <cstring>
 #include <new>

@@ -7,7 +7,7 @@
 #include "internal/ksclasses_.h"
 #include "save/encoded_data.h"
 #include "table/fields.h"
-#include "table/headerwriter.h"
+#include "table/header_writer.h"
 
 #include <algorithm>
 

@@ -5,7 +5,7 @@
 #include "images/vq_tables.h"
 #include "internal/ksclasses_.h"
 #include "table/fields.h"
-#include "table/headerwriter.h"
+#include "table/header_writer.h"
 
 #include <algorithm>
 

@@ -3,7 +3,7 @@
 
 #include "internal/status.h"
 #include "table/big_endian.h"
-#include "table/headertable.h"
+#include "table/header_table.h"
 
 #include <cstring>
 #include <span>

@@ -1,8 +1,8 @@
 // Colours that stand in a header as three bytes: red, green, blue.
 #pragma once
 
-#include "table/headerreader.h"
-#include "table/headerwriter.h"
+#include "table/header_reader.h"
+#include "table/header_writer.h"
 
 namespace ksntfx {
 

@@ -1,6 +1,6 @@
 #include "table/security_fields.h"
 
-#include "table/headerreader.h"
+#include "table/header_reader.h"
 
 namespace ksntfx {
 

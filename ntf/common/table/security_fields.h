@@ -1,7 +1,7 @@
 // The security group that every header carries: its record, and its format.
 #pragma once
 
-#include "table/headertable.h"
+#include "table/header_table.h"
 
 namespace ksntfx {
 

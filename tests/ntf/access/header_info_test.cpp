@@ -3,7 +3,7 @@
 
 #include "internal/ksclasses_.h"
 #include "opened_file.h"
-#include "table/headerwriter.h"
+#include "table/header_writer.h"
 
 #include <algorithm>
 

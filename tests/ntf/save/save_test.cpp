@@ -1,7 +1,7 @@
 // Files that are opened and saved: what comes back byte for byte, what the writer renders anew, and what it refuses.
 #include "harness.h"
 #include "opened_file.h"
-#include "table/headerwriter.h"
+#include "table/header_writer.h"
 #include "vq_builder.h"
 
 #include <csignal>

@@ -1,4 +1,4 @@
-#include "table/headerwriter.h"
+#include "table/header_writer.h"
 
 #include "table/big_endian.h"
 #include "table/fields.h"

@@ -1,4 +1,4 @@
-#include "table/headertable.h"
+#include "table/header_table.h"
 
 #include "internal/ksclasses_.h"
 #include "table/fields.h"

@@ -1,7 +1,7 @@
 // The walk that writes a header from its format table.
 #pragma once
 
-#include "table/headertable.h"
+#include "table/header_table.h"
 #include "table/segment_kind.h"
 
 #include <functional>

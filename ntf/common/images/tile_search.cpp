@@ -1,4 +1,4 @@
-#include "images/tilesearch.h"
+#include "images/tile_search.h"
 
 #include <array>
 #include <cstring>

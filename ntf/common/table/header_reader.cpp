@@ -1,4 +1,4 @@
-#include "table/headerreader.h"
+#include "table/header_reader.h"
 
 #include "internal/ksclasses_.h"
 

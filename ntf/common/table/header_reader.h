@@ -4,7 +4,7 @@
 #pragma once
 
 #include "table/fields.h"
-#include "table/headertable.h"
+#include "table/header_table.h"
 
 #include <algorithm>
 #include <cstddef>
