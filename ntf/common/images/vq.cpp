@@ -57,7 +57,9 @@ class Codebook {
  public:
   /** Reads all lookup tables, which are interleaved here: table t gives each kernel a kernel height of values. */
   Status Read(KsHandle file, const VqHeader &header, const Kernel &kernel, std::uint32_t entries) {
-    if (entries > BytesLeft(file) / (std::uint64_t{header.lookupRecords} * kernel.height)) return ERROR_FILE_READ;
+    const std::uint64_t entryBytes = std::uint64_t{header.lookupRecords} * kernel.height;
+    if (entryBytes == 0) return ERROR_FILE_FORMAT;
+    if (entries > BytesLeft(file) / entryBytes) return ERROR_FILE_READ;
     named = std::min(entries, 1U << header.codeBits);
     stride = kernel.values;
     KsArray<std::uint8_t> table;
@@ -408,6 +410,7 @@ Status MeasureVqData(const ImageSource &source, std::uint64_t *bytes) {
   VqLookupRecord first{};
   if (status == SUCCESS) status = ReadBinary(source.file, kVqLookupRows, &first);
   if (status != SUCCESS) return status;
+  if (kernel.height == 0) return ERROR_FILE_FORMAT;
   const bool skipped = SkipBytes(source.file, header.lookupRecords - 1U, BytesOf(kVqLookupRows)) &&
                        SkipBytes(source.file, std::uint64_t{header.lookupRecords} * first.entries, kernel.height);
   if (!skipped) return ERROR_FILE_READ;
