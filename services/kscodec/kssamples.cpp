@@ -73,9 +73,8 @@ Status Check(const SampleStream &stream, const SampleOrder &order) {
   const KsSamplesInfo &info = stream.Info();
   const KsSamplesWindow &window = order.window;
   if (window.level > info.levels) return ERROR_INVALID_VALUE;
-  const bool isInside =
-      IsWithin(window.firstRow, window.rows, kscodec::SizeAtLevel(info.rows, window.level)) &&
-      IsWithin(window.firstColumn, window.columns, kscodec::SizeAtLevel(info.columns, window.level));
+  const bool isInside = IsWithin(window.firstRow, window.rows, kscodec::SizeAtLevel(info.rows, window.level)) &&
+                        IsWithin(window.firstColumn, window.columns, kscodec::SizeAtLevel(info.columns, window.level));
   if (!isInside || order.components.empty() || order.target.container >= std::size(kContainers)) {
     return ERROR_INVALID_VALUE;
   }
@@ -105,8 +104,7 @@ int32_t KsSamplesOpen(const KsSampleSource *source, const KsSamplesOptions *opti
   if (stream == nullptr) return ERROR_INVALID_VALUE;
   *stream = nullptr;
   if (source == nullptr || source->read == nullptr) return ERROR_INVALID_VALUE;
-  return WithoutExceptions(
-      [&] { return Open(std::make_unique<kscodec::CallbackSource>(*source), options, stream); });
+  return WithoutExceptions([&] { return Open(std::make_unique<kscodec::CallbackSource>(*source), options, stream); });
 }
 
 int32_t KsSamplesOpenMemory(const void *bytes, uint64_t size, const KsSamplesOptions *options, KsSamples **stream) {

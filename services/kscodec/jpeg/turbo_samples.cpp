@@ -1,8 +1,8 @@
 // Decodes windows of JPEG of 8 bits, sequential and progressive, with libjpeg-turbo.
 #include "kscodec/codecs.h"
 #include "kscodec/jpeg/turbo_state.h"
-#include "kscodec/samples.h"
 #include "kscodec/sample_writer.h"
+#include "kscodec/samples.h"
 
 #include <algorithm>
 #include <cstring>
@@ -84,7 +84,8 @@ void ReadInPlace(jpeg_decompress_struct *jpeg, const RowWriter &writer, uint32_t
 }
 
 /** Reads `rows` rows after `above` others that are needed for them only. */
-void ReadThrough(jpeg_decompress_struct *jpeg, const RowWriter &writer, uint32_t above, uint32_t rows, uint64_t skipped) {
+void ReadThrough(jpeg_decompress_struct *jpeg, const RowWriter &writer, uint32_t above, uint32_t rows,
+                 uint64_t skipped) {
   auto *const state = reinterpret_cast<j_common_ptr>(jpeg);
   const JDIMENSION bytes = jpeg->output_width * static_cast<JDIMENSION>(jpeg->output_components);
   JSAMPARRAY buffer = jpeg->mem->alloc_sarray(state, JPOOL_IMAGE, bytes, 1);
@@ -130,8 +131,8 @@ Status Run(TurboDecoder *decoder, const JpegInput &input, const Plan &plan, cons
   jpeg->scale_denom = 1U << order.window.level;
   jpeg_start_decompress(jpeg);
   const KsSamplesWindow &window = order.window;
-  const bool fits = window.firstColumn + window.columns <= jpeg->output_width &&
-                    window.firstRow + window.rows <= jpeg->output_height;
+  const bool fits =
+      window.firstColumn + window.columns <= jpeg->output_width && window.firstRow + window.rows <= jpeg->output_height;
   if (!fits) return ERROR_FILE_FORMAT;
   ReadWindow(jpeg, order);
   return SUCCESS;

@@ -166,5 +166,4 @@ bool IsPlausible(const Header &header, const Coding &coding) {
   return coding.packets <= kPacketsOfAByte * bytes + kPacketsOfNone;
 }
 
-
 }  // namespace kscodec::jpeg2000

@@ -76,14 +76,17 @@ Status Decoder::ReadHeader() {
   opj_image_t *made = nullptr;
   const bool isRead = opj_read_header(stream.get(), codec.get(), &made) != OPJ_FALSE;
   image.reset(made);
-  return isRead && image != nullptr ? SUCCESS : Failure();
+  if (!isRead || image == nullptr) return Failure();
+  if (options.level == 0) return SUCCESS;
+  // The area is that of the whole picture; without this call, the library gets the sizes of levels wrong.
+  return opj_set_decode_area(codec.get(), image.get(), 0, 0, 0, 0) ? SUCCESS : Failure();
 }
 
 Status Decoder::TakeArea(const Area &area) {
   if (image->x1 > INT32_MAX || image->y1 > INT32_MAX) return ERROR_NOT_SUPPORTED;
   const auto place = [](std::uint32_t position) { return static_cast<OPJ_INT32>(position); };
-  const bool isSet = opj_set_decode_area(codec.get(), image.get(), place(area.left), place(area.top),
-                                         place(area.right), place(area.bottom)) != OPJ_FALSE;
+  const bool isSet = opj_set_decode_area(codec.get(), image.get(), place(area.left), place(area.top), place(area.right),
+                                         place(area.bottom)) != OPJ_FALSE;
   return isSet ? SUCCESS : ERROR_FILE_FORMAT;
 }
 

@@ -39,7 +39,7 @@ class Decoder {
   /** Comes first: SUCCESS, ERROR_NO_MEMORY, ERROR_FILE_READ or ERROR_FILE_FORMAT. */
   Status ReadHeader();
 
-  /** Leaves out all but an area of the picture; components are then counted from its first pixel. */
+  /** Leaves out all but an area of the picture, whose components then begin with its first pixel. */
   Status TakeArea(const Area &area);
 
   /** Decodes the components with these numbers, which must rise, or all where there are none. */

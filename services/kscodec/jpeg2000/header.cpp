@@ -148,8 +148,7 @@ Status ReadHeader(const ByteSource &source, Header *header) {
 Status ReadComponents(const ByteSource &source, const Header &header, std::vector<Component> *components) {
   components->clear();
   PieceReader pieces(source);
-  const Stream each =
-      pieces.At(header.codeStreamAt + kFixedPart, kComponentBytes * header.size.components);
+  const Stream each = pieces.At(header.codeStreamAt + kFixedPart, kComponentBytes * header.size.components);
   if (pieces.Check() != SUCCESS) return pieces.Check();
   for (std::uint32_t i = 0; i < header.size.components; ++i) {
     components->push_back(ComponentOf(each.subspan(i * kComponentBytes, kComponentBytes)));

@@ -3,8 +3,8 @@
 #include "kscodec/codecs.h"
 #include "kscodec/jpeg2000/coding.h"
 #include "kscodec/jpeg2000/decoder.h"
-#include "kscodec/jpeg2000/samples.h"
 #include "kscodec/jpeg2000/pixels.h"
+#include "kscodec/jpeg2000/samples.h"
 #include "kscore/pixel_forms.h"
 
 #include <algorithm>

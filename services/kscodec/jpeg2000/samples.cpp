@@ -177,7 +177,8 @@ class WindowReader {
   Status ReadStrip(const ByteSource &source, const Size &pictured, const LevelArea &area);
   Area AreaOf(const LevelArea &area) const;
   Status Write(const Decoder &decoder, const Area &decoded, const LevelArea &area);
-  Status WriteComponent(const opj_image_comp_t &component, const Wanted &to, const Area &decoded, const LevelArea &area);
+  Status WriteComponent(const opj_image_comp_t &component, const Wanted &to, const Area &decoded,
+                        const LevelArea &area);
   void WriteZeros(const LevelArea &area);
 
   const Jpeg2000Samples &stream;
@@ -213,9 +214,8 @@ Status WindowReader::Read() {
     const std::uint32_t component = wanted.back().channel.component;
     if (AcrossOf(component).IsEmpty() || DownOf(component).IsEmpty()) return ERROR_FILE_FORMAT;
   }
-  std::sort(wanted.begin(), wanted.end(), [](const Wanted &left, const Wanted &right) {
-    return left.channel.component < right.channel.component;
-  });
+  std::sort(wanted.begin(), wanted.end(),
+            [](const Wanted &left, const Wanted &right) { return left.channel.component < right.channel.component; });
   const Status status = ReadGroup();
   if (status != SUCCESS) return status;
   return hasSamples ? SUCCESS : ERROR_FILE_FORMAT;
@@ -368,7 +368,9 @@ Status WindowReader::WriteComponent(const opj_image_comp_t &component, const Wan
                            static_cast<std::uint32_t>(area.left - window.left), width};
     if (to.channel.isMapped) {
       const Palette &palette = *headers.palette;
-      const auto level = [&](std::uint32_t x) { return row[isPlain ? across.SampleAt(area.left + x) - left : columns[x]]; };
+      const auto level = [&](std::uint32_t x) {
+        return row[isPlain ? across.SampleAt(area.left + x) - left : columns[x]];
+      };
       writer.Put(run, [&](std::uint32_t x) {
         const std::uint64_t color = std::clamp<std::int64_t>(level(x), 0, palette.size - 1);
         return palette.values[color * palette.columns.size() + to.channel.column];
