@@ -127,7 +127,8 @@ Status WindowReader::ReadTiles(const LevelArea &area) {
   const TileRange range = {TileAt(size.across, needed.left), TileAt(size.down, needed.top),
                            TileAt(size.across, needed.right - 1) + 1, TileAt(size.down, needed.bottom - 1) + 1};
   const TileStream tiles(codeStream, headers.header, headers.index, range);
-  if (tiles.MissingTiles() != 0 && !IsPartial()) return ERROR_FILE_FORMAT;
+  const std::uint64_t mostMissing = IsPartial() ? range.Count() - 1 : 0;
+  if (tiles.MissingTiles() > mostMissing) return ERROR_FILE_FORMAT;
   return ReadFrom(tiles, area);
 }
 
