@@ -72,7 +72,12 @@ void WindowReader::ChooseComponents() {
 
 /** Goes from row to row of tiles. */
 Status WindowReader::ReadGroup() {
-  if (!headers.coding.partsAreKnown) return ReadFrom(codeStream, window);
+  if (!headers.coding.partsAreKnown) {
+    // Headers of packets in one place are those of all tiles in their order, so that none can be left out.
+    const std::uint64_t held = headers.coding.packsHeaders ? size.height : 1;
+    const Status status = CheckBitmapLimit(size.width, held * headers.components.size(), kscore::Bgr32::bits);
+    return status == SUCCESS ? ReadFrom(codeStream, window) : status;
+  }
   Status status = SUCCESS;
   LevelArea rows = window;
   for (; rows.top < window.bottom && status == SUCCESS; rows.top = rows.bottom) {
@@ -159,10 +164,10 @@ Status WindowReader::ReadStrip(const ByteSource &source, const Size &pictured, c
                           image.y1 == pictured.down.end;
   if (!isExpected) return ERROR_FILE_FORMAT;
   const Area picture = {image.x0, image.y0, image.x1, image.y1};
-  const Area needed = AreaOf(area);
-  if (needed != picture) status = decoder.TakeArea(needed);
+  const Area decoded = headers.coding.packsHeaders ? picture : AreaOf(area);
+  if (decoded != picture) status = decoder.TakeArea(decoded);
   if (status == SUCCESS) status = decoder.Decode(decodesAll ? std::vector<std::uint32_t>() : components);
-  return status == SUCCESS ? Write(decoder, needed, area) : status;
+  return status == SUCCESS ? Write(decoder, decoded, area) : status;
 }
 
 Status WindowReader::Write(const Decoder &decoder, const Area &decoded, const LevelArea &area) {

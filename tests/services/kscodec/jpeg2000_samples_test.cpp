@@ -249,8 +249,7 @@ TEST_F(Jpeg2000Parts, HeadersAreDescribed) {
   EXPECT_EQ(ReadSamples(opened.get(), kFirstTile, {0}, &part), ERROR_NOT_SUPPORTED) << "32 bits";
 }
 
-/** A picture of one colour, whose few bytes claim 64 Mi samples, is read; one that claims more in a tile isn't. */
-TEST_F(Jpeg2000Parts, ClaimsAreBoundedByTile) {
+TEST_F(Jpeg2000Parts, ShorterThanTheirTilesClaimAreRefused) {
   Bytes wide = stream;
   for (const size_t at : {8U, 12U, 24U, 28U}) PutBig(wide, at, 60000, 4);
   OpenedSamples opened;
