@@ -7,6 +7,20 @@
 
 namespace ksntfx {
 
+namespace {
+
+/**
+ * The bounds of a drawing are row and column in the file (MIL-STD-2500C, table A-5, SBND1), where the strict interfaces
+ * read column and row.
+ */
+void TurnBounds(GraphicSubheader &graphic) {
+  if (graphic.SFMT[0] != 'C') return;
+  std::swap(graphic.firstBound[0], graphic.firstBound[1]);
+  std::swap(graphic.secondBound[0], graphic.secondBound[1]);
+}
+
+}  // namespace
+
 Status WideFile::Open(KsHandle handle) {
   file->fileHandle = handle;
   file->notes = &notes;
@@ -64,6 +78,7 @@ void WideFile::ReadSubheaders(SegmentKind kind) {
     KsSeek(file->fileHandle, static_cast<std::int64_t>(span.subheader), KS_SEEK_START);
     const Status status = ReadSubheader(file.Get(), kind, FindSubheader(file.Get(), kind, index), &stream);
     span.hasSubheader = status == SUCCESS;
+    if (kind == SegmentKind::Graphic && span.hasSubheader) TurnBounds(*FindGraphic(file.Get(), index));
     NoteValues(kind, index);
     if (!span.hasSubheader) found.push_back({kind, index, {"", "", span.subheader, status.Code()}});
     if (span.End() > size) NoteLength(kind, index, span);
