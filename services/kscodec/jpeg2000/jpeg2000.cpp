@@ -4,6 +4,7 @@
 #include "kscodec/jpeg2000/coding.h"
 #include "kscodec/jpeg2000/decoder.h"
 #include "kscodec/jpeg2000/pixels.h"
+#include "kscodec/jpeg2000/rows_at_once.h"
 #include "kscodec/jpeg2000/samples.h"
 #include "kscore/pixel_forms.h"
 

@@ -15,6 +15,8 @@ struct TileRange {
   std::uint64_t top = 0;
   std::uint64_t right = 0; /**< exclusive */
   std::uint64_t bottom = 0;
+
+  std::uint64_t Count() const { return (right - left) * (bottom - top); }
 };
 
 /** Where the tiles of a stream are, and the main header that they share. */

@@ -182,22 +182,11 @@ TEST_F(SamplesTest, DamageDoesNoHarm) {
   for (const JpegSpec &spec : {Spec(9, 2), Spec(12, 3, false)}) {
     const Bytes sound = EncodeJpeg(spec);
     for (size_t i = 0; i < sound.size(); ++i) {
-      for (const int change : {0x00, 0x01, 0x10, 0x80, 0xFF}) {
+      for (const int change : {0x00, 0x01, 0x80, 0xFF}) {
         Bytes damaged = sound;
         damaged[i] = static_cast<uint8_t>(damaged[i] ^ change);
         if (change == 0) damaged.resize(i);
-        KsSamples *opened = nullptr;
-        if (damaged.empty() || KsSamplesOpenMemory(damaged.data(), damaged.size(), nullptr, &opened) != SUCCESS)
-          continue;
-        const OpenedSamples closing(opened);
-        KsSamplesWindow window = WholeWindow(opened);
-        window.firstRow = window.rows / 2;
-        window.rows = std::min(window.rows - window.firstRow, 100u);
-        Samples samples;
-        const int32_t status = ReadSamples(opened, window, {0}, &samples);
-        ASSERT_TRUE(status == SUCCESS || status == ERROR_FILE_FORMAT || status == ERROR_NO_MEMORY ||
-                    status == ERROR_NOT_SUPPORTED)
-            << status;
+        ReadDamaged(damaged);
       }
     }
   }

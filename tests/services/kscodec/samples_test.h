@@ -124,3 +124,19 @@ inline void ExpectWindowsOf(KsSamples *stream, const Samples &whole, uint32_t le
         << " x " << window.columns << ", first component " << components[0];
   }
 }
+
+/** Reads a little of a stream that may be damaged in any way: there is a status, or samples. */
+inline void ReadDamaged(const Bytes &stream, KsSamplesOptions options = {}) {
+  KsSamples *made = nullptr;
+  if (stream.empty() || KsSamplesOpenMemory(stream.data(), stream.size(), &options, &made) != SUCCESS) return;
+  const OpenedSamples opened(made);
+  KsSamplesWindow window = WholeWindow(made);
+  window.firstRow = window.rows / 2;
+  window.rows = std::min(window.rows - window.firstRow, 20u);
+  window.columns = std::min(window.columns, 100u);
+  Samples samples;
+  const int32_t status = ReadSamples(made, window, {0}, &samples);
+  EXPECT_TRUE(status == SUCCESS || status == ERROR_FILE_FORMAT || status == ERROR_NO_MEMORY ||
+              status == ERROR_NOT_SUPPORTED)
+      << status;
+}
