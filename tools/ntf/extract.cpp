@@ -42,7 +42,7 @@ struct Body {
   std::uint32_t index;
   std::string name;
   std::uint64_t offset;
-  std::uint32_t bytes;
+  std::uint64_t bytes;
 };
 
 /** The suffix by which other programs recognise an image's data; ".raw" if there is a mask table, or no codec. */
@@ -100,10 +100,10 @@ Outcome ChooseBodies(const ExtractOptions &options, const FileView &file, std::v
 }
 
 Outcome CopyBody(const std::string &source, const FileView &file, const Body &body, OutputFile &output) {
-  constexpr std::uint32_t kPiece = 1U << 20;
+  constexpr std::uint64_t kPiece = 1U << 20;
   std::vector<char> piece(std::min(kPiece, body.bytes));
-  for (std::uint32_t done = 0; done < body.bytes;) {
-    const std::uint32_t bytes = std::min(kPiece, body.bytes - done);
+  for (std::uint64_t done = 0; done < body.bytes;) {
+    const std::uint64_t bytes = std::min(kPiece, body.bytes - done);
     if (file.ReadAt(body.offset + done, piece.data(), bytes) != bytes) {
       return Problem{
           source,

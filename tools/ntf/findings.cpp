@@ -242,7 +242,7 @@ void Checker::CheckMask(const Header &header, const ImageNumbers &image) {
 }
 
 void Checker::CheckDataLength(const Header &header, const ImageNumbers &image) {
-  const std::uint32_t dataLength = file.Place(SegmentKind::Image, header.choice.index).dataLength;
+  const std::uint64_t dataLength = file.Place(SegmentKind::Image, header.choice.index).dataLength;
   const std::uint64_t paddedRows = std::uint64_t{image.blocksPerColumn} * image.blockHeight;
   const std::uint64_t pixels = std::uint64_t{image.blocksPerRow} * image.blockWidth * paddedRows;
   const std::uint64_t bits = pixels * image.bands * image.bitsPerPixel;

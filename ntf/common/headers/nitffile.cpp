@@ -62,14 +62,24 @@ bool HasKind(const NitfFile *file, SegmentKind kind) {
   return kind != SegmentKind::Label || file->nitf20Layout != 0;
 }
 
-/** The bytes of a kind's first `count` segments, in the format's 32 bits. */
-std::uint32_t SegmentBytes(const NitfFile *file, SegmentKind kind, std::uint32_t count) {
-  std::uint32_t bytes = 0;
+/** The bytes of one segment. */
+std::uint64_t BytesOf(const NitfFile *file, SegmentKind kind, std::uint32_t index) {
+  const std::uint64_t data = file->longPlaces != 0 ? LongDataLength(file, kind, index) : DataLength(file, kind, index);
+  return SubheaderLength(file, kind, index) + data;
+}
+
+/** A sum of segments' bytes: 32 bits, unless the file has `longPlaces`. */
+std::uint64_t Wrapped(const NitfFile *file, std::uint64_t bytes) {
+  return file->longPlaces != 0 ? bytes : static_cast<std::uint32_t>(bytes);
+}
+
+/** The bytes of a kind's first `count` segments. */
+std::uint64_t SegmentBytes(const NitfFile *file, SegmentKind kind, std::uint32_t count) {
+  std::uint64_t bytes = 0;
   for (std::uint32_t index = 0; index < count && index < file->header.*LengthsOf(kind).count; ++index) {
-    bytes += SubheaderLength(file, kind, index);
-    bytes += DataLength(file, kind, index);
+    bytes += BytesOf(file, kind, index);
   }
-  return bytes;
+  return Wrapped(file, bytes);
 }
 
 /** The position behind all segments of the kinds before `kind`. */
@@ -138,13 +148,13 @@ Status Replay(NitfFile *file, const HeaderTable &table, void *record, const Stre
 
 Status ReadSubheaders(NitfFile *file, SegmentKind kind, StreamFileHeader *stream) {
   const std::uint64_t start = StartOfKind(file, kind);
-  std::uint32_t before = 0;  // bytes of the kind, counted on from segment to segment, as SegmentBytes counts them
+  std::uint64_t before = 0;  // bytes of the kind, counted on from segment to segment, as SegmentBytes counts them
   std::uint32_t index = 0;
   for (SegmentNode *node = file->*Traits(kind).list; node != nullptr; node = node->next, ++index) {
     SeekTo(file, start + before);
     const Status status = ReadSubheader(file, kind, node->subheader, stream);
     if (status < SUCCESS) return status;
-    before += SubheaderLength(file, kind, index) + DataLength(file, kind, index);
+    before = Wrapped(file, before + BytesOf(file, kind, index));
   }
   return SUCCESS;
 }
@@ -341,6 +351,16 @@ std::uint32_t CountInFile(const NitfFile *file, SegmentKind kind) {
 std::uint32_t DataLength(const NitfFile *file, SegmentKind kind, std::uint32_t index) {
   const LengthTable &lengths = LengthsOf(kind);
   return EntryOf(file->header, lengths, lengths.data.table, index);
+}
+
+std::uint64_t LongDataLength(const NitfFile *file, SegmentKind kind, std::uint32_t index) {
+  const LengthTable &lengths = LengthsOf(kind);
+  if (lengths.longData == nullptr || file->header.*lengths.longData == nullptr) return DataLength(file, kind, index);
+  return index >= file->header.*lengths.count ? 0 : (file->header.*lengths.longData)[index];
+}
+
+std::uint64_t EndOfKind(const NitfFile *file, SegmentKind kind) {
+  return StartOfKind(file, kind) + SegmentBytes(file, kind, CountInFile(file, kind));
 }
 
 std::uint32_t SubheaderLength(const NitfFile *file, SegmentKind kind, std::uint32_t index) {

@@ -30,6 +30,7 @@ struct NitfFile {
   std::uint32_t toneCheck;    /**< images of low levels only are spread over the full range */
   std::uint32_t fixedCanvas;  /**< the canvas is 2048 by 2048 */
   std::uint32_t nitf20Layout; /**< headers have the layout of NITF 2.0 */
+  std::uint32_t longPlaces;   /**< positions are 64 bits wide, as the lengths of images may demand */
   std::uint32_t streamBytesConsumed;
   std::uint32_t streamHeaderLoaded;
   std::uint32_t streamBytesLeft;
@@ -114,6 +115,14 @@ std::uint32_t CountInFile(const NitfFile *file, SegmentKind kind);
 std::uint32_t DataLength(const NitfFile *file, SegmentKind kind, std::uint32_t index);
 std::uint32_t SubheaderLength(const NitfFile *file, SegmentKind kind, std::uint32_t index);
 std::uint32_t TextDataLength(const NitfFile *file, std::uint32_t index);
+/** The body length in full, which for an image may be more than DataLength can say. */
+std::uint64_t LongDataLength(const NitfFile *file, SegmentKind kind, std::uint32_t index);
+
+/**
+ * The position behind the last segment of a kind in the source file, or of the kinds before it. Unless the file has
+ * `longPlaces`, it wraps at 32 bits, like all positions.
+ */
+std::uint64_t EndOfKind(const NitfFile *file, SegmentKind kind);
 
 /**
  * Reads a header from the file's position. A length or size of a file header or an image subheader that is given as

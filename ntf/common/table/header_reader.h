@@ -54,7 +54,7 @@ class HeaderReader {
     const std::string_view text(digits, width);
     if (nineIsUnknown && AllNines(text)) sawUnknown = true;
     *number = static_cast<std::uint32_t>(ParseNumber(text));
-    sawBeyond = width > kAlwaysFit && ParseLongNumber(text) > INT32_MAX;
+    longNumber = width > kAlwaysFit ? ParseLongNumber(text) : static_cast<std::int32_t>(*number);
     return SUCCESS;
   }
   /** Reads `bytes` bytes into a new buffer with a NUL behind them, which takes the place of `*buffer`. */
@@ -70,7 +70,9 @@ class HeaderReader {
   /** A length or size was given as unknown. */
   bool SawUnknown() const { return sawUnknown; }
   /** The last number of TakeNumber was more than 32 bits can tell, and is their limit. */
-  bool SawBeyond() const { return sawBeyond; }
+  bool SawBeyond() const { return longNumber > INT32_MAX; }
+  /** That number in full. */
+  std::int64_t LongNumber() const { return longNumber; }
   /** SecurityRule bits of the group that is being read. */
   unsigned SecurityRules() const { return securityRules; }
 
@@ -153,9 +155,9 @@ class HeaderReader {
   std::uint64_t aheadPosition; /**< of the end of what is read ahead */
   std::uint64_t start;         /**< position of the header */
   std::uint64_t limit;         /**< bytes that may be taken */
+  std::int64_t longNumber = 0; /**< the last number of TakeNumber */
   bool nitf20;
   bool sawUnknown = false;
-  bool sawBeyond = false;
   std::uint8_t securityRules = 0;
 };
 
