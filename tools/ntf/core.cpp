@@ -161,6 +161,15 @@ SegmentPlace FileView::Place(SegmentKind kind, std::uint32_t index) const {
 
 // ---- headers ------------------------------------------------------------------------------------------------------
 
+LoadFault FileView::Fault() const {
+  const HeaderFault &fault = file->fault;
+  LoadFault described = {
+      .header = {}, .field = std::string(fault.group).append(fault.name), .text = fault.text, .offset = fault.offset};
+  if (file->faultyKind == kFileHeaderFailed) return described;
+  described.header = {static_cast<SegmentKind>(file->faultyKind), file->faultyIndex};
+  return described;
+}
+
 FileNumbers FileView::Numbers() const {
   const NitfHeader &header = file->header;
   FileNumbers numbers;

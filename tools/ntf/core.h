@@ -34,6 +34,14 @@ struct Field {
   FieldContent content;
 };
 
+/** Where a load failed. */
+struct LoadFault {
+  HeaderChoice header;      /* its segment may not exist */
+  std::string field;        /* the standard's name; empty if no field is at fault */
+  std::string_view text;    /* its bytes; empty if they are not all in the file */
+  std::uint64_t offset = 0; /* in the file */
+};
+
 /** Characters of each half of a location field: row and column. */
 constexpr std::size_t kLocationHalf = 5;
 
@@ -122,6 +130,8 @@ class FileView {
   SegmentPlace Place(SegmentKind kind, std::uint32_t index) const;
 
   // ---- headers
+  /** Where the load failed that made this view. */
+  LoadFault Fault() const;
   FileNumbers Numbers() const;
   /** Visits all fields that a header has, in file order. The fields of bands and masks are not among them. */
   void ListFields(const HeaderChoice &header, const std::function<void(const Field &)> &visit) const;

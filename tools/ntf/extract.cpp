@@ -217,7 +217,7 @@ Outcome Extract(const ExtractOptions &options) {
     const auto copy = [&](OutputFile &output) { return CopyBody(options.file, file, body, output); };
     if (Outcome failed = WriteFile(folder, body.name, copy)) return failed;
   }
-  const std::string manifest = ManifestOf(options, folder, file, bodies).dump(2) + '\n';
+  const std::string manifest = TextOf(ManifestOf(options, folder, file, bodies));
   return WriteFile(folder, kManifestName, [&](OutputFile &output) {
     return output.Write(manifest.data(), manifest.size()) ? Outcome() : Outcome(output.Failure());
   });

@@ -82,7 +82,7 @@ constexpr HeaderRow kRows[] = {
     TextRow(NITF_TEXT(Record, SNUM), 6).Only20().Digits(),
     TextRow(NITF_TEXT(Record, SROT), 3).Only20().Digits(),
     TextRow(NITF_TEXT(Record, NELUT), 3).Only20().Rendered(NITF_MEMBER(Record, lutEntries)),
-    GroupRow(ReadLut, WriteLut),
+    GroupRow("DLUT", ReadLut, WriteLut),
     TextRow(NITF_TEXT(Record, SXSHDL), 5).Digits(),
     TextRow(NITF_TEXT(Record, SXSOFL), 3).Digits().CountedBy(offsetof(Record, SXSHDL)),
     BytesRow("SXSHD", offsetof(Record, extendedData), offsetof(Record, SXSHDL), 3),

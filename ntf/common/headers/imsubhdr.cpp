@@ -218,7 +218,7 @@ constexpr HeaderRow kRows[] = {
     TextRow(NITF_TEXT(Record, ICORDS), 1).Blank().Writes(WriteCoordinateSystem),
     TextRow(NITF_TEXT(Record, IGEOLO), 60).FillZeros().Blank().If(HasCoordinates),
     TextRow(NITF_TEXT(Record, NICOM), 1).FillZeros().Number(NITF_MEMBER(Record, commentCount)),
-    GroupRow(ReadComments, WriteComments),
+    GroupRow("ICOM", ReadComments, WriteComments),
     TextRow(NITF_TEXT(Record, IC), 2).Blank().Then(DecodeCompression).Writes(WriteCompression),
     TextRow(NITF_TEXT(Record, COMRAT), 4).Blank().If(HasRate).Then(DecodeRate).Writes(WriteRate),
     TextRow(NITF_TEXT(Record, NBANDS), 1).Rendered(NITF_MEMBER(Record, bandField)).Then(DecodeBandField),
@@ -227,7 +227,7 @@ constexpr HeaderRow kRows[] = {
         .Only21()
         .Number(NITF_MEMBER(Record, bandCount))
         .If(CountsInExtendedField),
-    GroupRow(ReadBands, WriteBands),
+    GroupRow("IREPBAND", ReadBands, WriteBands),
     TextRow(NITF_TEXT(Record, ISYNC), 1).FillZeros().Digits(),
     TextRow(NITF_TEXT(Record, IMODE), 1).Default("P").Then(DecodeMode).Writes(WriteMode),
     TextRow(NITF_TEXT(Record, NBPR), 4).Rendered(NITF_MEMBER(Record, blocksPerRow)).AllNinesUnknown(),
@@ -253,7 +253,7 @@ constexpr HeaderRow kRows[] = {
     TextRow(NITF_TEXT(Record, IXSHDL), 5).FillZeros().Digits(),
     TextRow(NITF_TEXT(Record, IXSOFL), 3).FillZeros().Digits().CountedBy(offsetof(Record, IXSHDL)),
     BytesRow("IXSHD", offsetof(Record, extendedData), offsetof(Record, IXSHDL), 3, 3),
-    GroupRow(ReadMaskTable, WriteMaskTable),
+    GroupRow("IMDATOFF", ReadMaskTable, WriteMaskTable),
 };
 
 }  // namespace

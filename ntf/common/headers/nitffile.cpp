@@ -153,7 +153,11 @@ Status ReadSubheaders(NitfFile *file, SegmentKind kind, StreamFileHeader *stream
   for (SegmentNode *node = file->*Traits(kind).list; node != nullptr; node = node->next, ++index) {
     SeekTo(file, start + before);
     const Status status = ReadSubheader(file, kind, node->subheader, stream);
-    if (status < SUCCESS) return status;
+    if (status < SUCCESS) {
+      file->faultyKind = static_cast<std::uint32_t>(kind);
+      file->faultyIndex = index;
+      return status;
+    }
     before = Wrapped(file, before + BytesOf(file, kind, index));
   }
   return SUCCESS;
@@ -210,6 +214,7 @@ void NitfFileInit(NitfFile *file) {
   *file = NitfFile{};
   NitfHeaderInit(&file->header);
   file->fileHandle = KS_INVALID_HANDLE;
+  file->faultyKind = kFileHeaderFailed;
   file->backgroundColor = 0xFFFFFF;
 }
 
@@ -230,6 +235,7 @@ Status Load(NitfFile *file, const char16_t *name) {
 Status ReadFileHeader(NitfFile *file, StreamFileHeader *stream) {
   HeaderReader reader({file->fileHandle, file->nitf20Layout != 0}, &file->header);
   Status status = reader.Read(kFileHeaderTable);
+  if (status != SUCCESS) file->fault = reader.Fault();
   if (status != SUCCESS || !reader.SawUnknown()) return status;
   status = SeekReplacementData(file, stream);
   return status != SUCCESS ? status : Replay(file, kFileHeaderTable, &file->header, stream);
@@ -241,7 +247,10 @@ Status ReadSubheader(NitfFile *file, SegmentKind kind, void *record, StreamFileH
   const std::int64_t start = KsSeek(file->fileHandle, 0, KS_SEEK_CURRENT);
   HeaderReader reader({file->fileHandle, nitf20}, record);
   const Status status = reader.Read(table);
-  if (status != SUCCESS) return status;
+  if (status != SUCCESS) {
+    file->fault = reader.Fault();
+    return status;
+  }
   if (kind == SegmentKind::Image && reader.SawUnknown()) {
     const Status found = SeekReplacementData(file, stream);
     if (found != SUCCESS) return found;

@@ -11,6 +11,7 @@
 #include "headers/strmfhdr.h"
 #include "headers/txsubhdr.h"
 #include "ksntfx.h"
+#include "table/header_fault.h"
 #include "table/header_writer.h"
 #include "table/segment_kind.h"
 
@@ -53,9 +54,15 @@ struct NitfFile {
   ksntfx::SegmentNode *labelList;
   ksntfx::SegmentNode *textList;
   ksntfx::SegmentNode *dataExtensionList;
+  ksntfx::HeaderFault fault; /**< of a load that failed at a field */
+  std::uint32_t faultyKind;  /**< the SegmentKind of the subheader that a load failed at, or kFileHeaderFailed */
+  std::uint32_t faultyIndex;
 };
 
 namespace ksntfx {
+
+/** In the place of a kind: a load failed at the file header, or not at a header. */
+constexpr std::uint32_t kFileHeaderFailed = 0xFFFFFFFF;
 
 /** Gives an object its empty state. */
 void NitfFileInit(NitfFile *file);

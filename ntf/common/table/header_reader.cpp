@@ -18,6 +18,20 @@ Status HeaderReader::Read(const HeaderTable &table) {
   return status;
 }
 
+bool HeaderReader::NoteFault(const HeaderRow &row, const char *base, const Status &status) {
+  // A field of the security group was noted before the group.
+  if (row.kind == HeaderRow::Kind::Security) {
+    fault.group = row.name;
+    return false;
+  }
+  fault.name = row.name;
+  fault.offset = Position();
+  if (row.kind != HeaderRow::Kind::Text || status == ERROR_FILE_READ) return false;
+  fault.text = {base + row.place, WidthOf(row, nitf20)};
+  fault.offset -= fault.text.size();
+  return false;
+}
+
 Status HeaderReader::ReadSecurity(const HeaderRow &row, char *base) {
   securityRules = row.securityRules;
   return row.fields->read(*this, base + row.place);

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "table/fields.h"
+#include "table/header_fault.h"
 #include "table/header_table.h"
 
 #include <algorithm>
@@ -35,6 +36,9 @@ class HeaderReader {
 
   /** Reads all rows in order: SUCCESS, kBudgetSpent, or the failure, with what was read so far in the record. */
   Status Read(const HeaderTable &table);
+
+  /** The field at which Read failed. */
+  const HeaderFault &Fault() const { return fault; }
 
   /** The bytes that were taken so far. */
   std::uint64_t Taken() const { return Position() - start; }
@@ -80,7 +84,8 @@ class HeaderReader {
   template <const auto &rows, bool terminates, std::size_t... index>
   Status ReadRows(char *base, std::index_sequence<index...>) {
     Status status = SUCCESS;
-    static_cast<void>((((status = ReadRow<terminates>(rows[index], base)) == SUCCESS) && ...));
+    static_cast<void>((
+        ((status = ReadRow<terminates>(rows[index], base)) == SUCCESS || NoteFault(rows[index], base, status)) && ...));
     return status;
   }
 
@@ -132,6 +137,8 @@ class HeaderReader {
     return std::all_of(text.begin(), text.end(), [](char digit) { return digit == '9'; });
   }
 
+  /** Remembers where a read failed. Returns false. */
+  [[gnu::cold, gnu::noinline]] bool NoteFault(const HeaderRow &row, const char *base, const Status &status);
   Status ReadSecurity(const HeaderRow &row, char *base);
   Status ReadData(const HeaderRow &row, char *base);
   Status TakeBeyond(char *buffer, std::uint64_t bytes);
@@ -159,6 +166,7 @@ class HeaderReader {
   bool nitf20;
   bool sawUnknown = false;
   std::uint8_t securityRules = 0;
+  HeaderFault fault{};
 };
 
 /** The format that `rows` describe. `terminates`: a NUL is put behind each text that is read. */
