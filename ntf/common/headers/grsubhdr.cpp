@@ -12,8 +12,9 @@ namespace ksntfx {
 
 namespace {
 
-Status CheckFormat(HeaderReader &, std::string_view text) {
-  return std::string_view("BCO").find(text[0]) == std::string_view::npos ? ERROR_FILE_FORMAT : SUCCESS;
+Status CheckFormat(HeaderReader &reader, std::string_view text) {
+  const bool known = std::string_view("BCO").find(text[0]) != std::string_view::npos;
+  return known ? SUCCESS : reader.Refuse(ERROR_FILE_FORMAT, "SFMT", text);
 }
 
 /** The lookup table of the 2.0 layout: a row for red, green and blue each, or for one entry a single gray byte. */

@@ -20,14 +20,22 @@ ImageSubheader &Image(HeaderReader &reader) {
   return reader.As<ImageSubheader>();
 }
 
-Status Refuse(const char *message, std::int32_t status) {
-  platform::MessageBoxA(nullptr, message, "Error", platform::MB_OK);
-  return status;
+/** With a message box, unless the value is noted and read past. */
+Status Refuse(HeaderReader &reader, std::string_view field, std::string_view value, const char *message,
+              std::int32_t status) {
+  if (reader.Notes() == nullptr) platform::MessageBoxA(nullptr, message, "Error", platform::MB_OK);
+  return reader.Refuse(status, field, value);
 }
 
 Status DecodePixelValueType(HeaderReader &reader, std::string_view text) {
-  if (text[0] != 'B' && text[0] != 'I') return Refuse("Unsupported PVTYPE", NITF_UNSUPPORTED_PVTYPE);
-  Image(reader).pixelValueType = text[0] == 'B' ? 1 : 0;
+  // The strict interfaces look at the first letter alone, and have no samples but integers and bits.
+  const std::string_view compared = reader.Notes() == nullptr ? text.substr(0, 1) : text;
+  const std::size_t known = reader.Notes() == nullptr ? kStrictPixelValueTypes : std::size(kPixelValueTypes);
+  const ImageCode *const end = kPixelValueTypes + known;
+  const ImageCode *const type = std::find_if(
+      kPixelValueTypes, end, [&](const ImageCode &code) { return code.text.substr(0, compared.size()) == compared; });
+  if (type == end) return Refuse(reader, "PVTYPE", text, "Unsupported PVTYPE", NITF_UNSUPPORTED_PVTYPE);
+  Image(reader).pixelValueType = type->value;
   return SUCCESS;
 }
 
@@ -60,7 +68,8 @@ Status DecodeBandField(HeaderReader &reader, std::string_view) {
 }
 
 Status DecodeMode(HeaderReader &reader, std::string_view text) {
-  return DecodeImageCode(kModes, text, &Image(reader).mode) ? SUCCESS : ERROR_FILE_FORMAT;
+  const bool known = DecodeImageCode(kModes, text, &Image(reader).mode);
+  return known ? SUCCESS : reader.Refuse(ERROR_FILE_FORMAT, "IMODE", text);
 }
 
 Status DecodeBlockWidth(HeaderReader &reader, std::string_view) {
@@ -75,10 +84,10 @@ Status DecodeBlockHeight(HeaderReader &reader, std::string_view) {
   return SUCCESS;
 }
 
-Status CheckBitsPerPixel(HeaderReader &reader, std::string_view) {
+Status CheckBitsPerPixel(HeaderReader &reader, std::string_view text) {
   const ImageSubheader &image = Image(reader);
-  if (image.bitsPerPixel == 16 && image.bandCount > 1) return Refuse("Unsupported BPP", NITF_UNSUPPORTED_BPP);
-  return SUCCESS;
+  if (reader.Notes() != nullptr || image.bitsPerPixel != 16 || image.bandCount <= 1) return SUCCESS;
+  return Refuse(reader, "NBPP", text, "Unsupported BPP", NITF_UNSUPPORTED_BPP);
 }
 
 Status DecodeMagnification(HeaderReader &reader, std::string_view text) {
@@ -132,8 +141,9 @@ Status WriteCode(HeaderWriter &writer, std::string_view text, std::uint32_t widt
 
 Status WritePixelValueType(HeaderWriter &writer) {
   const std::uint32_t type = Image(writer).pixelValueType;
-  if (type > 1) return Refuse("Unsupported PVTYPE", NITF_UNSUPPORTED_PVTYPE);
-  return WriteCode(writer, type == 0 ? "INT" : "B", 3);
+  if (type < kStrictPixelValueTypes) return WriteCode(writer, kPixelValueTypes[type].text, 3);
+  platform::MessageBoxA(nullptr, "Unsupported PVTYPE", "Error", platform::MB_OK);
+  return NITF_UNSUPPORTED_PVTYPE;
 }
 
 Status WriteRepresentation(HeaderWriter &writer) {

@@ -92,11 +92,15 @@ Status ReadLengths(HeaderReader &reader, const LengthTable &lengths) {
   if (!RenewTables(header, lengths, count)) return ERROR_NO_MEMORY;
   header.*lengths.count = count;
   std::uint32_t cut = 0;
+  auto *const exact =
+      reader.Notes() != nullptr && &lengths == &kImageLengths ? &reader.Notes()->imageDataLengths : nullptr;
+  if (exact != nullptr) exact->clear();
   for (std::uint32_t index = 0; index < count; ++index) {
     Status status = ReadLength(reader, lengths.subheader, index);
     if (status == SUCCESS) status = ReadLength(reader, lengths.data, index);
     if (status != SUCCESS) return status;
-    if (reader.SawBeyond()) cut = 1;
+    if (reader.ExactNumber() > INT32_MAX) cut = 1;
+    if (exact != nullptr) exact->push_back(static_cast<std::uint64_t>(std::max<std::int64_t>(reader.ExactNumber(), 0)));
   }
   if (&lengths == &kImageLengths) header.imageLengthsCut = cut;
   return SUCCESS;

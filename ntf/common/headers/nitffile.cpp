@@ -1,5 +1,6 @@
 #include "headers/nitffile.h"
 
+#include "headers/segment_spans.h"
 #include "internal/ksclasses_.h"
 #include "platform.h"
 #include "table/header_reader.h"
@@ -94,17 +95,6 @@ std::int64_t SeekSegment(const NitfFile *file, SegmentKind kind, std::int32_t in
   return SeekTo(file, StartOfKind(file, kind) + SegmentBytes(file, kind, before));
 }
 
-void CopyCounts(NitfFile *file) {
-  const NitfHeader &header = file->header;
-  file->headerValid = header.valid;
-  file->backgroundColor = header.backgroundColorValue;
-  file->reservedExtensionCount = header.reservedExtensionTableCount;
-  for (const SegmentKind kind : kSegmentKinds) {
-    const KindTraits &traits = Traits(kind);
-    if (HasKind(file, kind)) file->*traits.count = file->*traits.countInFile = header.*LengthsOf(kind).count;
-  }
-}
-
 // ---- reading ------------------------------------------------------------------------------------------------------
 
 /** Puts the file on the first replacement byte that no header has used yet; the first time it has to be found. */
@@ -126,7 +116,7 @@ Status SeekReplacementData(NitfFile *file, StreamFileHeader *stream) {
 Status Replay(NitfFile *file, const HeaderTable &table, void *record, const StreamFileHeader *stream) {
   const std::uint32_t used = file->streamBytesConsumed;
   const std::uint32_t left = stream->streamLengthFirst > used ? stream->streamLengthFirst - used : 0;
-  HeaderReader reader({file->fileHandle, file->nitf20Layout != 0, left}, record);
+  HeaderReader reader({file->fileHandle, file->nitf20Layout != 0, left, file->notes}, record);
   const Status status = reader.Read(table);
   if (status == kBudgetSpent) return SUCCESS;
   if (status != SUCCESS) return status;
@@ -203,6 +193,17 @@ void NitfFileInit(NitfFile *file) {
   file->backgroundColor = 0xFFFFFF;
 }
 
+void CopyCounts(NitfFile *file) {
+  const NitfHeader &header = file->header;
+  file->headerValid = header.valid;
+  file->backgroundColor = header.backgroundColorValue;
+  file->reservedExtensionCount = header.reservedExtensionTableCount;
+  for (const SegmentKind kind : kSegmentKinds) {
+    const KindTraits &traits = Traits(kind);
+    if (HasKind(file, kind)) file->*traits.count = file->*traits.countInFile = header.*LengthsOf(kind).count;
+  }
+}
+
 void NitfFileDestroy(NitfFile *file) {
   FreeObjects(file);
   NitfHeaderFree(&file->header);
@@ -218,7 +219,8 @@ Status Load(NitfFile *file, const char16_t *name) {
 }
 
 Status ReadFileHeader(NitfFile *file, StreamFileHeader *stream) {
-  HeaderReader reader({file->fileHandle, file->nitf20Layout != 0}, &file->header);
+  HeaderReader reader({.file = file->fileHandle, .nitf20 = file->nitf20Layout != 0, .notes = file->notes},
+                      &file->header);
   Status status = reader.Read(kFileHeaderTable);
   if (status != SUCCESS || !reader.SawUnknown()) return status;
   status = SeekReplacementData(file, stream);
@@ -229,7 +231,7 @@ Status ReadSubheader(NitfFile *file, SegmentKind kind, void *record, StreamFileH
   const bool nitf20 = file->nitf20Layout != 0 || kind == SegmentKind::Label;
   const HeaderTable &table = SubheaderTable(kind);
   const std::int64_t start = KsSeek(file->fileHandle, 0, KS_SEEK_CURRENT);
-  HeaderReader reader({file->fileHandle, nitf20}, record);
+  HeaderReader reader({.file = file->fileHandle, .nitf20 = nitf20, .notes = file->notes}, record);
   const Status status = reader.Read(table);
   if (status != SUCCESS) return status;
   if (kind == SegmentKind::Image && reader.SawUnknown()) {
@@ -309,6 +311,7 @@ void SeekDataExtension(const NitfFile *file, std::int32_t index) {
 }
 
 std::int64_t SeekSegmentData(const NitfFile *file, SegmentKind kind, std::uint32_t index) {
+  if (file->spans != nullptr) return SeekTo(file, file->spans->Of(kind)[index].data);
   SeekSegment(file, kind, static_cast<std::int32_t>(index));
   return KsSeek(file->fileHandle, SubheaderLength(file, kind, index), KS_SEEK_CURRENT);
 }

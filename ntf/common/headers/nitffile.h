@@ -11,6 +11,7 @@
 #include "headers/strmfhdr.h"
 #include "headers/txsubhdr.h"
 #include "ksntfx.h"
+#include "table/header_notes.h"
 #include "table/header_writer.h"
 #include "table/segment_kind.h"
 
@@ -22,14 +23,18 @@ struct SegmentNode {
   SegmentNode *next;
 };
 
+struct SegmentSpans;
+
 }  // namespace ksntfx
 
 struct NitfFile {
   KsHandle fileHandle;
-  std::uint32_t vectorRender; /**< object symbols are painted at once */
-  std::uint32_t toneCheck;    /**< images of low levels only are spread over the full range */
-  std::uint32_t fixedCanvas;  /**< the canvas is 2048 by 2048 */
-  std::uint32_t nitf20Layout; /**< headers have the layout of NITF 2.0 */
+  ksntfx::HeaderNotes *notes;        /**< null, or what receives the values that the strict interfaces refuse */
+  const ksntfx::SegmentSpans *spans; /**< null, or where the segments are, in 64 bits */
+  std::uint32_t vectorRender;        /**< object symbols are painted at once */
+  std::uint32_t toneCheck;           /**< images of low levels only are spread over the full range */
+  std::uint32_t fixedCanvas;         /**< the canvas is 2048 by 2048 */
+  std::uint32_t nitf20Layout;        /**< headers have the layout of NITF 2.0 */
   std::uint32_t streamBytesConsumed;
   std::uint32_t streamHeaderLoaded;
   std::uint32_t streamBytesLeft;
@@ -68,6 +73,9 @@ void NitfFileDestroy(NitfFile *file);
  * of NitfStatus.
  */
 Status Load(NitfFile *file, const char16_t *name);
+
+/** Copies the counts of segments and the background from the file header that was read. */
+void CopyCounts(NitfFile *file);
 
 /** Makes the nodes and records that the counts call for. SUCCESS or ERROR_NO_MEMORY. */
 Status AllocateObjects(NitfFile *file);

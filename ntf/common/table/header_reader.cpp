@@ -5,7 +5,7 @@
 namespace ksntfx {
 
 HeaderReader::HeaderReader(const HeaderSource &source, void *target)
-    : file(source.file), record(target), limit(source.limit), nitf20(source.nitf20) {
+    : file(source.file), record(target), limit(source.limit), nitf20(source.nitf20), notes(source.notes) {
   const std::int64_t here = KsSeek(file, 0, KS_SEEK_CURRENT);
   start = aheadPosition = static_cast<std::uint64_t>(std::max<std::int64_t>(here, 0));
 }
@@ -18,8 +18,16 @@ Status HeaderReader::Read(const HeaderTable &table) {
   return status;
 }
 
+Status HeaderReader::Refuse(std::int32_t status, std::string_view fieldName, std::string_view value) {
+  if (notes == nullptr) return status;
+  notes->list.push_back({std::string(fieldName), std::string(value), Position() - value.size(), status});
+  return SUCCESS;
+}
+
 Status HeaderReader::ReadSecurity(const HeaderRow &row, char *base) {
   securityRules = row.securityRules;
+  // A downgrade event is there only with its downgrade field, whatever the strict interfaces expect.
+  if (notes != nullptr) securityRules &= static_cast<std::uint8_t>(~kEventAlways);
   return row.fields->read(*this, base + row.place);
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "table/fields.h"
+#include "table/header_notes.h"
 #include "table/header_table.h"
 
 #include <algorithm>
@@ -23,6 +24,7 @@ struct HeaderSource {
   KsHandle file;                    /**< at the header's first byte */
   bool nitf20;                      /**< the header has the layout of NITF 2.0 */
   std::uint64_t limit = UINT64_MAX; /**< bytes that may be taken: those that a replay has left */
+  HeaderNotes *notes = nullptr;     /**< receives the values that would otherwise end the reading; may be null */
 };
 
 /**
@@ -54,7 +56,7 @@ class HeaderReader {
     const std::string_view text(digits, width);
     if (nineIsUnknown && AllNines(text)) sawUnknown = true;
     *number = static_cast<std::uint32_t>(ParseNumber(text));
-    sawBeyond = width > kAlwaysFit && ParseLongNumber(text) > INT32_MAX;
+    exactNumber = width > kAlwaysFit ? ParseLongNumber(text) : static_cast<std::int32_t>(*number);
     return SUCCESS;
   }
   /** Reads `bytes` bytes into a new buffer with a NUL behind them, which takes the place of `*buffer`. */
@@ -69,8 +71,16 @@ class HeaderReader {
   bool Nitf20() const { return nitf20; }
   /** A length or size was given as unknown. */
   bool SawUnknown() const { return sawUnknown; }
-  /** The last number of TakeNumber was more than 32 bits can tell, and is their limit. */
-  bool SawBeyond() const { return sawBeyond; }
+  /** The last number of TakeNumber, which may exceed 32 bits. */
+  std::int64_t ExactNumber() const { return exactNumber; }
+
+  /** Null where values that aren't supported end the reading. */
+  HeaderNotes *Notes() const { return notes; }
+  /**
+   * The result for a value that isn't supported, of the field that was read last: `status`, or SUCCESS where it could
+   * be noted.
+   */
+  Status Refuse(std::int32_t status, std::string_view fieldName, std::string_view value);
   /** SecurityRule bits of the group that is being read. */
   unsigned SecurityRules() const { return securityRules; }
 
@@ -155,7 +165,8 @@ class HeaderReader {
   std::uint64_t limit;         /**< bytes that may be taken */
   bool nitf20;
   bool sawUnknown = false;
-  bool sawBeyond = false;
+  std::int64_t exactNumber = 0;
+  HeaderNotes *notes;
   std::uint8_t securityRules = 0;
 };
 

@@ -1,7 +1,7 @@
 // JPEG 2000: pictures come back as they were encoded, and no stream costs more than its length allows.
 #include "codec_test.h"
 #include "jpeg2000_encoder.h"
-#include "kscodec/jpeg2000/header.h"
+#include "kscodec/jpeg2000/coding.h"
 
 #include <algorithm>
 #include <cmath>
@@ -422,8 +422,9 @@ TEST_P(ClaimTest, OfAShortStreamIsRefusedBeforeDecoding) {
   Bytes stream = Encode({.components = Equal(1), .tile = 8});
   const auto isPlausible = [&stream] {
     kscodec::jpeg2000::Header header;
-    EXPECT_EQ(ReadHeader(stream, &header), SUCCESS);
-    return IsPlausible(header, ReadCoding(header));
+    const kscodec::MemorySource source(stream);
+    EXPECT_EQ(ReadHeader(source, &header), SUCCESS);
+    return IsPlausible(header, ReadCoding(source, header));
   };
   const std::string marker = "\xFF\x52";
   const auto found = std::search(stream.begin(), stream.end(), marker.begin(), marker.end(),
