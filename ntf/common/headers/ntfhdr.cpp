@@ -45,7 +45,7 @@ bool IsKnownLevel(std::string_view text) {
 Status CheckComplianceLevel(HeaderReader &reader, std::string_view text) {
   if (reader.Notes() != nullptr) {
     const bool known = reader.Nitf20() || IsKnownLevel(text);
-    return known ? SUCCESS : NITF_UNSUPPORTED_CLEVEL;
+    return known ? Status(SUCCESS) : Status(NITF_UNSUPPORTED_CLEVEL);
   }
   if (text != "03") {
     platform::MessageBoxA(nullptr, "Unsupported CLEVEL", "Error", platform::MB_OK);
