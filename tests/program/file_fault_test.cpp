@@ -4,27 +4,40 @@
 #include <algorithm>
 #include <filesystem>
 
+#include <nlohmann/json.hpp>
+
 namespace {
 
-/** A file that the library refuses, and the end of its error line. */
+using Json = nlohmann::json;
+
+/** A file that can't be loaded: the field at fault, its place and its value. */
 struct Fault {
   const char *name;
   std::string file;
-  std::string line;
+  std::string field;
+  std::size_t offset;
+  std::string words; /* about the field */
+  int status;
 };
 
 class RefusedFile : public ProgramTest, public testing::WithParamInterface<Fault> {};
 
-TEST_P(RefusedFile, IsReportedInOneLineByEachCommand) {
+TEST_P(RefusedFile, IsExplainedInOneLineByEachCommand) {
   WriteText("bad.ntf", GetParam().file);
   WriteText("out.png", "an older picture");
-  const std::string line = "ntf: bad.ntf: " + GetParam().line + "\n";
+  const std::string place = GetParam().field + " at byte " + std::to_string(GetParam().offset);
+  const std::string words = place + " " + GetParam().words;
+  const std::string line = "ntf: bad.ntf: " + words + " (status " + std::to_string(GetParam().status) + ")\n";
   for (const std::vector<std::string> &command :
        std::vector<std::vector<std::string>>{{"info", "bad.ntf"},
-                                             {"info", "--json", "bad.ntf"},
                                              {"render", "bad.ntf", "-o", "-"},
                                              {"render", "bad.ntf", "-o", "out.png", "--force"},
-                                             {"render", "bad.ntf", "-o", "out.png", "--force", "--image", "0"}}) {
+                                             {"render", "bad.ntf", "-o", "out.png", "--force", "--image", "0"},
+                                             {"text", "bad.ntf"},
+                                             {"extract", "bad.ntf", "-o", "folder"},
+                                             {"copy", "bad.ntf", "out.ntf"},
+                                             {"set", "bad.ntf", "-o", "out.ntf", "FTITLE=x"},
+                                             {"append", "bad.ntf", "-o", "out.ntf", "--text", "out.png"}}) {
     const ProgramRun run = Run(command);
     EXPECT_EQ(run.exitCode, 1) << command[0];
     EXPECT_EQ(run.errors, line) << command[0];
@@ -32,22 +45,62 @@ TEST_P(RefusedFile, IsReportedInOneLineByEachCommand) {
   }
   EXPECT_EQ(ReadText("out.png"), "an older picture");
   EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"bad.ntf", "out.png"}));
+
+  EXPECT_EQ(Run({"check", "bad.ntf"}).output, "bad.ntf: " + place + ": " + GetParam().words + "\n");
+  const Json described = Json::parse(Run({"info", "--json", "bad.ntf"}).output);
+  EXPECT_EQ(described["name"], "bad.ntf");
+  EXPECT_EQ(described["error"], words);
+  const Json checked = Json::parse(Run({"check", "--json", "bad.ntf"}).output);
+  EXPECT_EQ(checked["ok"], false);
+  for (const Json &fault : {described, checked["findings"][0]}) {
+    EXPECT_EQ(fault["field"], GetParam().field);
+    EXPECT_EQ(fault["offset"], GetParam().offset);
+  }
+  for (const Json &file : {described, checked}) EXPECT_EQ(file["status"], GetParam().status);
 }
 
 std::string FileWith(const std::string &field, const std::string &value, const FieldTexts &imageFields = {}) {
   return TextOf(NitfBuilder().Field(field, value).Image(SmallImage(imageFields)).Build());
 }
 
+std::string ImageWith(const std::string &field, const std::string &value) {
+  return FileWith("FVER", "02.10", {{field, value}});
+}
+
+std::string ColorImage() {
+  ImageSpec image = SmallImage();
+  image.bands = {{}, {}};
+  image.bits = 16;
+  return TextOf(NitfBuilder().Image(image).Build());
+}
+
+constexpr const char *kClassifications = ", not one of T, S, C, R, U";
+constexpr const char *kNoStreamHeader = "is unknown (all nines), and the file has no stream file header";
+
+// The header of a file of one image has 404 bytes.
 INSTANTIATE_TEST_SUITE_P(
     Program, RefusedFile,
-    testing::Values(Fault{"Empty", "", "is truncated, or can't be read (status -7)"},
-                    Fault{"Truncated", FileWith("FVER", "02.10").substr(0, 300),
-                          "is truncated, or can't be read (status -7)"},
-                    Fault{"NoNitf", std::string(500, 'x'), "is not a NITF file, or is malformed (status -9)"},
-                    Fault{"Version", FileWith("FVER", "02.00"), "version is not 02.10 (status -78)"},
-                    Fault{"Compliance", FileWith("CLEVEL", "05"), "compliance level is not 03 (status -700001)"},
-                    Fault{"PixelType", FileWith("FVER", "02.10", {{"PVTYPE", "R"}}),
-                          "pixel value type is neither INT nor B (status -700000)"}),
+    testing::Values(
+        Fault{"Truncated", FileWith("FVER", "02.10").substr(0, 300), "ONAME", 300,
+              "is not complete: the file has 300 bytes", -7},
+        Fault{"WithoutSegment", FileWith("FVER", "02.10").substr(0, 404), "image 0 IM", 404,
+              "is not complete: the file has 404 bytes", -7},
+        Fault{"NoNitf", std::string(500, 'x'), "FHDR", 0, "is 'xxxx', not NITF or NSIF", -9},
+        Fault{"Version", FileWith("FVER", "02.00"), "FVER", 4, "is '02.00', not 02.10", -78},
+        Fault{"Compliance", FileWith("CLEVEL", "05"), "CLEVEL", 9, "is '05', not 03", -700001},
+        Fault{"Classification", FileWith("FSCLAS", "X"), "FSCLAS", 119, std::string("is 'X'") + kClassifications, -9},
+        Fault{"Count", FileWith("NUMT", "-01"), "NUMT", 385, "is '-01', not a number from 000 to 999", -1},
+        Fault{"UnknownLength", FileWith("FL", "999999999999"), "FL", 342, kNoStreamHeader, -13},
+        Fault{"UnknownSegmentLength", FileWith("FVER", "02.10").replace(369, 10, "9999999999"), "LI001", 369,
+              kNoStreamHeader, -13},
+        Fault{"HeaderLength", FileWith("HL", "000405"), "image 0 IM", 405, "is 'MS', not IM", -9},
+        Fault{"ExtendedData", FileWith("XHDL", "00002"), "XHDL", 399, "is '00002', not 00000 or at least 00003", -9},
+        Fault{"SegmentClassification", ImageWith("ISCLAS", "X"), "image 0 ISCLAS", 527,
+              std::string("is 'X'") + kClassifications, -9},
+        Fault{"UnknownSize", ImageWith("NROWS", "99999999"), "image 0 NROWS", 737, kNoStreamHeader, -13},
+        Fault{"PixelType", ImageWith("PVTYPE", "R"), "image 0 PVTYPE", 753, "is 'R  ', not INT or B", -700000},
+        Fault{"Mode", ImageWith("IMODE", "X"), "image 0 IMODE", 794, "is 'X', not B, P, R or S", -9},
+        Fault{"Bands", ColorImage(), "image 0 NBPP", 824, "is 16, but the image has several bands", -700002}),
     [](const auto &test) { return test.param.name; });
 
 /** A command that fails, and the words of its error line. */

@@ -2,10 +2,10 @@
 
 #include "findings.h"
 #include "info_json.h"
+#include "load_fault.h"
 #include "load_headers.h"
 #include "printable.h"
-
-#include <cstdio>
+#include "standard_output.h"
 
 namespace ntf {
 namespace {
@@ -19,15 +19,22 @@ Checked CheckFile(const std::string &name) {
   LoadedFile file;
   Checked checked;
   checked.problem = LoadHeaders(name, file);
-  checked.findings = checked.problem ? FindLoadFaults(file.View()) : FindFaults(file.View());
+  if (!checked.problem) {
+    checked.findings = FindFaults(file.View());
+  } else if (auto fault = FindLoadFault(file.View(), checked.problem->status)) {
+    checked.findings.push_back(std::move(*fault));
+  }
   return checked;
 }
 
-void PrintFindings(const std::string &name, const std::vector<Finding> &findings) {
+std::string LinesOf(const std::string &name, const std::vector<Finding> &findings) {
+  std::string lines;
   for (const Finding &finding : findings) {
-    std::printf("%s: %s at byte %llu: %s\n", WithoutControls(name).c_str(), finding.field.c_str(),
-                static_cast<unsigned long long>(finding.offset), WithoutControls(finding.words).c_str());
+    lines += WithoutControls(name + ": " + finding.field + " at byte " + std::to_string(finding.offset) + ": " +
+                             finding.words) +
+             '\n';
   }
+  return lines;
 }
 
 Json DescribeFindings(const std::string &name, const Checked &checked) {
@@ -46,6 +53,7 @@ Json DescribeFindings(const std::string &name, const Checked &checked) {
 
 bool Check(const CheckOptions &options) {
   bool clean = true;
+  Outcome unprinted;
   Json all = Json::array();
   for (const std::string &name : options.files) {
     const Checked checked = CheckFile(name);
@@ -53,12 +61,14 @@ bool Check(const CheckOptions &options) {
     if (checked.problem || !checked.findings.empty()) clean = false;
     if (options.json) {
       all.push_back(DescribeFindings(name, checked));
-    } else {
-      PrintFindings(name, checked.findings);
+    } else if (!unprinted) {
+      unprinted = PrintOutput(LinesOf(name, checked.findings));
     }
   }
-  if (options.json) std::printf("%s\n", (all.size() == 1 ? all[0] : all).dump(2).c_str());
-  return clean;
+  if (options.json) unprinted = PrintOutput(TextOf(all.size() == 1 ? all[0] : all));
+  if (!unprinted) unprinted = FlushOutput();
+  if (unprinted) Report(*unprinted);
+  return clean && !unprinted;
 }
 
 }  // namespace ntf

@@ -1,4 +1,4 @@
-// ntf copy: saving a file under another name.
+// ntf copy: a copy of a file, byte for byte.
 #pragma once
 
 #include "problem.h"
@@ -13,7 +13,7 @@ struct CopyOptions {
   bool force = false; /* overwrites a file */
 };
 
-/** Opens and saves a file, and compares the result with the original before it appears. */
+/** Copies a file that can be opened, and compares the copy with it before it appears. */
 Outcome Copy(const CopyOptions &options);
 
 }  // namespace ntf

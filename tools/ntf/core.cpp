@@ -8,8 +8,8 @@
 #include "headers/segment_data.h"
 #include "images/block_grid.h"
 #include "images/handlimg.h"
-#include "images/vq.h"
 #include "internal/status.h"
+#include "save/splice.h"
 #include "table/fields.h"
 #include "table/header_writer.h"
 
@@ -104,6 +104,15 @@ bool StoreDigits(const FieldPlace &place, const std::string &value) {
   return true;
 }
 
+/** Three bytes: red, green and blue. */
+FieldChange StoreBackground(NitfFile *file, const std::string &value) {
+  if (value.size() != 3) return FieldChange::Refused;
+  const auto byte = [&](std::size_t at) { return static_cast<std::uint32_t>(static_cast<unsigned char>(value[at])); };
+  std::memcpy(file->header.FBKGC, value.data(), value.size());
+  file->backgroundColor = file->header.backgroundColorValue = byte(0) | byte(1) << 8 | byte(2) << 16;
+  return FieldChange::Stored;
+}
+
 bool StoreText(const FieldPlace &place, const std::string &value) {
   if (place.row->halves != HeaderRow::kNowhere) return StoreHalves(place, value);
   if (place.row->content == ksntfx::FieldContent::Digits) return StoreDigits(place, value);
@@ -143,7 +152,7 @@ bool FileView::Has(SegmentKind kind, std::uint32_t index) const {
 SegmentPlace FileView::Place(SegmentKind kind, std::uint32_t index) const {
   SegmentPlace place;
   place.subheaderLength = SubheaderLength(file, Core(kind), index);
-  place.dataLength = DataLength(file, Core(kind), index);
+  place.dataLength = LongDataLength(file, Core(kind), index);
   const std::int64_t data = SeekSegmentData(file, Core(kind), index);
   place.data = static_cast<std::uint64_t>(std::max<std::int64_t>(data, 0));
   place.subheader = static_cast<std::uint64_t>(std::max<std::int64_t>(data - place.subheaderLength, 0));
@@ -151,6 +160,15 @@ SegmentPlace FileView::Place(SegmentKind kind, std::uint32_t index) const {
 }
 
 // ---- headers ------------------------------------------------------------------------------------------------------
+
+LoadFault FileView::Fault() const {
+  const HeaderFault &fault = file->fault;
+  LoadFault described = {
+      .header = {}, .field = std::string(fault.group).append(fault.name), .text = fault.text, .offset = fault.offset};
+  if (file->faultyKind == kFileHeaderFailed) return described;
+  described.header = {static_cast<SegmentKind>(file->faultyKind), file->faultyIndex};
+  return described;
+}
 
 FileNumbers FileView::Numbers() const {
   const NitfHeader &header = file->header;
@@ -194,13 +212,10 @@ HeaderLayout FileView::Layout(const HeaderChoice &header) const {
 }
 
 FieldChange FileView::Store(const HeaderChoice &header, const std::string &name, const std::string &value) const {
+  if (!header.kind && name == "FBKGC") return StoreBackground(file, value);
   const FieldPlace place = FindRow(TableFor(header).rows, static_cast<char *>(RecordOf(*file, header)), {}, name);
   if (place.row == nullptr) return FieldChange::NoSuchField;
   return StoreText(place, value) ? FieldChange::Stored : FieldChange::Refused;
-}
-
-void FileView::StoreBackground(std::uint32_t color) const {
-  file->backgroundColor = file->header.backgroundColorValue = color >> 16 | (color & 0xFF00U) | (color & 0xFFU) << 16;
 }
 
 // ---- images and graphics ------------------------------------------------------------------------------------------
@@ -293,19 +308,47 @@ std::uint64_t FileView::ReadAt(std::uint64_t offset, void *buffer, std::uint64_t
   return position < 0 ? 0 : KsRead(file->fileHandle, buffer, bytes);
 }
 
-std::uint32_t FileView::NeededBytes(std::uint32_t index) const {
-  ImageSubheader &image = *FindImage(file, index);
-  const ImageSource source = OpenSource(file, &image, index);
-  std::uint64_t needed = source.dataLength;
-  const bool mayEndEarlier = image.compression == kM4 && MeasureVqData(source, &needed) == SUCCESS;
-  return mayEndEarlier ? static_cast<std::uint32_t>(std::min<std::uint64_t>(needed, source.dataLength))
-                       : source.dataLength;
-}
-
 std::int32_t FileView::ReadData(SegmentKind kind, std::uint32_t index, std::string &data) const {
   SegmentData held;
   const Status status = ReadSegmentData(file, Core(kind), index, &held);
   if (status == SUCCESS) data.assign(held.bytes.Get(), held.length);
+  return status.Code();
+}
+
+// ---- rewriting ----------------------------------------------------------------------------------------------------
+
+struct FileRewrite::Held {
+  Splice splice;
+};
+
+FileRewrite::FileRewrite(const FileView &file)
+    : source(file), held(std::make_unique<Held>(Held{Splice(file.file->fileHandle)})) {}
+FileRewrite::~FileRewrite() = default;
+
+void FileRewrite::Replace(std::uint64_t offset, const std::string &bytes) {
+  held->splice.Replace(offset, bytes);
+}
+
+std::int32_t FileRewrite::Append(const FileView &added, std::string &field) {
+  std::string_view full;
+  const Status status = SpliceSegments(source.file, added.file, &held->splice, &full);
+  field = full;
+  return status.Code();
+}
+
+std::int32_t FileRewrite::Write(const char16_t *name) const {
+  const KsHandle out = KsOpen(name, KS_OPEN_CREATE, KS_MODE_CREATE);
+  if (out == KS_INVALID_HANDLE) return ERROR_FILE_WRITE;
+  const Status status = held->splice.WriteTo(out);
+  const std::int32_t closed = KsClose(out);
+  return status == SUCCESS ? closed : status.Code();
+}
+
+std::int32_t FileRewrite::Compare(const char16_t *name) const {
+  const KsHandle written = KsOpen(name, KS_OPEN_READ, KS_MODE_READ);
+  if (written == KS_INVALID_HANDLE) return ERROR_FILE_READ;
+  const Status status = held->splice.CompareWith(written);
+  KsClose(written);
   return status.Code();
 }
 
@@ -315,7 +358,9 @@ struct LoadedFile::Held {
   LocalNitfFile file;
 };
 
-LoadedFile::LoadedFile() : held(std::make_unique<Held>()) {}
+LoadedFile::LoadedFile() : held(std::make_unique<Held>()) {
+  held->file->longPlaces = 1;
+}
 LoadedFile::~LoadedFile() = default;
 
 std::int32_t LoadedFile::Load(const char16_t *name) {

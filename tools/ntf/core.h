@@ -34,6 +34,14 @@ struct Field {
   FieldContent content;
 };
 
+/** Where a load failed. */
+struct LoadFault {
+  HeaderChoice header;      /* its segment may not exist */
+  std::string field;        /* the standard's name; empty if no field is at fault */
+  std::string_view text;    /* its bytes; empty if they are not all in the file */
+  std::uint64_t offset = 0; /* in the file */
+};
+
 /** Characters of each half of a location field: row and column. */
 constexpr std::size_t kLocationHalf = 5;
 
@@ -48,7 +56,7 @@ struct SegmentPlace {
   std::uint64_t subheader = 0; /* offset in the file */
   std::uint32_t subheaderLength = 0;
   std::uint64_t data = 0; /* offset in the file */
-  std::uint32_t dataLength = 0;
+  std::uint64_t dataLength = 0;
 };
 
 /** Numbers of the file header. */
@@ -122,16 +130,16 @@ class FileView {
   SegmentPlace Place(SegmentKind kind, std::uint32_t index) const;
 
   // ---- headers
+  /** Where the load failed that made this view. */
+  LoadFault Fault() const;
   FileNumbers Numbers() const;
   /** Visits all fields that a header has, in file order. The fields of bands and masks are not among them. */
   void ListFields(const HeaderChoice &header, const std::function<void(const Field &)> &visit) const;
   /** The text of a field; empty if the header doesn't have it. */
   std::string FieldText(const HeaderChoice &header, std::string_view name) const;
   HeaderLayout Layout(const HeaderChoice &header) const;
-  /** Stores a value in a field. */
+  /** Stores a value in a field in memory; FBKGC takes its three bytes. */
   FieldChange Store(const HeaderChoice &header, const std::string &name, const std::string &value) const;
-  /** Stores FBKGC, 0xRRGGBB. */
-  void StoreBackground(std::uint32_t color) const;
 
   // ---- images and graphics
   ImageNumbers Image(std::uint32_t index) const;
@@ -152,13 +160,40 @@ class FileView {
   std::uint64_t SourceBytes() const;
   /** Reads up to `bytes` bytes at an offset, and returns how many there were. */
   std::uint64_t ReadAt(std::uint64_t offset, void *buffer, std::uint64_t bytes) const;
-  /** The bytes of an image's data that a save must carry: of vector-quantised ones, those up to the last code. */
-  std::uint32_t NeededBytes(std::uint32_t index) const;
   /** Reads the data of a segment. A status. */
   std::int32_t ReadData(SegmentKind kind, std::uint32_t index, std::string &data) const;
 
  private:
+  friend class FileRewrite;
   NitfFile *file;
+};
+
+/** The bytes of an opened file with changes: all others are carried as they are. */
+class FileRewrite {
+ public:
+  /** Without changes, a copy. The file must outlive the object. */
+  explicit FileRewrite(const FileView &file);
+  ~FileRewrite();
+  FileRewrite(const FileRewrite &) = delete;
+  FileRewrite &operator=(const FileRewrite &) = delete;
+
+  /** Replaces as many bytes as `bytes` has. Replaced ranges must not overlap. */
+  void Replace(std::uint64_t offset, const std::string &bytes);
+  /**
+   * Puts the segments that were added in memory to another file behind those of this one. A status; after a failure
+   * `field` is the header field that can't hold its value, if there is one. `added` must outlive the object.
+   */
+  std::int32_t Append(const FileView &added, std::string &field);
+
+  /** Writes the file as `name`. A status. */
+  std::int32_t Write(const char16_t *name) const;
+  /** Reads the written file, and compares all of it. A status. */
+  std::int32_t Compare(const char16_t *name) const;
+
+ private:
+  struct Held;
+  FileView source;
+  std::unique_ptr<Held> held;
 };
 
 /** A file that is opened for its headers alone. */

@@ -1,12 +1,14 @@
 #include "create.h"
 
-#include "comparing.h"
 #include "field_change.h"
 #include "input_file.h"
+#include "load_headers.h"
 #include "picture_input.h"
+#include "rewriting.h"
 #include "saving.h"
 #include "status_words.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -72,70 +74,138 @@ Outcome AppendText(NitfHandle handle, const Item &item) {
   return OutcomeOf(item.file, status);
 }
 
-/** Stores the location and the levels that were given for the segment appended last. */
-Outcome Place(NitfHandle handle, const Item &item) {
-  const bool isImage = item.kind == ItemKind::Image;
-  const FileView file(handle);
-  const SegmentKind kind = isImage ? SegmentKind::Image : SegmentKind::Graphic;
-  const HeaderChoice header = {kind, file.Count(kind) - 1};
-  const std::string prefix = isImage ? "I" : "S";
-  const std::pair<const char *, const std::optional<std::string> &> fields[] = {
-      {"LOC", item.location}, {"DLVL", item.level}, {"ALVL", item.attachment}};
-  for (const auto &[name, value] : fields) {
-    if (!value) continue;
-    if (Outcome refused = ChangeField(item.file, file, header, prefix + name, *value)) return refused;
+// ---- levels -------------------------------------------------------------------------------------------------------
+
+/** The display levels of the images and graphics of one or two files. */
+struct Stack {
+  bool any = false;
+  std::uint32_t lowest = 0;
+  std::uint32_t highest = 0;
+
+  void Add(std::uint32_t level) {
+    lowest = any ? std::min(lowest, level) : level;
+    highest = any ? std::max(highest, level) : level;
+    any = true;
   }
-  return {};
+};
+
+void AddLevels(const FileView &file, Stack &stack) {
+  for (const SegmentKind kind : {SegmentKind::Image, SegmentKind::Graphic}) {
+    for (std::uint32_t index = 0; index < file.Count(kind); ++index) stack.Add(file.LevelOf(kind, index).level);
+  }
 }
 
 /** A new segment goes above all others, which needs a level above theirs. */
-Outcome CheckRoomAbove(const FileView &file, const Item &item) {
+Outcome CheckRoomAbove(const Stack &stack, const Item &item) {
   constexpr std::uint32_t kHighest = 999;
-  if (item.kind == ItemKind::Text || item.level) return {};
-  for (const SegmentKind kind : {SegmentKind::Image, SegmentKind::Graphic}) {
-    for (std::uint32_t index = 0; index < file.Count(kind); ++index) {
-      if (file.LevelOf(kind, index).level < kHighest) continue;
-      return Problem{item.file, "there is no display level above 999; choose one with --level", ERROR_INVALID_VALUE,
-                     true};
-    }
+  if (item.kind == ItemKind::Text || item.level || stack.highest < kHighest) return {};
+  return Problem{item.file, "there is no display level above 999; choose one with --level", ERROR_INVALID_VALUE, true};
+}
+
+/** A field of a new segment. */
+struct ItemField {
+  std::string name;
+  std::optional<std::string> value;
+};
+
+/** The levels and the location of a new segment: those that were given, or above all others at their lowest level. */
+std::vector<ItemField> FieldsOf(const Item &item, const Stack &stack) {
+  const std::optional<std::string> lowest = stack.any ? std::optional(std::to_string(stack.lowest)) : std::nullopt;
+  if (item.kind == ItemKind::Text) return {{"TXTALVL", lowest}};
+  const bool isImage = item.kind == ItemKind::Image;
+  const std::string prefix = isImage ? "I" : "S";
+  return {{prefix + "LOC", item.location},
+          {prefix + "DLVL", item.level.value_or(std::to_string(stack.highest + 1))},
+          {prefix + "ALVL", item.attachment || isImage ? item.attachment : lowest}};
+}
+
+SegmentKind KindOf(const Item &item) {
+  if (item.kind == ItemKind::Text) return SegmentKind::Text;
+  return item.kind == ItemKind::Image ? SegmentKind::Image : SegmentKind::Graphic;
+}
+
+Outcome AppendSegment(NitfHandle handle, const Item &item) {
+  if (item.kind == ItemKind::Image) return AppendImage(handle, item);
+  return item.kind == ItemKind::Graphic ? AppendGraphic(handle, item) : AppendText(handle, item);
+}
+
+/** Adds a segment to the new file `added`, whose levels continue those of `base`. */
+Outcome Append(const LocalHandle &added, const Stack &base, const Item &item) {
+  Stack stack = base;
+  AddLevels(added.View(), stack);
+  if (Outcome full = CheckRoomAbove(stack, item)) return full;
+  if (Outcome failed = AppendSegment(added.Get(), item)) return failed;
+  const SegmentKind kind = KindOf(item);
+  const HeaderChoice header = {kind, added.View().Count(kind) - 1};
+  for (const auto &[name, value] : FieldsOf(item, stack)) {
+    if (!value) continue;
+    if (Outcome refused = ChangeField(item.file, added.View(), header, name, *value)) return refused;
   }
   return {};
 }
 
-Outcome Append(NitfHandle handle, const Item &item) {
-  if (Outcome full = CheckRoomAbove(FileView(handle), item)) return full;
-  switch (item.kind) {
-    case ItemKind::Image:
-      if (Outcome failed = AppendImage(handle, item)) return failed;
-      return Place(handle, item);
-    case ItemKind::Graphic:
-      if (Outcome failed = AppendGraphic(handle, item)) return failed;
-      return Place(handle, item);
-    case ItemKind::Text:
-      break;
+Outcome AppendAll(const LocalHandle &added, const Stack &base, const std::vector<Item> &items) {
+  for (const Item &item : items) {
+    if (Outcome failed = Append(added, base, item)) return failed;
   }
-  return AppendText(handle, item);
+  return {};
+}
+
+// ---- files --------------------------------------------------------------------------------------------------------
+
+Outcome CreateNew(const CreateOptions &options) {
+  LocalHandle file;
+  if (Outcome failed = file.Make(options.output)) return failed;
+  if (Outcome taken = CheckOutput(options.output, options.force)) return taken;
+  if (Outcome failed = Date(options.output, file.View())) return failed;
+  for (const FieldValue &field : options.fields) {
+    if (Outcome refused = ChangeField(options.output, file.View(), {}, field.name, field.value)) return refused;
+  }
+  if (Outcome failed = AppendAll(file, {}, options.items)) return failed;
+  const auto write = [&](const std::string &place) { return K_NITFSaveFileA(file.Get(), place.c_str()); };
+  return SaveChecked(options.output, options.output, write, [&](const std::string &place) -> Outcome {
+    LoadedFile saved;
+    return LoadHeaders(place, saved);
+  });
+}
+
+Problem AppendProblem(const std::string &fileName, std::int32_t status, const std::string &field) {
+  if (status == ERROR_NOT_SUPPORTED) {
+    return {fileName, "segments can't be appended to a file with a stream file header", status};
+  }
+  if (field.empty()) return StatusProblem(fileName, status);
+  return {fileName, "the new segments don't fit: " + field + " would exceed its digits", status};
+}
+
+Outcome AppendToFile(const CreateOptions &options) {
+  const std::string &input = *options.input;
+  LoadedFile loaded;
+  if (Outcome failed = LoadHeaders(input, loaded)) return failed;
+  if (Outcome taken = CheckOutput(options.output, options.force)) return taken;
+  const FileView file = loaded.View();
+  FileRewrite rewrite(file);
+  if (Outcome refused = RewriteFields(input, file, {}, options.fields, rewrite)) return refused;
+  LocalHandle added;
+  if (Outcome failed = added.Make(options.output)) return failed;
+  // The dates of new segments derive from that of the file.
+  static_cast<void>(added.View().Store({}, "FDT", file.FieldText({}, "FDT")));
+  Stack base;
+  AddLevels(file, base);
+  if (Outcome failed = AppendAll(added, base, options.items)) return failed;
+  std::string field;
+  const std::int32_t status = rewrite.Append(added.View(), field);
+  if (status != SUCCESS) return AppendProblem(input, status, field);
+  WarnOfLength(input, file);
+  return SaveRewritten(input, file, rewrite, options.output, {}, options.fields);
 }
 
 }  // namespace
 
 Outcome Create(const CreateOptions &options) {
-  LocalHandle handle;
   std::vector<std::string> inputs;
   for (const Item &item : options.items) inputs.push_back(item.file);
   if (Outcome same = CheckNotInput(options.output, inputs)) return same;
-  if (Outcome failed = options.input ? handle.Open(*options.input) : handle.Make(options.output)) return failed;
-  if (Outcome taken = CheckOutput(options.output, options.force)) return taken;
-  if (!options.input) {
-    if (Outcome failed = Date(options.output, handle.View())) return failed;
-  }
-  for (const auto &[name, value] : options.fields) {
-    if (Outcome refused = ChangeField(options.output, handle.View(), {}, name, value)) return refused;
-  }
-  for (const Item &item : options.items) {
-    if (Outcome failed = Append(handle.Get(), item)) return failed;
-  }
-  return SaveCompared(handle, options.output);
+  return options.input ? AppendToFile(options) : CreateNew(options);
 }
 
 }  // namespace ntf

@@ -3,11 +3,11 @@
 
 #include "kskernel.h"
 #include "problem.h"
+#include "rewriting.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace ntf {
@@ -28,8 +28,8 @@ struct Item {
 struct CreateOptions {
   std::optional<std::string> input; /* the file to append to */
   std::string output;
-  bool force = false;                                      /* overwrites a file */
-  std::vector<std::pair<std::string, std::string>> fields; /* of the file header, with their values */
+  bool force = false;             /* overwrites a file */
+  std::vector<FieldValue> fields; /* of the file header */
   std::vector<Item> items;
 };
 

@@ -42,7 +42,7 @@ struct Body {
   std::uint32_t index;
   std::string name;
   std::uint64_t offset;
-  std::uint32_t bytes;
+  std::uint64_t bytes;
 };
 
 /** The suffix by which other programs recognise an image's data; ".raw" if there is a mask table, or no codec. */
@@ -100,10 +100,10 @@ Outcome ChooseBodies(const ExtractOptions &options, const FileView &file, std::v
 }
 
 Outcome CopyBody(const std::string &source, const FileView &file, const Body &body, OutputFile &output) {
-  constexpr std::uint32_t kPiece = 1U << 20;
+  constexpr std::uint64_t kPiece = 1U << 20;
   std::vector<char> piece(std::min(kPiece, body.bytes));
-  for (std::uint32_t done = 0; done < body.bytes;) {
-    const std::uint32_t bytes = std::min(kPiece, body.bytes - done);
+  for (std::uint64_t done = 0; done < body.bytes;) {
+    const std::uint64_t bytes = std::min(kPiece, body.bytes - done);
     if (file.ReadAt(body.offset + done, piece.data(), bytes) != bytes) {
       return Problem{
           source,
@@ -217,7 +217,7 @@ Outcome Extract(const ExtractOptions &options) {
     const auto copy = [&](OutputFile &output) { return CopyBody(options.file, file, body, output); };
     if (Outcome failed = WriteFile(folder, body.name, copy)) return failed;
   }
-  const std::string manifest = ManifestOf(options, folder, file, bodies).dump(2) + '\n';
+  const std::string manifest = TextOf(ManifestOf(options, folder, file, bodies));
   return WriteFile(folder, kManifestName, [&](OutputFile &output) {
     return output.Write(manifest.data(), manifest.size()) ? Outcome() : Outcome(output.Failure());
   });

@@ -23,8 +23,11 @@ constexpr std::string_view kKept[] = {"FHDR",   "FVER",   "CLEVEL",  "FL",     "
 bool StoreBackground(const FileView &file, const std::string &value) {
   const bool known = value.size() == 6 && value.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
   if (!known) return false;
-  file.StoreBackground(static_cast<std::uint32_t>(std::stoul(value, nullptr, 16)));
-  return true;
+  std::string color;
+  for (std::size_t at = 0; at < value.size(); at += 2) {
+    color += static_cast<char>(std::stoul(value.substr(at, 2), nullptr, 16));
+  }
+  return file.Store({}, "FBKGC", color) == FieldChange::Stored;
 }
 
 /** A field that holds a value may still not allow it. */

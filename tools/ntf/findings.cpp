@@ -5,7 +5,6 @@
 #include "segment_choice.h"
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <string_view>
 
@@ -242,7 +241,7 @@ void Checker::CheckMask(const Header &header, const ImageNumbers &image) {
 }
 
 void Checker::CheckDataLength(const Header &header, const ImageNumbers &image) {
-  const std::uint32_t dataLength = file.Place(SegmentKind::Image, header.choice.index).dataLength;
+  const std::uint64_t dataLength = file.Place(SegmentKind::Image, header.choice.index).dataLength;
   const std::uint64_t paddedRows = std::uint64_t{image.blocksPerColumn} * image.blockHeight;
   const std::uint64_t pixels = std::uint64_t{image.blocksPerRow} * image.blockWidth * paddedRows;
   const std::uint64_t bits = pixels * image.bands * image.bitsPerPixel;
@@ -309,42 +308,10 @@ std::vector<Finding> Checker::Run() {
   return std::move(findings);
 }
 
-/** A wrong classification ends a load. */
-void AddClassification(const FileView &file, const Header &header, std::vector<Finding> &findings) {
-  file.ListFields(header.choice, [&](const Field &field) {
-    const auto fault = field.name.ends_with("SCLAS") ? FaultOf(field) : std::nullopt;
-    if (fault) findings.push_back(header.Found(field.name, *fault));
-  });
-}
-
-std::string NameOf(SegmentKind kind, std::uint32_t index) {
-  return KindWord(kind) + (" " + std::to_string(index));
-}
-
 }  // namespace
 
 std::vector<Finding> FindFaults(const FileView &file) {
   return Checker(file).Run();
-}
-
-std::vector<Finding> FindLoadFaults(const FileView &file) {
-  std::vector<Finding> findings;
-  if (!file.Numbers().headerRead) return findings;
-  AddClassification(file, Header(file, {}, 0, {}), findings);
-  for (const CheckedKind &kind : kKinds) {
-    const std::uint32_t count = file.Count(kind.kind);
-    for (std::uint32_t index = 0; index < count; ++index) {
-      const Header header(file, {kind.kind, index}, file.Place(kind.kind, index).subheader, NameOf(kind.kind, index));
-      AddClassification(file, header, findings);
-      std::array<char, 2> marker = {};
-      const bool whole = file.ReadAt(header.start, marker.data(), marker.size()) == marker.size();
-      if (whole && std::string_view(marker.data(), marker.size()) == kind.marker) continue;
-      findings.push_back(
-          header.FoundAt(kind.marker, header.start,
-                         whole ? "the segment doesn't start with its marker" : "the file ends before the segment"));
-    }
-  }
-  return findings;
 }
 
 }  // namespace ntf

@@ -19,7 +19,4 @@ struct Finding {
 /** The inconsistencies of a loaded file, in the order of the file. */
 std::vector<Finding> FindFaults(const FileView &file);
 
-/** Reasons why a file could not be loaded: a wrong classification, segments that don't start where they should. */
-std::vector<Finding> FindLoadFaults(const FileView &file);
-
 }  // namespace ntf

@@ -4,16 +4,19 @@
 #include "info_text.h"
 #include "input_file.h"
 #include "ksntfx.h"
+#include "load_fault.h"
 #include "load_headers.h"
+#include "printable.h"
 #include "problem.h"
-
-#include <cstdio>
+#include "standard_output.h"
 
 namespace ntf {
 namespace {
 
-/** Adds the size of the picture, or the status if it can't be determined. */
+/** Adds the size of the picture: null if there is nothing to draw, or, with the status, if it can't be determined. */
 void AddCanvas(const std::string &fileName, Json &description) {
+  Json &canvas = description["canvas"];
+  if (!IsDrawn(description)) return;
   const WideName name = Widen(fileName);
   KsFileInfo answer = {};
   KsLoadOptions loadOptions = {};
@@ -23,7 +26,6 @@ void AddCanvas(const std::string &fileName, Json &description) {
   request.fileInfo = &answer;
   request.loadOptions = &loadOptions;
   const std::int32_t status = fltInfo(&request);
-  Json &canvas = description["canvas"];
   if (status == SUCCESS) {
     canvas = {{"width", std::uint32_t{answer.width}}, {"height", std::uint32_t{answer.height}}};
   } else {
@@ -31,19 +33,34 @@ void AddCanvas(const std::string &fileName, Json &description) {
   }
 }
 
+/** What is known of a file that can't be read. */
+Json DescribeProblem(const Problem &problem, const FileView &file) {
+  Json description = {{"status", problem.status}, {"error", problem.words}};
+  if (const auto fault = FindLoadFault(file, problem.status)) {
+    description["field"] = fault->field;
+    description["offset"] = fault->offset;
+    description["value"] = Latin1ToUtf8(file.Fault().text);
+  }
+  return description;
+}
+
 Outcome Describe(const std::string &fileName, Json &description) {
   LoadedFile file;
-  if (Outcome failed = LoadHeaders(fileName, file)) return failed;
   description["name"] = fileName;
+  if (Outcome failed = LoadHeaders(fileName, file)) {
+    description.update(DescribeProblem(*failed, file.View()));
+    return failed;
+  }
   description.update(DescribeHeaders(file.View()));
   AddCanvas(fileName, description);
   return {};
 }
 
 bool Print(const std::string &text) {
-  if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) return true;
-  Report({"standard output", "could not be written completely", ERROR_FILE_WRITE});
-  return false;
+  Outcome failed = PrintOutput(text);
+  if (!failed) failed = FlushOutput();
+  if (failed) Report(*failed);
+  return !failed;
 }
 
 }  // namespace
@@ -53,19 +70,19 @@ bool Info(const InfoOptions &options) {
   Json all = Json::array();
   for (const std::string &fileName : options.files) {
     Json description;
-    if (const Outcome failed = Describe(fileName, description)) {
+    const Outcome failed = Describe(fileName, description);
+    if (failed) {
       Report(*failed);
       allRead = false;
-    } else if (options.json) {
+    }
+    if (options.json) {
       all.push_back(std::move(description));
-    } else if (!Print(Summarize(fileName, description))) {
+    } else if (!failed && !Print(Summarize(fileName, description))) {
       return false;
     }
   }
   if (!options.json) return allRead;
-  const bool single = options.files.size() == 1;
-  if (single && all.empty()) return allRead;
-  return Print((single ? all[0] : all).dump(2) + '\n') && allRead;
+  return Print(TextOf(all.size() == 1 ? all[0] : all)) && allRead;
 }
 
 }  // namespace ntf

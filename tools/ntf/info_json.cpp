@@ -108,4 +108,12 @@ Json DescribeHeaders(const FileView &file) {
   return description;
 }
 
+bool IsDrawn(const Json &description) {
+  return !description["images"].empty() || !description["graphics"].empty() || !description["labels"].empty();
+}
+
+std::string TextOf(const Json &json) {
+  return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
 }  // namespace ntf

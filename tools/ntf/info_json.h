@@ -3,6 +3,8 @@
 
 #include "core.h"
 
+#include <string>
+
 #include <nlohmann/json.hpp>
 
 namespace ntf {
@@ -16,5 +18,11 @@ using Json = nlohmann::ordered_json;
  * digits only. FBKGC is an array of three numbers.
  */
 Json DescribeHeaders(const FileView &file);
+
+/** Whether a described file has segments that can be drawn. */
+bool IsDrawn(const Json &description);
+
+/** JSON as text. File names may be no UTF-8; such bytes become replacement characters. */
+std::string TextOf(const Json &json);
 
 }  // namespace ntf

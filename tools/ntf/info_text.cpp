@@ -105,9 +105,7 @@ constexpr SegmentLines kSegmentLines[] = {
 
 std::string CanvasLine(const Json &description) {
   const Json &canvas = description["canvas"];
-  const bool isDrawn =
-      !description["images"].empty() || !description["graphics"].empty() || !description["labels"].empty();
-  if (!isDrawn) return "nothing to draw";
+  if (!IsDrawn(description)) return "nothing to draw";
   if (canvas.is_null()) return "unknown (status " + Plain(description, "canvasStatus") + ")";
   return Plain(canvas, "width") + " x " + Plain(canvas, "height");
 }

@@ -1,13 +1,15 @@
 #include "load_headers.h"
 
 #include "input_file.h"
+#include "load_fault.h"
 
 namespace ntf {
 
 Outcome LoadHeaders(const std::string &fileName, LoadedFile &file) {
   if (Outcome unreadable = CheckInput(fileName)) return unreadable;
   const WideName name = Widen(fileName);
-  return OutcomeOf(fileName, file.Load(name.get()));
+  const std::int32_t status = file.Load(name.get());
+  return status == SUCCESS ? Outcome() : LoadProblem(fileName, file.View(), status);
 }
 
 }  // namespace ntf

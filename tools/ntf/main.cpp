@@ -251,7 +251,7 @@ void CollectItems(const CLI::App &command, std::vector<ntf::Item> &items) {
 
 CLI::Option *DefineField(CLI::App &command, ntf::CreateOptions &options, const std::string &name,
                          const std::string &field, const std::string &description) {
-  const auto add = [&options, field](const std::string &value) { options.fields.emplace_back(field, value); };
+  const auto add = [&options, field](const std::string &value) { options.fields.push_back({field, value}); };
   return command.add_option_function<std::string>(name, add, description);
 }
 

@@ -32,6 +32,9 @@ class OutputFile {
   /** The name of the file for another writer to fill before Commit; don't combine it with Write. */
   std::string PlaceToWrite() const { return (temporary.empty() ? target : temporary).string(); }
 
+  /** Whether that is a temporary file, which Commit renames. */
+  bool IsTemporary() const { return !temporary.empty(); }
+
   /** The name on the command line. */
   const std::string &Name() const { return name; }
   /** The problem of the last call that failed. */

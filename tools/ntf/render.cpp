@@ -4,6 +4,7 @@
 #include "input_file.h"
 #include "internal/ksclasses_.h"
 #include "ksntfx.h"
+#include "load_headers.h"
 #include "output_file.h"
 #include "picture.h"
 #include "progress.h"
@@ -75,6 +76,13 @@ std::int32_t TakeRow(std::uint64_t, KsBitmap *canvas, void *row, std::uint32_t r
   return target->problem ? target->problem->status : SUCCESS;
 }
 
+/** The words of a load that fails with the same status, or else those of the status. */
+Problem CompositionProblem(const std::string &fileName, std::int32_t status) {
+  LoadedFile file;
+  const Outcome failed = LoadHeaders(fileName, file);
+  return failed && failed->status == status ? *failed : StatusProblem(fileName, status);
+}
+
 Outcome WriteComposition(const RenderOptions &options, OutputFile &output) {
   const WideName name = Widen(options.file);
   Delivery delivery{PictureSink(options, output), Progress("composing"), {}, false};
@@ -96,7 +104,7 @@ Outcome WriteComposition(const RenderOptions &options, OutputFile &output) {
   const std::int32_t status = fltLoad(&request);
   delivery.progress.Stop();
   if (delivery.problem) return delivery.problem;
-  if (status != SUCCESS) return StatusProblem(options.file, status);
+  if (status != SUCCESS) return CompositionProblem(options.file, status);
   if (!delivery.complete) return Problem{options.file, "the picture is empty", ERROR_FILE_FORMAT};
   return {};
 }

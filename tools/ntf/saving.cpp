@@ -3,6 +3,7 @@
 #include "input_file.h"
 #include "output_file.h"
 
+#include <cerrno>
 #include <filesystem>
 #include <system_error>
 
@@ -28,12 +29,18 @@ Outcome CheckOutput(const std::string &name, bool force) {
   return CheckFree(name, force);
 }
 
-Outcome SaveChecked(const LocalHandle &handle, const std::string &name, const SavedCheck &check) {
+Outcome SaveChecked(const std::string &source, const std::string &name, const SavedFile &write,
+                    const SavedCheck &check) {
   OutputFile output(name);
   if (Outcome unopened = output.Open()) return unopened;
-  const std::int32_t status = K_NITFSaveFileA(handle.Get(), output.PlaceToWrite().c_str());
-  if (status != SUCCESS) return StatusProblem(status == ERROR_FILE_WRITE ? name : handle.Name(), status);
-  if (Outcome wrong = check(output.PlaceToWrite())) return wrong;
+  // A status has no reason, but the system's call that failed has left one.
+  errno = 0;
+  const std::int32_t status = write(output.PlaceToWrite());
+  if (status == ERROR_FILE_WRITE && errno != 0) return SystemProblem(name, errno, status);
+  if (status != SUCCESS) return StatusProblem(status == ERROR_FILE_WRITE ? name : source, status);
+  if (output.IsTemporary()) {
+    if (Outcome wrong = check(output.PlaceToWrite())) return wrong;
+  }
   return output.Commit();
 }
 

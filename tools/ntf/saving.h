@@ -5,6 +5,7 @@
 #include "ksntfx.h"
 #include "problem.h"
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -19,6 +20,9 @@ Outcome CheckNotInput(const std::string &output, const std::vector<std::string> 
 
 /** Whether a NITF file may be written as `name`: not to standard output, and as CheckFree. */
 Outcome CheckOutput(const std::string &name, bool force);
+
+/** Writes a file under a temporary name. A status. */
+using SavedFile = std::function<std::int32_t(const std::string &place)>;
 
 /** Checks a file that was saved under a temporary name, before it replaces the output. */
 using SavedCheck = std::function<Outcome(const std::string &savedName)>;
@@ -47,7 +51,11 @@ class LocalHandle {
   std::string opened;
 };
 
-/** Saves the file of a handle as `name`, which appears only if `check` succeeds. */
-Outcome SaveChecked(const LocalHandle &handle, const std::string &name, const SavedCheck &check);
+/**
+ * Writes the output `name`, which appears only if `check` succeeds. A device is written directly, and not checked.
+ * `source` is the file that is read.
+ */
+Outcome SaveChecked(const std::string &source, const std::string &name, const SavedFile &write,
+                    const SavedCheck &check);
 
 }  // namespace ntf

@@ -18,6 +18,10 @@ const char *KindWord(SegmentKind kind) {
   return "data extension";
 }
 
+std::string NameIn(const HeaderChoice &header, const std::string &field) {
+  return header.kind ? KindWord(*header.kind) + (" " + std::to_string(header.index)) + " " + field : field;
+}
+
 Outcome CheckSegment(const std::string &fileName, const FileView &file, SegmentKind kind, std::uint32_t index) {
   if (file.Has(kind, index)) return {};
   const std::string word = KindWord(kind);

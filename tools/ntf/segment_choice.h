@@ -11,6 +11,9 @@ namespace ntf {
 /** The name of a kind of segments: "image", "data extension". */
 const char *KindWord(SegmentKind kind);
 
+/** The name of a header's field: "image 0 IDLVL"; that of the file header alone. */
+std::string NameIn(const HeaderChoice &header, const std::string &field);
+
 /** Fails if a file has no segment `index` of a kind, counted from 0. */
 Outcome CheckSegment(const std::string &fileName, const FileView &file, SegmentKind kind, std::uint32_t index);
 

@@ -1,7 +1,7 @@
 #include "set.h"
 
-#include "comparing.h"
-#include "field_change.h"
+#include "load_headers.h"
+#include "rewriting.h"
 #include "saving.h"
 #include "segment_choice.h"
 
@@ -18,21 +18,24 @@ HeaderChoice ChoiceOf(const SetOptions &options) {
 }  // namespace
 
 Outcome Set(const SetOptions &options) {
-  LocalHandle handle;
-  if (Outcome failed = handle.Open(options.input)) return failed;
+  LoadedFile loaded;
+  if (Outcome failed = LoadHeaders(options.input, loaded)) return failed;
+  const FileView file = loaded.View();
   const HeaderChoice choice = ChoiceOf(options);
   if (choice.kind) {
-    if (Outcome missing = CheckSegment(options.input, handle.View(), *choice.kind, choice.index)) return missing;
+    if (Outcome missing = CheckSegment(options.input, file, *choice.kind, choice.index)) return missing;
   }
+  std::vector<FieldValue> fields;
   for (const std::string &field : options.fields) {
     const std::size_t equals = field.find('=');
     if (equals == std::string::npos) return Problem{field, "is not FIELD=VALUE", ERROR_INVALID_VALUE, true};
-    Outcome failed =
-        ChangeField(options.input, handle.View(), choice, field.substr(0, equals), field.substr(equals + 1));
-    if (failed) return failed;
+    fields.push_back({field.substr(0, equals), field.substr(equals + 1)});
   }
+  FileRewrite rewrite(file);
+  if (Outcome refused = RewriteFields(options.input, file, choice, fields, rewrite)) return refused;
   if (Outcome taken = CheckOutput(options.output, options.force)) return taken;
-  return SaveCompared(handle, options.output);
+  WarnOfLength(options.input, file);
+  return SaveRewritten(options.input, file, rewrite, options.output, choice, fields);
 }
 
 }  // namespace ntf

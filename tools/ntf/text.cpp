@@ -4,18 +4,12 @@
 #include "load_headers.h"
 #include "printable.h"
 #include "segment_choice.h"
+#include "standard_output.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <string_view>
+#include <string>
 
 namespace ntf {
 namespace {
-
-Outcome Write(std::string_view bytes) {
-  if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size()) return {};
-  return SystemProblem("standard output", errno, ERROR_FILE_WRITE);
-}
 
 std::string Heading(const FileView &file, std::uint32_t index, std::size_t length) {
   const HeaderChoice text = {SegmentKind::Text, index};
@@ -33,11 +27,11 @@ Outcome PrintText(const std::string &fileName, const FileView &file, std::uint32
                    "text " + std::to_string(index) + " has control characters, which are not sent to a terminal",
                    ERROR_INVALID_VALUE};
   }
-  if (!withHeading) return Write(text);
-  if (Outcome failed = Write(Heading(file, index, text.size()))) return failed;
-  if (Outcome failed = Write(text)) return failed;
+  if (!withHeading) return PrintOutput(text);
+  if (Outcome failed = PrintOutput(Heading(file, index, text.size()))) return failed;
+  if (Outcome failed = PrintOutput(text)) return failed;
   const bool endsLine = text.empty() || text.back() == '\n' || text.back() == '\r';
-  return endsLine ? Outcome() : Write("\n");
+  return endsLine ? Outcome() : PrintOutput("\n");
 }
 
 }  // namespace
@@ -56,7 +50,7 @@ Outcome PrintTexts(const TextOptions &options) {
       if (Outcome failed = PrintText(options.file, file, index, true)) return failed;
     }
   }
-  return std::fflush(stdout) == 0 ? Outcome() : SystemProblem("standard output", errno, ERROR_FILE_WRITE);
+  return FlushOutput();
 }
 
 }  // namespace ntf

@@ -11,9 +11,8 @@ namespace {
 /** The identifier of a segment that holds what found no room in another header (MIL-STD-2500C, 5.8.1.3). */
 constexpr std::string_view kOverflowIdentifier = "TRE_OVERFLOW             ";
 
-Status CheckVersion(HeaderReader &reader, std::string_view text) {
-  const bool known = static_cast<std::uint32_t>(ParseNumber(text)) <= 99;
-  return known ? SUCCESS : reader.Refuse(ERROR_FILE_FORMAT, "DESVER", text);
+Status CheckVersion(HeaderReader &, std::string_view text) {
+  return static_cast<std::uint32_t>(ParseNumber(text)) > 99 ? ERROR_FILE_FORMAT : SUCCESS;
 }
 
 bool IsOverflow(const void *record, bool) {

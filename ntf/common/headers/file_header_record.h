@@ -81,7 +81,8 @@ struct NitfHeader {
   std::uint32_t userHeaderDataHeld;
   char *extendedHeaderData; /**< XHD, likewise */
   std::uint32_t extendedHeaderDataHeld;
-  std::uint32_t imageLengthsCut; /**< some LI is more than 32 bits can tell */
+  std::uint64_t *imageDataLengthsLong; /**< as read, in full; null without images */
+  std::uint32_t imageLengthsCut;       /**< some LI is more than 32 bits can tell */
 };
 
 }  // namespace ksntfx

@@ -12,9 +12,8 @@ namespace ksntfx {
 
 namespace {
 
-Status CheckFormat(HeaderReader &reader, std::string_view text) {
-  const bool known = std::string_view("BCO").find(text[0]) != std::string_view::npos;
-  return known ? SUCCESS : reader.Refuse(ERROR_FILE_FORMAT, "SFMT", text);
+Status CheckFormat(HeaderReader &, std::string_view text) {
+  return std::string_view("BCO").find(text[0]) == std::string_view::npos ? ERROR_FILE_FORMAT : SUCCESS;
 }
 
 /** The lookup table of the 2.0 layout: a row for red, green and blue each, or for one entry a single gray byte. */
@@ -83,7 +82,7 @@ constexpr HeaderRow kRows[] = {
     TextRow(NITF_TEXT(Record, SNUM), 6).Only20().Digits(),
     TextRow(NITF_TEXT(Record, SROT), 3).Only20().Digits(),
     TextRow(NITF_TEXT(Record, NELUT), 3).Only20().Rendered(NITF_MEMBER(Record, lutEntries)),
-    GroupRow(ReadLut, WriteLut),
+    GroupRow("DLUT", ReadLut, WriteLut),
     TextRow(NITF_TEXT(Record, SXSHDL), 5).Digits(),
     TextRow(NITF_TEXT(Record, SXSOFL), 3).Digits().CountedBy(offsetof(Record, SXSHDL)),
     BytesRow("SXSHD", offsetof(Record, extendedData), offsetof(Record, SXSHDL), 3),

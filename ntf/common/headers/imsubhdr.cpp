@@ -21,10 +21,9 @@ ImageSubheader &Image(HeaderReader &reader) {
 }
 
 /** With a message box, unless the value is noted and read past. */
-Status Refuse(HeaderReader &reader, std::string_view field, std::string_view value, const char *message,
-              std::int32_t status) {
+Status Refuse(const HeaderReader &reader, const char *message, std::int32_t status) {
   if (reader.Notes() == nullptr) platform::MessageBoxA(nullptr, message, "Error", platform::MB_OK);
-  return reader.Refuse(status, field, value);
+  return status;
 }
 
 Status DecodePixelValueType(HeaderReader &reader, std::string_view text) {
@@ -34,7 +33,7 @@ Status DecodePixelValueType(HeaderReader &reader, std::string_view text) {
   const ImageCode *const end = kPixelValueTypes + known;
   const ImageCode *const type = std::find_if(
       kPixelValueTypes, end, [&](const ImageCode &code) { return code.text.substr(0, compared.size()) == compared; });
-  if (type == end) return Refuse(reader, "PVTYPE", text, "Unsupported PVTYPE", NITF_UNSUPPORTED_PVTYPE);
+  if (type == end) return Refuse(reader, "Unsupported PVTYPE", NITF_UNSUPPORTED_PVTYPE);
   Image(reader).pixelValueType = type->value;
   return SUCCESS;
 }
@@ -68,8 +67,7 @@ Status DecodeBandField(HeaderReader &reader, std::string_view) {
 }
 
 Status DecodeMode(HeaderReader &reader, std::string_view text) {
-  const bool known = DecodeImageCode(kModes, text, &Image(reader).mode);
-  return known ? SUCCESS : reader.Refuse(ERROR_FILE_FORMAT, "IMODE", text);
+  return DecodeImageCode(kModes, text, &Image(reader).mode) ? SUCCESS : ERROR_FILE_FORMAT;
 }
 
 Status DecodeBlockWidth(HeaderReader &reader, std::string_view) {
@@ -84,10 +82,10 @@ Status DecodeBlockHeight(HeaderReader &reader, std::string_view) {
   return SUCCESS;
 }
 
-Status CheckBitsPerPixel(HeaderReader &reader, std::string_view text) {
+Status CheckBitsPerPixel(HeaderReader &reader, std::string_view) {
   const ImageSubheader &image = Image(reader);
   if (reader.Notes() != nullptr || image.bitsPerPixel != 16 || image.bandCount <= 1) return SUCCESS;
-  return Refuse(reader, "NBPP", text, "Unsupported BPP", NITF_UNSUPPORTED_BPP);
+  return Refuse(reader, "Unsupported BPP", NITF_UNSUPPORTED_BPP);
 }
 
 Status DecodeMagnification(HeaderReader &reader, std::string_view text) {
@@ -228,7 +226,7 @@ constexpr HeaderRow kRows[] = {
     TextRow(NITF_TEXT(Record, ICORDS), 1).Blank().Writes(WriteCoordinateSystem),
     TextRow(NITF_TEXT(Record, IGEOLO), 60).FillZeros().Blank().If(HasCoordinates),
     TextRow(NITF_TEXT(Record, NICOM), 1).FillZeros().Number(NITF_MEMBER(Record, commentCount)),
-    GroupRow(ReadComments, WriteComments),
+    GroupRow("ICOM", ReadComments, WriteComments),
     TextRow(NITF_TEXT(Record, IC), 2).Blank().Then(DecodeCompression).Writes(WriteCompression),
     TextRow(NITF_TEXT(Record, COMRAT), 4).Blank().If(HasRate).Then(DecodeRate).Writes(WriteRate),
     TextRow(NITF_TEXT(Record, NBANDS), 1).Rendered(NITF_MEMBER(Record, bandField)).Then(DecodeBandField),
@@ -237,7 +235,7 @@ constexpr HeaderRow kRows[] = {
         .Only21()
         .Number(NITF_MEMBER(Record, bandCount))
         .If(CountsInExtendedField),
-    GroupRow(ReadBands, WriteBands),
+    GroupRow("IREPBAND", ReadBands, WriteBands),
     TextRow(NITF_TEXT(Record, ISYNC), 1).FillZeros().Digits(),
     TextRow(NITF_TEXT(Record, IMODE), 1).Default("P").Then(DecodeMode).Writes(WriteMode),
     TextRow(NITF_TEXT(Record, NBPR), 4).Rendered(NITF_MEMBER(Record, blocksPerRow)).AllNinesUnknown(),
@@ -263,7 +261,7 @@ constexpr HeaderRow kRows[] = {
     TextRow(NITF_TEXT(Record, IXSHDL), 5).FillZeros().Digits(),
     TextRow(NITF_TEXT(Record, IXSOFL), 3).FillZeros().Digits().CountedBy(offsetof(Record, IXSHDL)),
     BytesRow("IXSHD", offsetof(Record, extendedData), offsetof(Record, IXSHDL), 3, 3),
-    GroupRow(ReadMaskTable, WriteMaskTable),
+    GroupRow("IMDATOFF", ReadMaskTable, WriteMaskTable),
 };
 
 }  // namespace

@@ -16,9 +16,10 @@ constexpr const LengthTable *kOfKinds[] = {&kImageLengths, &kGraphicLengths, &kL
                                            &kDataExtensionLengths};
 
 /** Makes a table for `count` entries, of which the first `kept` are those of the table before it. */
-bool RenewTable(NitfHeader &header, LengthArray table, std::uint32_t count, std::uint32_t kept) {
+template <class Length>
+bool RenewTable(NitfHeader &header, Length *NitfHeader::*table, std::uint32_t count, std::uint32_t kept) {
   if (table == nullptr) return true;
-  KsArray<std::uint32_t> renewed;
+  KsArray<Length> renewed;
   if (count != 0 && !renewed.Allocate(count)) return false;
   if (header.*table != nullptr) std::copy_n(header.*table, std::min(count, kept), renewed.Get());
   KsFreeAndClear(header.*table);
@@ -33,7 +34,8 @@ bool RenewTables(NitfHeader &header, const LengthTable &lengths, std::uint32_t c
   const bool made = RenewTable(header, lengths.subheader.table, count, kept) &&
                     RenewTable(header, lengths.subheader.outTable, count, kept) &&
                     RenewTable(header, lengths.data.table, count, kept) &&
-                    RenewTable(header, lengths.data.outTable, count, kept);
+                    RenewTable(header, lengths.data.outTable, count, kept) &&
+                    RenewTable(header, lengths.longData, count, kept);
   if (made) header.*lengths.held = count;
   return made;
 }
@@ -57,10 +59,11 @@ Status WriteLength(HeaderWriter &writer, const LengthTable &lengths, const Lengt
   return writer.Number(static_cast<std::int32_t>(length), column.width);
 }
 
-bool GrowTable(NitfHeader &header, LengthArray table, std::uint32_t entries) {
+template <class Length>
+bool GrowTable(NitfHeader &header, Length *NitfHeader::*table, std::uint32_t entries) {
   if (table == nullptr) return true;
-  void *const grown = KsRealloc(header.*table, std::uint64_t{entries} * sizeof(std::uint32_t), __LINE__, __FILE__);
-  if (grown != nullptr) header.*table = static_cast<std::uint32_t *>(grown);
+  void *const grown = KsRealloc(header.*table, std::uint64_t{entries} * sizeof(Length), __LINE__, __FILE__);
+  if (grown != nullptr) header.*table = static_cast<Length *>(grown);
   return grown != nullptr;
 }
 
@@ -92,17 +95,15 @@ Status ReadLengths(HeaderReader &reader, const LengthTable &lengths) {
   if (!RenewTables(header, lengths, count)) return ERROR_NO_MEMORY;
   header.*lengths.count = count;
   std::uint32_t cut = 0;
-  auto *const exact =
-      reader.Notes() != nullptr && &lengths == &kImageLengths ? &reader.Notes()->imageDataLengths : nullptr;
-  if (exact != nullptr) exact->clear();
   for (std::uint32_t index = 0; index < count; ++index) {
     Status status = ReadLength(reader, lengths.subheader, index);
     if (status == SUCCESS) status = ReadLength(reader, lengths.data, index);
     if (status != SUCCESS) return status;
-    if (reader.ExactNumber() > INT32_MAX) cut = 1;
-    if (exact != nullptr) exact->push_back(static_cast<std::uint64_t>(std::max<std::int64_t>(reader.ExactNumber(), 0)));
+    if (lengths.longData == nullptr) continue;
+    (header.*lengths.longData)[index] = static_cast<std::uint64_t>(std::max<std::int64_t>(reader.LongNumber(), 0));
+    if (reader.SawBeyond()) cut = 1;
   }
-  if (&lengths == &kImageLengths) header.imageLengthsCut = cut;
+  if (lengths.longData != nullptr) header.imageLengthsCut = cut;
   return SUCCESS;
 }
 
@@ -129,11 +130,14 @@ void FreeLengths(NitfHeader *header) {
 Status GrowLengths(NitfHeader *header, const LengthTable &lengths) {
   const std::uint32_t needed = header->*lengths.count + 1;
   if (needed <= header->*lengths.held) return SUCCESS;
-  if (!GrowColumn(*header, lengths.subheader, needed) || !GrowColumn(*header, lengths.data, needed)) {
+  const bool grown = GrowColumn(*header, lengths.subheader, needed) && GrowColumn(*header, lengths.data, needed) &&
+                     GrowTable(*header, lengths.longData, needed);
+  if (!grown) {
     // Tables that grew are as good as before; where there were none, none are left.
     if (header->*lengths.held == 0) {
       DropColumn(*header, lengths.subheader);
       DropColumn(*header, lengths.data);
+      if (lengths.longData != nullptr) KsFreeAndClear(header->*lengths.longData);
     }
     return ERROR_NO_MEMORY;
   }
@@ -146,6 +150,7 @@ void AddLengths(NitfHeader *header, const LengthTable &lengths, std::uint32_t su
   const std::uint32_t index = header->*lengths.count;
   SetEntry(*header, lengths.subheader, index, subheaderBytes);
   SetEntry(*header, lengths.data, index, dataBytes);
+  if (lengths.longData != nullptr) (header->*lengths.longData)[index] = dataBytes;
   header->headerLengthOut += rowBytes;
   ChangeFileLength(header, std::int64_t{rowBytes} + subheaderBytes + dataBytes);
   header->*lengths.count += 1;

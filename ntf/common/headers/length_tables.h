@@ -29,13 +29,15 @@ struct LengthTable {
   std::uint32_t NitfHeader::*held;  /**< entries that there is memory for: never less */
   LengthColumn subheader;
   LengthColumn data;
+  std::uint64_t *NitfHeader::*longData = nullptr; /**< the lengths of the data as read, where they may be long */
 };
 
 inline constexpr LengthTable kImageLengths = {
     &NitfHeader::imageTableCount,
     &NitfHeader::imageTableHeld,
     {6, true, &NitfHeader::imageSubheaderLengths, &NitfHeader::imageSubheaderLengthsOut},
-    {10, true, &NitfHeader::imageDataLengths, &NitfHeader::imageDataLengthsOut, true}};
+    {10, true, &NitfHeader::imageDataLengths, &NitfHeader::imageDataLengthsOut, true},
+    &NitfHeader::imageDataLengthsLong};
 inline constexpr LengthTable kGraphicLengths = {
     &NitfHeader::graphicTableCount,
     &NitfHeader::graphicTableHeld,

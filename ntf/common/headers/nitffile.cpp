@@ -1,6 +1,5 @@
 #include "headers/nitffile.h"
 
-#include "headers/segment_spans.h"
 #include "internal/ksclasses_.h"
 #include "platform.h"
 #include "table/header_reader.h"
@@ -63,27 +62,24 @@ bool HasKind(const NitfFile *file, SegmentKind kind) {
   return kind != SegmentKind::Label || file->nitf20Layout != 0;
 }
 
-/** The bytes of a kind's first `count` segments, in the format's 32 bits. */
-std::uint32_t SegmentBytes(const NitfFile *file, SegmentKind kind, std::uint32_t count) {
-  std::uint32_t bytes = 0;
-  for (std::uint32_t index = 0; index < count && index < file->header.*LengthsOf(kind).count; ++index) {
-    bytes += SubheaderLength(file, kind, index);
-    bytes += DataLength(file, kind, index);
-  }
-  return bytes;
+/** The bytes of one segment. */
+std::uint64_t BytesOf(const NitfFile *file, SegmentKind kind, std::uint32_t index) {
+  const std::uint64_t data = file->longPlaces != 0 ? LongDataLength(file, kind, index) : DataLength(file, kind, index);
+  return SubheaderLength(file, kind, index) + data;
 }
 
-/** The position behind all segments of the kinds before `kind`. */
-std::uint64_t StartOfKind(const NitfFile *file, SegmentKind kind) {
-  std::uint64_t position = file->header.headerLength;
-  for (const SegmentKind earlier : kSegmentKinds) {
-    if (earlier == kind) break;
-    const KindTraits &traits = Traits(earlier);
-    if (HasKind(file, earlier) && file->*traits.count != 0) {
-      position += SegmentBytes(file, earlier, file->*traits.countInFile);
-    }
+/** A sum of segments' bytes: 32 bits, unless the file has `longPlaces`. */
+std::uint64_t Wrapped(const NitfFile *file, std::uint64_t bytes) {
+  return file->longPlaces != 0 ? bytes : static_cast<std::uint32_t>(bytes);
+}
+
+/** The bytes of a kind's first `count` segments. */
+std::uint64_t SegmentBytes(const NitfFile *file, SegmentKind kind, std::uint32_t count) {
+  std::uint64_t bytes = 0;
+  for (std::uint32_t index = 0; index < count && index < file->header.*LengthsOf(kind).count; ++index) {
+    bytes += BytesOf(file, kind, index);
   }
-  return position;
+  return Wrapped(file, bytes);
 }
 
 std::int64_t SeekTo(const NitfFile *file, std::uint64_t position) {
@@ -128,13 +124,17 @@ Status Replay(NitfFile *file, const HeaderTable &table, void *record, const Stre
 
 Status ReadSubheaders(NitfFile *file, SegmentKind kind, StreamFileHeader *stream) {
   const std::uint64_t start = StartOfKind(file, kind);
-  std::uint32_t before = 0;  // bytes of the kind, counted on from segment to segment, as SegmentBytes counts them
+  std::uint64_t before = 0;  // bytes of the kind, counted on from segment to segment, as SegmentBytes counts them
   std::uint32_t index = 0;
   for (SegmentNode *node = file->*Traits(kind).list; node != nullptr; node = node->next, ++index) {
     SeekTo(file, start + before);
     const Status status = ReadSubheader(file, kind, node->subheader, stream);
-    if (status < SUCCESS) return status;
-    before += SubheaderLength(file, kind, index) + DataLength(file, kind, index);
+    if (status < SUCCESS) {
+      file->faultyKind = static_cast<std::uint32_t>(kind);
+      file->faultyIndex = index;
+      return status;
+    }
+    before = Wrapped(file, before + BytesOf(file, kind, index));
   }
   return SUCCESS;
 }
@@ -190,6 +190,7 @@ void NitfFileInit(NitfFile *file) {
   *file = NitfFile{};
   NitfHeaderInit(&file->header);
   file->fileHandle = KS_INVALID_HANDLE;
+  file->faultyKind = kFileHeaderFailed;
   file->backgroundColor = 0xFFFFFF;
 }
 
@@ -222,6 +223,7 @@ Status ReadFileHeader(NitfFile *file, StreamFileHeader *stream) {
   HeaderReader reader({.file = file->fileHandle, .nitf20 = file->nitf20Layout != 0, .notes = file->notes},
                       &file->header);
   Status status = reader.Read(kFileHeaderTable);
+  if (status != SUCCESS) file->fault = reader.Fault();
   if (status != SUCCESS || !reader.SawUnknown()) return status;
   status = SeekReplacementData(file, stream);
   return status != SUCCESS ? status : Replay(file, kFileHeaderTable, &file->header, stream);
@@ -233,7 +235,10 @@ Status ReadSubheader(NitfFile *file, SegmentKind kind, void *record, StreamFileH
   const std::int64_t start = KsSeek(file->fileHandle, 0, KS_SEEK_CURRENT);
   HeaderReader reader({.file = file->fileHandle, .nitf20 = nitf20, .notes = file->notes}, record);
   const Status status = reader.Read(table);
-  if (status != SUCCESS) return status;
+  if (status != SUCCESS) {
+    file->fault = reader.Fault();
+    return status;
+  }
   if (kind == SegmentKind::Image && reader.SawUnknown()) {
     const Status found = SeekReplacementData(file, stream);
     if (found != SUCCESS) return found;
@@ -311,7 +316,6 @@ void SeekDataExtension(const NitfFile *file, std::int32_t index) {
 }
 
 std::int64_t SeekSegmentData(const NitfFile *file, SegmentKind kind, std::uint32_t index) {
-  if (file->spans != nullptr) return SeekTo(file, file->spans->Of(kind)[index].data);
   SeekSegment(file, kind, static_cast<std::int32_t>(index));
   return KsSeek(file->fileHandle, SubheaderLength(file, kind, index), KS_SEEK_CURRENT);
 }
@@ -344,6 +348,28 @@ std::uint32_t CountInFile(const NitfFile *file, SegmentKind kind) {
 std::uint32_t DataLength(const NitfFile *file, SegmentKind kind, std::uint32_t index) {
   const LengthTable &lengths = LengthsOf(kind);
   return EntryOf(file->header, lengths, lengths.data.table, index);
+}
+
+std::uint64_t LongDataLength(const NitfFile *file, SegmentKind kind, std::uint32_t index) {
+  const LengthTable &lengths = LengthsOf(kind);
+  if (lengths.longData == nullptr || file->header.*lengths.longData == nullptr) return DataLength(file, kind, index);
+  return index >= file->header.*lengths.count ? 0 : (file->header.*lengths.longData)[index];
+}
+
+std::uint64_t StartOfKind(const NitfFile *file, SegmentKind kind) {
+  std::uint64_t position = file->header.headerLength;
+  for (const SegmentKind earlier : kSegmentKinds) {
+    if (earlier == kind) break;
+    const KindTraits &traits = Traits(earlier);
+    if (HasKind(file, earlier) && file->*traits.count != 0) {
+      position += SegmentBytes(file, earlier, file->*traits.countInFile);
+    }
+  }
+  return position;
+}
+
+std::uint64_t EndOfKind(const NitfFile *file, SegmentKind kind) {
+  return StartOfKind(file, kind) + SegmentBytes(file, kind, CountInFile(file, kind));
 }
 
 std::uint32_t SubheaderLength(const NitfFile *file, SegmentKind kind, std::uint32_t index) {

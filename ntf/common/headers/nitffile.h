@@ -11,6 +11,7 @@
 #include "headers/strmfhdr.h"
 #include "headers/txsubhdr.h"
 #include "ksntfx.h"
+#include "table/header_fault.h"
 #include "table/header_notes.h"
 #include "table/header_writer.h"
 #include "table/segment_kind.h"
@@ -23,18 +24,16 @@ struct SegmentNode {
   SegmentNode *next;
 };
 
-struct SegmentSpans;
-
 }  // namespace ksntfx
 
 struct NitfFile {
   KsHandle fileHandle;
-  ksntfx::HeaderNotes *notes;        /**< null, or what receives the values that the strict interfaces refuse */
-  const ksntfx::SegmentSpans *spans; /**< null, or where the segments are, in 64 bits */
-  std::uint32_t vectorRender;        /**< object symbols are painted at once */
-  std::uint32_t toneCheck;           /**< images of low levels only are spread over the full range */
-  std::uint32_t fixedCanvas;         /**< the canvas is 2048 by 2048 */
-  std::uint32_t nitf20Layout;        /**< headers have the layout of NITF 2.0 */
+  ksntfx::HeaderNotes *notes; /**< null, or what receives the values that the strict interfaces refuse */
+  std::uint32_t vectorRender; /**< object symbols are painted at once */
+  std::uint32_t toneCheck;    /**< images of low levels only are spread over the full range */
+  std::uint32_t fixedCanvas;  /**< the canvas is 2048 by 2048 */
+  std::uint32_t nitf20Layout; /**< headers have the layout of NITF 2.0 */
+  std::uint32_t longPlaces;   /**< positions are 64 bits wide, as the lengths of images may demand */
   std::uint32_t streamBytesConsumed;
   std::uint32_t streamHeaderLoaded;
   std::uint32_t streamBytesLeft;
@@ -57,9 +56,15 @@ struct NitfFile {
   ksntfx::SegmentNode *labelList;
   ksntfx::SegmentNode *textList;
   ksntfx::SegmentNode *dataExtensionList;
+  ksntfx::HeaderFault fault; /**< of a load that failed at a field */
+  std::uint32_t faultyKind;  /**< the SegmentKind of the subheader that a load failed at, or kFileHeaderFailed */
+  std::uint32_t faultyIndex;
 };
 
 namespace ksntfx {
+
+/** In the place of a kind: a load failed at the file header, or not at a header. */
+constexpr std::uint32_t kFileHeaderFailed = 0xFFFFFFFF;
 
 /** Gives an object its empty state. */
 void NitfFileInit(NitfFile *file);
@@ -122,6 +127,17 @@ std::uint32_t CountInFile(const NitfFile *file, SegmentKind kind);
 std::uint32_t DataLength(const NitfFile *file, SegmentKind kind, std::uint32_t index);
 std::uint32_t SubheaderLength(const NitfFile *file, SegmentKind kind, std::uint32_t index);
 std::uint32_t TextDataLength(const NitfFile *file, std::uint32_t index);
+/** The body length in full, which for an image may be more than DataLength can say. */
+std::uint64_t LongDataLength(const NitfFile *file, SegmentKind kind, std::uint32_t index);
+
+/** The position of the first segment of a kind, behind those of the kinds before it. */
+std::uint64_t StartOfKind(const NitfFile *file, SegmentKind kind);
+
+/**
+ * The position behind the last segment of a kind in the source file, or of the kinds before it. Unless the file has
+ * `longPlaces`, it wraps at 32 bits, like all positions.
+ */
+std::uint64_t EndOfKind(const NitfFile *file, SegmentKind kind);
 
 /**
  * Reads a header from the file's position. A length or size of a file header or an image subheader that is given as

@@ -33,7 +33,7 @@ bool IsKnownVersion(const HeaderReader &reader, std::string_view text) {
 
 Status CheckVersion(HeaderReader &reader, std::string_view text) {
   if (text == "02.10" || (reader.Notes() != nullptr && IsKnownVersion(reader, text))) return SUCCESS;
-  return reader.Refuse(NITF_UNSUPPORTED_VERSION, "FVER", text);
+  return NITF_UNSUPPORTED_VERSION;
 }
 
 /** The levels of MIL-STD-2500C, table A-10. */
@@ -45,7 +45,7 @@ bool IsKnownLevel(std::string_view text) {
 Status CheckComplianceLevel(HeaderReader &reader, std::string_view text) {
   if (reader.Notes() != nullptr) {
     const bool known = reader.Nitf20() || IsKnownLevel(text);
-    return known ? SUCCESS : reader.Refuse(NITF_UNSUPPORTED_CLEVEL, "CLEVEL", text);
+    return known ? Status(SUCCESS) : Status(NITF_UNSUPPORTED_CLEVEL);
   }
   if (text != "03") {
     platform::MessageBoxA(nullptr, "Unsupported CLEVEL", "Error", platform::MB_OK);
@@ -65,8 +65,8 @@ Status SetBothHeaderLengths(HeaderReader &reader, std::string_view text) {
   return SUCCESS;
 }
 
-Status CheckNoReservedSegments(HeaderReader &reader, std::string_view text) {
-  return text == "000" ? SUCCESS : reader.Refuse(ERROR_FILE_FORMAT, "NUMX", text);
+Status CheckNoReservedSegments(HeaderReader &, std::string_view text) {
+  return text == "000" ? SUCCESS : ERROR_FILE_FORMAT;
 }
 
 template <const LengthTable &lengths>
@@ -146,25 +146,25 @@ constexpr HeaderRow kRows[] = {
     TextRow(NITF_TEXT(NitfHeader, NUMI), 3)
         .Number(NITF_MEMBER(NitfHeader, imageTableCount))
         .Writes(WriteCount<SegmentKind::Image>),
-    GroupRow(ReadLengths<kImageLengths>, WriteImageLengths),
+    GroupRow("LISH", ReadLengths<kImageLengths>, WriteImageLengths),
     TextRow(NITF_TEXT(NitfHeader, NUMS), 3)
         .Number(NITF_MEMBER(NitfHeader, graphicTableCount))
         .Writes(WriteCount<SegmentKind::Graphic>),
-    GroupRow(ReadLengths<kGraphicLengths>, WriteListedLengths<kGraphicLengths, SegmentKind::Graphic>),
+    GroupRow("LSSH", ReadLengths<kGraphicLengths>, WriteListedLengths<kGraphicLengths, SegmentKind::Graphic>),
     TextRow(NITF_TEXT(NitfHeader, NUMX), 3).Only21().Digits().Then(CheckNoReservedSegments),
     TextRow(NITF_TEXT(NitfHeader, NUML), 3)
         .Only20()
         .Number(NITF_MEMBER(NitfHeader, labelTableCount))
         .Writes(WriteCount<SegmentKind::Label>),
-    GroupRow(ReadLabelLengths, WriteLabelLengths),
+    GroupRow("LLSH", ReadLabelLengths, WriteLabelLengths),
     TextRow(NITF_TEXT(NitfHeader, NUMT), 3)
         .Number(NITF_MEMBER(NitfHeader, textTableCount))
         .Writes(WriteCount<SegmentKind::Text>),
-    GroupRow(ReadLengths<kTextLengths>, WriteListedLengths<kTextLengths, SegmentKind::Text>),
+    GroupRow("LTSH", ReadLengths<kTextLengths>, WriteListedLengths<kTextLengths, SegmentKind::Text>),
     TextRow(NITF_TEXT(NitfHeader, NUMDES), 3).Number(NITF_MEMBER(NitfHeader, dataExtensionTableCount)),
-    GroupRow(ReadLengths<kDataExtensionLengths>, WriteTableLengths<kDataExtensionLengths>),
+    GroupRow("LDSH", ReadLengths<kDataExtensionLengths>, WriteTableLengths<kDataExtensionLengths>),
     TextRow(NITF_TEXT(NitfHeader, NUMRES), 3).Number(NITF_MEMBER(NitfHeader, reservedExtensionTableCount)),
-    GroupRow(ReadLengths<kReservedLengths>, WriteTableLengths<kReservedLengths>),
+    GroupRow("LRESH", ReadLengths<kReservedLengths>, WriteTableLengths<kReservedLengths>),
     TextRow(NITF_TEXT(NitfHeader, UDHDL), 5).Digits(),
     TextRow(NITF_TEXT(NitfHeader, UDHOFL), 3).Digits().CountedBy(offsetof(NitfHeader, UDHDL)),
     BytesRow("UDHD", offsetof(NitfHeader, userHeaderData), offsetof(NitfHeader, UDHDL), 3),

@@ -7,9 +7,24 @@
 
 namespace ksntfx {
 
+namespace {
+
+/**
+ * The bounds of a drawing are row and column in the file (MIL-STD-2500C, table A-5, SBND1), where the strict interfaces
+ * read column and row.
+ */
+void TurnBounds(GraphicSubheader &graphic) {
+  if (graphic.SFMT[0] != 'C') return;
+  std::swap(graphic.firstBound[0], graphic.firstBound[1]);
+  std::swap(graphic.secondBound[0], graphic.secondBound[1]);
+}
+
+}  // namespace
+
 Status WideFile::Open(KsHandle handle) {
   file->fileHandle = handle;
   file->notes = &notes;
+  file->longPlaces = 1;
   size = static_cast<std::uint64_t>(std::max<std::int64_t>(KsSeek(handle, 0, KS_SEEK_END), 0));
   Status status = ChooseLayout();
   if (status == SUCCESS) status = ReadFileHeader(file.Get(), &stream);
@@ -38,24 +53,21 @@ Status WideFile::ChooseLayout() {
   return SUCCESS;
 }
 
-/** Adds up the lengths of the file header, in the order of the file. */
 void WideFile::Locate() {
-  std::uint64_t position = file->header.headerLength;
   for (const SegmentKind kind : kSegmentKinds) {
     std::vector<SegmentSpan> &of = spans.Of(kind);
     if (kind == SegmentKind::Label && file->nitf20Layout == 0) continue;
     of.resize(file->header.*LengthsOf(kind).count);
+    std::uint64_t position = StartOfKind(file.Get(), kind);
     for (std::uint32_t index = 0; index < of.size(); ++index) {
-      const bool exact = kind == SegmentKind::Image && index < notes.imageDataLengths.size();
       SegmentSpan &span = of[index];
       span.subheader = position;
       span.subheaderBytes = SubheaderLength(file.Get(), kind, index);
       span.data = span.subheader + span.subheaderBytes;
-      span.dataBytes = exact ? notes.imageDataLengths[index] : DataLength(file.Get(), kind, index);
+      span.dataBytes = LongDataLength(file.Get(), kind, index);
       position = span.End();
     }
   }
-  file->spans = &spans;
 }
 
 void WideFile::ReadSubheaders(SegmentKind kind) {
@@ -64,6 +76,7 @@ void WideFile::ReadSubheaders(SegmentKind kind) {
     KsSeek(file->fileHandle, static_cast<std::int64_t>(span.subheader), KS_SEEK_START);
     const Status status = ReadSubheader(file.Get(), kind, FindSubheader(file.Get(), kind, index), &stream);
     span.hasSubheader = status == SUCCESS;
+    if (kind == SegmentKind::Graphic && span.hasSubheader) TurnBounds(*FindGraphic(file.Get(), index));
     NoteValues(kind, index);
     if (!span.hasSubheader) found.push_back({kind, index, {"", "", span.subheader, status.Code()}});
     if (span.End() > size) NoteLength(kind, index, span);

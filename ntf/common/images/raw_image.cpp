@@ -2,8 +2,8 @@
 
 #include "images/block_grid.h"
 #include "images/indexed_samples.h"
+#include "images/pad_value.h"
 #include "images/plain_samples.h"
-#include "images/sample_unpack.h"
 #include "images/stream_samples.h"
 
 #include <algorithm>
@@ -69,25 +69,14 @@ Status RawImage::Read(const PixelWindow &window, std::span<const std::uint32_t> 
   return SUCCESS;
 }
 
-/** The pad value is that of a sample, in as many bits. */
 void RawImage::Fill(const SampleTarget &target, std::size_t bands, const BlockPart &part) const {
-  const SampleShape &shape = reader->Shape();
-  const ImageSubheader &image = *data.image;
-  std::uint8_t value[8] = {};
-  const bool hasValue = image.padCode != nullptr && image.padCodeBits == image.bitsPerPixel &&
-                        image.padCodeHeld * 8U >= image.padCodeBits && image.padCodeBits <= 64;
-  if (hasValue) {
-    // The code is in whole bytes, at their end.
-    const std::uint32_t bytes = (image.padCodeBits + 7U) / 8;
-    const std::uint64_t unused = bytes * 8U - image.padCodeBits;
-    ChooseUnpacking(image.padCodeBits, shape.type)({image.padCode, unused, 0, 1, image.padCodeBits}, value, 0);
-  }
-  const std::uint32_t bytes = BytesOf(shape.type);
+  const PadValue pad(*data.image, reader->Shape());
+  const std::uint32_t bytes = BytesOf(reader->Shape().type);
   for (std::size_t band = 0; band < bands; ++band) {
     for (std::uint32_t row = 0; row < part.rows; ++row) {
       std::uint8_t *to = target.Row(band, row);
       for (std::uint32_t column = 0; column < part.columns; ++column, to += target.columnStep) {
-        std::memcpy(to, value, bytes);
+        std::memcpy(to, pad.Sample(), bytes);
       }
     }
   }

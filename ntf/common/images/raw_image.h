@@ -17,6 +17,8 @@ class RawImage {
  public:
   /** `imageData` is copied; what it refers to must outlive the image. */
   explicit RawImage(const ImageData &imageData) : data(imageData) {}
+  RawImage(const RawImage &) = delete;
+  RawImage &operator=(const RawImage &) = delete;
 
   /** See SampleReader::Open. ERROR_NOT_SUPPORTED also for a compression without a reader. */
   Status Open();

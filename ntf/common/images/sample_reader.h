@@ -21,7 +21,8 @@ struct SampleShape {
   std::uint32_t blockWidth; /**< in pixels */
   std::uint32_t blockHeight;
   bool readsWholeBlocks = false; /**< any part of a block costs as much as all of it */
-  bool isRgb = false;            /**< the codec has turned YCbCr into red, green and blue */
+  bool isRgb = false;            /**< by the stream, the first three bands are red, green and blue */
+  bool isYcc = false;            /**< by the stream, they are Y, Cb and Cr */
 
   std::uint64_t Across() const { return (columns + blockWidth - 1) / blockWidth; }
   std::uint64_t Down() const { return (rows + blockHeight - 1) / blockHeight; }

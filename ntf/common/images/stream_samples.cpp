@@ -32,6 +32,7 @@ class StreamSamples final : public SampleReader {
     shape.blockHeight = linesUp ? std::min(info.tileRows, image.rows) : image.rows;
     shape.readsWholeBlocks = true;
     shape.isRgb = info.isConverted != 0 || info.isMixed != 0 || info.color == KS_SAMPLES_COLOR_RGB;
+    shape.isYcc = !shape.isRgb && info.color == KS_SAMPLES_COLOR_YCBCR;
     return SUCCESS;
   }
 

@@ -399,29 +399,6 @@ class VqReader final : public ImageReader {
 
 }  // namespace
 
-Status MeasureVqData(const ImageSource &source, std::uint64_t *bytes) {
-  const ImageSubheader &image = *source.image;
-  const BlockGrid grid(image);
-  if (KsSeek(source.file, source.dataStart, KS_SEEK_START) < 0) return ERROR_FILE_READ;
-  VqHeader header{};
-  Kernel kernel{};
-  Status status = SkipMaskTable(source.file, image);
-  if (status == SUCCESS) status = ReadBinary(source.file, kVqHeaderRows, &header);
-  if (status == SUCCESS) status = MeasureKernel(header, grid, &kernel);
-  VqLookupRecord first{};
-  if (status == SUCCESS) status = ReadBinary(source.file, kVqLookupRows, &first);
-  if (status != SUCCESS) return status;
-  if (kernel.height == 0) return ERROR_FILE_FORMAT;
-  const bool skipped = SkipBytes(source.file, header.lookupRecords - 1U, BytesOf(kVqLookupRows)) &&
-                       SkipBytes(source.file, std::uint64_t{header.lookupRecords} * first.entries, kernel.height);
-  if (!skipped) return ERROR_FILE_READ;
-  const std::uint64_t rows = (std::uint64_t{grid.height} + kernel.height - 1) / kernel.height;
-  const std::uint64_t codes = RecordedBlocks(image) * rows * header.codesPerRow;
-  const std::int64_t start = KsSeek(source.file, 0, KS_SEEK_CURRENT) - source.dataStart;
-  *bytes = static_cast<std::uint64_t>(start) + (codes * header.codeBits + 7) / 8;
-  return SUCCESS;
-}
-
 std::unique_ptr<ImageReader> MakeVqReader(const ImageSource &source) {
   return std::unique_ptr<ImageReader>(new (std::nothrow) VqReader(source));
 }

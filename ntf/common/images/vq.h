@@ -17,10 +17,4 @@ constexpr std::uint32_t kVqDepth = 8;
  */
 std::unique_ptr<ImageReader> MakeVqReader(const ImageSource &source);
 
-/**
- * The bytes of vector-quantised data up to the end of their last code, the mask table included; there may be more
- * behind it. SUCCESS, ERROR_FILE_READ where the file ends in front of the codes, ERROR_FILE_FORMAT without a kernel.
- */
-Status MeasureVqData(const ImageSource &source, std::uint64_t *bytes);
-
 }  // namespace ksntfx

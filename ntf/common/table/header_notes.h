@@ -18,7 +18,6 @@ struct HeaderNote {
 
 struct HeaderNotes {
   std::vector<HeaderNote> list;
-  std::vector<std::uint64_t> imageDataLengths; /**< LI with all its ten digits, where the header's table has 32 bits */
 };
 
 }  // namespace ksntfx

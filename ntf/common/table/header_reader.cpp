@@ -18,17 +18,34 @@ Status HeaderReader::Read(const HeaderTable &table) {
   return status;
 }
 
-Status HeaderReader::Refuse(std::int32_t status, std::string_view fieldName, std::string_view value) {
-  if (notes == nullptr) return status;
-  notes->list.push_back({std::string(fieldName), std::string(value), Position() - value.size(), status});
-  return SUCCESS;
+bool HeaderReader::NoteFault(const HeaderRow &row, const char *base, Status &status) {
+  // A field of the security group was noted before the group.
+  if (row.kind == HeaderRow::Kind::Security) {
+    fault.group = row.name;
+    return false;
+  }
+  fault.name = row.name;
+  fault.offset = Position();
+  const bool isValue = status != ERROR_FILE_READ && status != ERROR_NO_MEMORY && status != kBudgetSpent;
+  if (row.kind != HeaderRow::Kind::Text || !isValue) return false;
+  fault.text = {base + row.place, WidthOf(row, nitf20)};
+  fault.offset -= fault.text.size();
+  // A header without its marker is none.
+  if (notes == nullptr || !row.marker.empty()) return false;
+  notes->list.push_back({std::string(group).append(row.name), std::string(fault.text), fault.offset, status.Code()});
+  fault = {};
+  status = SUCCESS;
+  return true;
 }
 
 Status HeaderReader::ReadSecurity(const HeaderRow &row, char *base) {
   securityRules = row.securityRules;
   // A downgrade event is there only with its downgrade field, whatever the strict interfaces expect.
   if (notes != nullptr) securityRules &= static_cast<std::uint8_t>(~kEventAlways);
-  return row.fields->read(*this, base + row.place);
+  group = row.name;
+  const Status status = row.fields->read(*this, base + row.place);
+  group = {};
+  return status;
 }
 
 Status HeaderReader::ReadData(const HeaderRow &row, char *base) {

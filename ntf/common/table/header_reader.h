@@ -4,6 +4,7 @@
 #pragma once
 
 #include "table/fields.h"
+#include "table/header_fault.h"
 #include "table/header_notes.h"
 #include "table/header_table.h"
 
@@ -38,6 +39,9 @@ class HeaderReader {
   /** Reads all rows in order: SUCCESS, kBudgetSpent, or the failure, with what was read so far in the record. */
   Status Read(const HeaderTable &table);
 
+  /** The field at which Read failed. */
+  const HeaderFault &Fault() const { return fault; }
+
   /** The bytes that were taken so far. */
   std::uint64_t Taken() const { return Position() - start; }
 
@@ -56,7 +60,7 @@ class HeaderReader {
     const std::string_view text(digits, width);
     if (nineIsUnknown && AllNines(text)) sawUnknown = true;
     *number = static_cast<std::uint32_t>(ParseNumber(text));
-    exactNumber = width > kAlwaysFit ? ParseLongNumber(text) : static_cast<std::int32_t>(*number);
+    longNumber = width > kAlwaysFit ? ParseLongNumber(text) : static_cast<std::int32_t>(*number);
     return SUCCESS;
   }
   /** Reads `bytes` bytes into a new buffer with a NUL behind them, which takes the place of `*buffer`. */
@@ -71,16 +75,12 @@ class HeaderReader {
   bool Nitf20() const { return nitf20; }
   /** A length or size was given as unknown. */
   bool SawUnknown() const { return sawUnknown; }
-  /** The last number of TakeNumber, which may exceed 32 bits. */
-  std::int64_t ExactNumber() const { return exactNumber; }
-
+  /** The last number of TakeNumber was more than 32 bits can tell, and is their limit. */
+  bool SawBeyond() const { return longNumber > INT32_MAX; }
+  /** That number in full. */
+  std::int64_t LongNumber() const { return longNumber; }
   /** Null where values that aren't supported end the reading. */
   HeaderNotes *Notes() const { return notes; }
-  /**
-   * The result for a value that isn't supported, of the field that was read last: `status`, or SUCCESS where it could
-   * be noted.
-   */
-  Status Refuse(std::int32_t status, std::string_view fieldName, std::string_view value);
   /** SecurityRule bits of the group that is being read. */
   unsigned SecurityRules() const { return securityRules; }
 
@@ -88,7 +88,8 @@ class HeaderReader {
   template <const auto &rows, bool terminates, std::size_t... index>
   Status ReadRows(char *base, std::index_sequence<index...>) {
     Status status = SUCCESS;
-    static_cast<void>((((status = ReadRow<terminates>(rows[index], base)) == SUCCESS) && ...));
+    static_cast<void>((
+        ((status = ReadRow<terminates>(rows[index], base)) == SUCCESS || NoteFault(rows[index], base, status)) && ...));
     return status;
   }
 
@@ -140,6 +141,11 @@ class HeaderReader {
     return std::all_of(text.begin(), text.end(), [](char digit) { return digit == '9'; });
   }
 
+  /**
+   * Remembers where a read failed, and returns false; or, where values are noted, notes that of a field, makes the
+   * status SUCCESS, and returns true.
+   */
+  [[gnu::cold, gnu::noinline]] bool NoteFault(const HeaderRow &row, const char *base, Status &status);
   Status ReadSecurity(const HeaderRow &row, char *base);
   Status ReadData(const HeaderRow &row, char *base);
   Status TakeBeyond(char *buffer, std::uint64_t bytes);
@@ -163,11 +169,13 @@ class HeaderReader {
   std::uint64_t aheadPosition; /**< of the end of what is read ahead */
   std::uint64_t start;         /**< position of the header */
   std::uint64_t limit;         /**< bytes that may be taken */
+  std::int64_t longNumber = 0; /**< the last number of TakeNumber */
   bool nitf20;
   bool sawUnknown = false;
-  std::int64_t exactNumber = 0;
   HeaderNotes *notes;
+  std::string_view group{}; /**< the name of the security group that is being read */
   std::uint8_t securityRules = 0;
+  HeaderFault fault{};
 };
 
 /** The format that `rows` describe. `terminates`: a NUL is put behind each text that is read. */

@@ -189,9 +189,10 @@ constexpr HeaderRow BytesRow(std::string_view name, std::size_t place, std::size
   return row;
 }
 
-/** What fits no row: a function that reads it, and one that writes it. */
-constexpr HeaderRow GroupRow(Status (*read)(HeaderReader &), Status (*write)(HeaderWriter &)) {
+/** What fits no row: a function that reads it, and one that writes it. `first` is the first of its fields. */
+constexpr HeaderRow GroupRow(std::string_view first, Status (*read)(HeaderReader &), Status (*write)(HeaderWriter &)) {
   HeaderRow row;
+  row.name = first;
   row.kind = HeaderRow::Kind::Group;
   row.group = read;
   row.write = write;

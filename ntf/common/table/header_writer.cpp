@@ -63,7 +63,18 @@ Status HeaderWriter::WriteData(const HeaderRow &row, const char *base) {
 Status HeaderWriter::Text(const char *text, std::uint32_t width, char fill) {
   const char fills[] = {fill, '\0'};
   written += width;
+  if (sink.memory != nullptr && !visit) {
+    HoldText(text, width, fill);
+    return SUCCESS;
+  }
   return visit ? SUCCESS : WriteField(nullptr, sink.out, text, width, fills);
+}
+
+/** The text as WriteField writes it. */
+void HeaderWriter::HoldText(const char *text, std::uint32_t width, char fill) {
+  const std::string_view held = BufferText(text, width);
+  const std::string filling(width - held.size(), fill);
+  sink.memory->append(fill == ' ' ? held : filling).append(fill == ' ' ? filling : held);
 }
 
 Status HeaderWriter::Number(std::int64_t value, std::uint32_t width) {
@@ -75,6 +86,10 @@ Status HeaderWriter::Number(std::int64_t value, std::uint32_t width) {
 Status HeaderWriter::Bytes(const void *bytes, std::uint64_t count) {
   if (bytes == nullptr && count != 0) return Zeros(count);
   written += count;
+  if (sink.memory != nullptr && !visit) {
+    sink.memory->append(static_cast<const char *>(bytes), count);
+    return SUCCESS;
+  }
   const bool done = visit || count == 0 || KsWrite(sink.out, bytes, count) == count;
   return done ? SUCCESS : ERROR_FILE_WRITE;
 }

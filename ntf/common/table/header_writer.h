@@ -20,8 +20,9 @@ struct HeaderMarks {
 /** Where the bytes of a header go. */
 struct HeaderSink {
   KsHandle out = KS_INVALID_HANDLE;
-  bool nitf20 = false;    /**< the header has the layout of NITF 2.0 */
-  CountsOfKinds listed{}; /**< the segments of each kind, which the file header counts */
+  std::string *memory = nullptr; /**< collects the bytes; then `out` is not used */
+  bool nitf20 = false;           /**< the header has the layout of NITF 2.0 */
+  CountsOfKinds listed{};        /**< the segments of each kind, which the file header counts */
   HeaderMarks marks{};
 };
 
@@ -61,6 +62,7 @@ class HeaderWriter {
   Status WriteRows(std::span<const HeaderRow> rows, const char *base, char fill, const HeaderRow *group);
   Status WriteRow(const HeaderRow &row, const char *base, char fill, const HeaderRow *group);
   Status Zeros(std::uint64_t count);
+  void HoldText(const char *text, std::uint32_t width, char fill);
   Status WriteData(const HeaderRow &row, const char *base);
 
   HeaderSink &sink;

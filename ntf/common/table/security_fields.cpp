@@ -17,8 +17,7 @@ bool DowngradeByEvent(const void *security, bool) {
 Status CheckClassification(HeaderReader &reader, std::string_view text) {
   const unsigned rules = reader.SecurityRules();
   if ((rules & kCheckClassification) == 0 || ((rules & kCheckOnly21) != 0 && reader.Nitf20())) return SUCCESS;
-  const bool known = std::string_view("CRSTU").find(text[0]) != std::string_view::npos;
-  return known ? SUCCESS : reader.Refuse(ERROR_FILE_FORMAT, "CLAS", text);
+  return std::string_view("CRSTU").find(text[0]) == std::string_view::npos ? ERROR_FILE_FORMAT : SUCCESS;
 }
 
 #define SECURITY(member) "S" #member, offsetof(SecurityFields, member), sizeof(SecurityFields::member)

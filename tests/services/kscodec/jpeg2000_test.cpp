@@ -175,6 +175,45 @@ TEST_F(Jpeg2000Test, LuminanceAndColorDifferencesBecomeRgbUnlessBandsAreWanted) 
   EXPECT_EQ(ColorAt(bands, 0, 0), (std::array<int, 3>{76, 85, 255}));
 }
 
+// ---- components that a file names beside the stream ---------------------------------------------------------------
+
+struct NamedCase {
+  const char *name;
+  Recipe spec;
+  uint32_t flags;
+  std::array<int, 3> color; /**< red, green, blue */
+};
+
+class NamedComponents : public ServiceTestWith<NamedCase> {};
+
+/** Components 0 to 2 are 150, 128 and 100: Cr, Cb and Y, or blue, green and red. */
+TEST_P(NamedComponents, AreTakenUnlessTheStreamKnowsBetter) {
+  Recipe spec = GetParam().spec;
+  spec.components.resize(3);
+  spec.width = spec.height = 16;
+  const Bytes stream = EncodeJpeg2000(
+      spec, {std::vector<int32_t>(256, 150), std::vector<int32_t>(256, 128), std::vector<int32_t>(256, 100)});
+  KsLocalBitmap bitmap;
+  const uint32_t flags = KS_LOAD_BANDS | KS_LOAD_NAMED_BANDS | GetParam().flags;
+  ASSERT_EQ(Load(stream, bitmap, Options(flags, {2, 1, 0})), SUCCESS);
+  for (size_t i = 0; i < 3; ++i) EXPECT_NEAR(ColorAt(bitmap, 0, 0)[i], GetParam().color[i], 1) << i;
+}
+
+// Y 100, Cb 128, Cr 150: red is 100 + 1.402 * 22, green 100 - 0.714 * 22, blue 100.
+constexpr std::array<int, 3> kConverted = {131, 84, 100};
+constexpr std::array<int, 3> kInOrder = {150, 128, 100};
+constexpr std::array<int, 3> kByName = {100, 128, 150};
+
+INSTANTIATE_TEST_SUITE_P(
+    Jpeg2000, NamedComponents,
+    testing::Values(NamedCase{"bareYCbCr", {}, KS_LOAD_YCBCR, kConverted}, NamedCase{"bareRgb", {}, 0, kByName},
+                    NamedCase{"mixedYCbCr", {.mixes = true}, KS_LOAD_YCBCR, kInOrder},
+                    NamedCase{"mixedRgb", {.mixes = true}, 0, kByName},
+                    NamedCase{"boxedYCbCr", {.isJp2 = true, .space = OPJ_CLRSPC_SYCC}, KS_LOAD_YCBCR, kConverted},
+                    NamedCase{"boxedRgb", {.isJp2 = true, .space = OPJ_CLRSPC_SRGB}, KS_LOAD_YCBCR, kInOrder},
+                    NamedCase{"boxedRgbByName", {.isJp2 = true, .space = OPJ_CLRSPC_SRGB}, 0, kByName}),
+    [](const auto &given) { return std::string(given.param.name); });
+
 TEST_F(Jpeg2000Test, PaletteIsAppliedBeforeComponentsAreCounted) {
   KsFileInfo info;
   ASSERT_EQ(Inform(PaletteFile(), &info), SUCCESS);
