@@ -129,6 +129,16 @@ Outcome AppendSegment(NitfHandle handle, const Item &item) {
   return item.kind == ItemKind::Graphic ? AppendGraphic(handle, item) : AppendText(handle, item);
 }
 
+/** The library stores the bounds of a drawing as column and row, where the format has row and column. */
+Outcome TurnBounds(const Item &item, const FileView &file, const HeaderChoice &header) {
+  for (const char *const name : {"SBND1", "SBND2"}) {
+    const std::string bound = file.FieldText(header, name);
+    const std::string turned = bound.substr(kLocationHalf) + bound.substr(0, kLocationHalf);
+    if (Outcome refused = ChangeField(item.file, file, header, name, turned)) return refused;
+  }
+  return {};
+}
+
 /** Adds a segment to the new file `added`, whose levels continue those of `base`. */
 Outcome Append(const LocalHandle &added, const Stack &base, const Item &item) {
   Stack stack = base;
@@ -141,7 +151,7 @@ Outcome Append(const LocalHandle &added, const Stack &base, const Item &item) {
     if (!value) continue;
     if (Outcome refused = ChangeField(item.file, added.View(), header, name, *value)) return refused;
   }
-  return {};
+  return kind == SegmentKind::Graphic ? TurnBounds(item, added.View(), header) : Outcome();
 }
 
 Outcome AppendAll(const LocalHandle &added, const Stack &base, const std::vector<Item> &items) {

@@ -1,6 +1,7 @@
 #include "file_reader.h"
 
 #include "input_file.h"
+#include "load_headers.h"
 
 namespace ntf {
 
@@ -9,7 +10,11 @@ Outcome FileReader::Open(const std::string &fileName) {
   if (Outcome unreadable = CheckInput(fileName)) return unreadable;
   const WideName wide = Widen(fileName);
   const std::int32_t status = NitfReaderOpenUtf16(wide.get(), &reader);
-  return status == SUCCESS ? Outcome() : Failed(status);
+  if (status == SUCCESS) return {};
+  // The field that the headers can't be read beyond has words of its own.
+  LoadedFile loaded;
+  const Outcome failed = LoadHeaders(fileName, loaded, Door::Wide);
+  return failed && failed->status == status ? failed : Failed(status);
 }
 
 Problem FileReader::Failed(std::int32_t status) const {
