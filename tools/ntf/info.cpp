@@ -17,11 +17,11 @@ namespace {
 void AddCanvas(const std::string &fileName, Json &description) {
   Json &canvas = description["canvas"];
   if (!IsDrawn(description)) return;
-  const WideName name = Widen(fileName);
+  const std::u16string name = Widen(fileName);
   KsFileInfo answer = {};
   KsLoadOptions loadOptions = {};
   FilterInfoRecord request = {};
-  request.fileName = name.get();
+  request.fileName = name.c_str();
   request.inputHandle = KS_INVALID_HANDLE;
   request.fileInfo = &answer;
   request.loadOptions = &loadOptions;

@@ -52,9 +52,9 @@ void WarnOfLength(const std::string &fileName, const FileView &file) {
 
 Outcome SaveRewritten(const std::string &fileName, const FileView &file, const FileRewrite &rewrite,
                       const std::string &output, const HeaderChoice &header, const std::vector<FieldValue> &fields) {
-  const auto write = [&](const std::string &place) -> std::int32_t { return rewrite.Write(Widen(place).get()); };
+  const auto write = [&](const std::string &place) -> std::int32_t { return rewrite.Write(Widen(place).c_str()); };
   return SaveChecked(fileName, output, write, [&](const std::string &place) -> Outcome {
-    const std::int32_t status = rewrite.Compare(Widen(place).get());
+    const std::int32_t status = rewrite.Compare(Widen(place).c_str());
     if (status == ERROR_FILE_WRITE) return Problem{output, "differs from what was written", ERROR_FILE_WRITE};
     if (status != SUCCESS) return StatusProblem(fileName, status);
     return CheckFields(fileName, place, file, header, fields);
