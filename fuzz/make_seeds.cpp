@@ -12,6 +12,8 @@ namespace fs = std::filesystem;
 /** The roads of the target for codecs, which the first byte of an input chooses. */
 constexpr std::uint8_t kCodecRoads = 4;
 constexpr std::uint8_t kRawRoads[] = {4, 5};
+/** With options, a level, and a window: first row, rows, first column, columns. */
+const Bytes kSampleRoad = {6, 0, 0, 0, 200, 0, 200};
 
 Bytes Joined(Bytes first, const Bytes &second) {
   first.insert(first.end(), second.begin(), second.end());
@@ -40,6 +42,7 @@ void AddFiles(const Seeds &seeds) {
       seeds.Add("codecs", file.name + std::to_string(road),
                 Joined(road == 1 ? Bytes{1, 2, 1, 0} : Bytes{road}, stream));
     }
+    seeds.Add("codecs", file.name + "-samples", Joined(kSampleRoad, stream));
     for (const std::uint8_t road : kRawRoads) {
       seeds.Add("codecs", file.name + std::to_string(road), Joined({road, 16, 5}, stream));
     }

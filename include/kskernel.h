@@ -191,11 +191,23 @@ enum KsSeekOrigin {
  */
 KS_API KsHandle KsOpen(const char16_t *name, uint32_t flags, uint32_t mode);
 
+/**
+ * Opens `count` bytes of memory for reading, as a file. They are not copied: they must stay unchanged until the file is
+ * closed. Returns KS_INVALID_HANDLE if `bytes` is null, or out of memory.
+ */
+KS_API KsHandle KsOpenMemory(const void *bytes, uint64_t count);
+
 /** Flushes and closes a file. Returns ERROR_FILE_WRITE if this or an earlier write failed, or for an invalid handle. */
 KS_API int32_t KsClose(KsHandle handle);
 
 /** Reads up to `bytes` bytes at the position. Returns the number of bytes read: fewer at the end or on error. */
 KS_API uint64_t KsRead(KsHandle handle, void *buffer, uint64_t bytes);
+
+/**
+ * Reads up to `bytes` bytes of a file that is open for reading, at `position` from its start. The file's own position
+ * is neither used nor changed, so several threads may read at once. Returns the number of bytes read.
+ */
+KS_API uint64_t KsReadAt(KsHandle handle, int64_t position, void *buffer, uint64_t bytes);
 
 /** Writes `bytes` bytes at the position. Returns the number of bytes written. KsClose reports delayed errors. */
 KS_API uint64_t KsWrite(KsHandle handle, const void *buffer, uint64_t bytes);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "internal/status.h"
+#include "kssamples.h"
 
 #include <cstdint>
 #include <memory>
@@ -61,6 +62,9 @@ class OpenedStream {
   PictureInfo info;
 };
 
+class ByteSource;
+class SampleStream;
+
 /** One codec. Its functions accept streams that are damaged in any way, and may throw std::bad_alloc. */
 struct Codec {
   /** Whether the stream begins like one of this codec's. */
@@ -72,6 +76,9 @@ struct Codec {
    *   ERROR_NOT_SUPPORTED  there is no format number for this kind; one that has a number may still fail to load
    */
   Status (*open)(Stream stream, std::unique_ptr<OpenedStream> *opened);
+  /** Opens a recognised stream for its samples: SUCCESS, or the status of KsSamplesOpen. */
+  Status (*openSamples)(const ByteSource &source, const KsSamplesOptions &options,
+                        std::unique_ptr<SampleStream> *opened);
   bool loadsInPlace;
 };
 

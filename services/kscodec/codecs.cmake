@@ -5,11 +5,11 @@ set(KSNTFX_CODECS JPEG JPEG2000 T4)
 
 option(KSNTFX_CODEC_JPEG "Decode and encode JPEG of 8 bits, with libjpeg-turbo" ON)
 set(KSNTFX_CODEC_JPEG_SOURCES /kscodec/jpeg/turbo_)
-set(KSNTFX_CODEC_JPEG_TESTS /kscodec/jpeg_test /kscodec/jpeg_save_test /support_codecs/jpeg_)
+set(KSNTFX_CODEC_JPEG_TESTS /kscodec/jpeg_test /kscodec/jpeg_save_test /kscodec/jpeg_samples_test /support_codecs/jpeg_)
 
 option(KSNTFX_CODEC_JPEG2000 "Decode JPEG 2000, with OpenJPEG" ON)
 set(KSNTFX_CODEC_JPEG2000_SOURCES /kscodec/jpeg2000/)
-set(KSNTFX_CODEC_JPEG2000_TESTS /kscodec/jpeg2000_test /kscodec/letter_jpeg2000_test /support_codecs/jpeg2000_)
+set(KSNTFX_CODEC_JPEG2000_TESTS /kscodec/jpeg2000_test /kscodec/jpeg2000_samples_test /support_codecs/jpeg2000_)
 
 option(KSNTFX_CODEC_T4 "Decode bi-level T.4 streams, with libtiff" ON)
 set(KSNTFX_CODEC_T4_SOURCES /kscodec/t4)

@@ -5,6 +5,7 @@ namespace kscodec {
 constinit const Libraries kLibraries = {
 #ifdef KSNTFX_CODEC_JPEG
     .decodeJpeg = jpeg::Decode,
+    .readJpegSamples = jpeg::ReadSamples,
     .encodeJpeg = jpeg::Encode,
 #endif
 #ifdef KSNTFX_CODEC_JPEG2000

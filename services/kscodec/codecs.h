@@ -5,9 +5,18 @@
 
 namespace kscodec {
 
+struct SampleOrder;
+
 namespace jpeg {
 struct Plan;
-}
+
+/** A JPEG stream: in memory, or from a place of a source on. */
+struct JpegInput {
+  Stream bytes;
+  const ByteSource *source; /**< null for `bytes` */
+  std::uint64_t start;
+};
+}  // namespace jpeg
 
 /** How a picture is to be encoded. */
 struct SaveOrder {
@@ -27,6 +36,11 @@ struct Libraries {
    * KSNTFX_CODEC_JPEG, with libjpeg-turbo.
    */
   Status (*decodeJpeg)(Stream stream, const jpeg::Plan &plan, const KsBitmap &target) = nullptr;
+
+  /**
+   * Decodes a window of such a stream at a level of 0 to 3. KSNTFX_CODEC_JPEG likewise.
+   */
+  Status (*readJpegSamples)(const jpeg::JpegInput &input, const jpeg::Plan &plan, const SampleOrder &order) = nullptr;
 
   /**
    * Encodes a bitmap of any depth that converts to the one ordered as JPEG, into a new global block. SUCCESS,
@@ -66,6 +80,7 @@ extern const Codec kJpegCodec;
 // The members of kLibraries, for codecs.cpp; others must go through the table.
 namespace jpeg {
 Status Decode(Stream stream, const Plan &plan, const KsBitmap &target);
+Status ReadSamples(const JpegInput &input, const Plan &plan, const SampleOrder &order);
 Status Encode(const KsBitmap &bitmap, const SaveOrder &order, void **handle, std::uint64_t *size);
 }  // namespace jpeg
 extern const Codec kJpeg2000Codec;

@@ -27,6 +27,7 @@ File::~File() {
 }
 
 bool File::Close() {
+  if (memory != nullptr) return true;
   const bool flushed = Flush();
   const bool closed = CloseSystemFile(system);
   return flushed && closed && !failed;
@@ -34,11 +35,26 @@ bool File::Close() {
 
 std::uint64_t File::Read(std::uint8_t *buffer, std::uint64_t bytes) {
   bytes = WithinPositions(bytes, position);
+  if (memory != nullptr) {
+    const std::uint64_t copied = ReadFrom(position, buffer, bytes);
+    position += static_cast<std::int64_t>(copied);
+    return copied;
+  }
   // Windows never hold what was written since they were filled, so only a read past them needs the held bytes on file.
   if (heldBytes != 0 && !windows.Holds(bytes, position) && !Flush()) return 0;
   const std::uint64_t moved = windows.Read(system, buffer, bytes, position);
   position += static_cast<std::int64_t>(moved);
   return moved;
+}
+
+std::uint64_t File::ReadFrom(std::int64_t start, std::uint8_t *buffer, std::uint64_t bytes) const {
+  if (start < 0) return 0;
+  bytes = WithinPositions(bytes, start);
+  if (memory == nullptr) return ReadAt(system, buffer, bytes, start);
+  const auto from = static_cast<std::uint64_t>(start);
+  const std::uint64_t count = from < memoryBytes ? std::min(bytes, memoryBytes - from) : 0;
+  if (count != 0) std::memcpy(buffer, memory + from, count);
+  return count;
 }
 
 std::uint64_t File::Write(const std::uint8_t *buffer, std::uint64_t bytes) {
@@ -73,7 +89,7 @@ std::int64_t File::Seek(std::int64_t offset, std::uint32_t origin) {
 
 /** Copies long runs from file to file without passing them through the process, where the system can do that. */
 std::uint64_t File::CopyInSystem(File &source, std::uint64_t bytes) {
-  if (!writable || bytes < kHeldCapacity || !Flush()) return 0;
+  if (!writable || source.memory != nullptr || bytes < kHeldCapacity || !Flush()) return 0;
   windows.Drop(bytes, position);
   const std::uint64_t moved = CopyRange({source.system, source.position}, {system, position}, bytes);
   position += static_cast<std::int64_t>(moved);
@@ -101,6 +117,7 @@ Status File::CopyFrom(File &source, std::uint64_t bytes) {
 }
 
 std::int64_t File::Size() const {
+  if (memory != nullptr) return static_cast<std::int64_t>(memoryBytes);
   const std::int64_t size = SizeOf(system);
   return size >= 0 && heldBytes != 0 ? std::max(size, HeldEnd()) : size;
 }
@@ -161,6 +178,18 @@ KsHandle KsOpen(const char16_t *name, uint32_t flags, uint32_t) {
     return KS_INVALID_HANDLE;
   }
   return reinterpret_cast<KsHandle>(new (place) File(system, create));
+}
+
+KsHandle KsOpenMemory(const void *bytes, uint64_t count) {
+  if (bytes == nullptr || count > INT64_MAX) return KS_INVALID_HANDLE;
+  void *const place = kscore::Allocate(KS_MEMORY_FILE, 1, sizeof(File));
+  if (place == nullptr) return KS_INVALID_HANDLE;
+  return reinterpret_cast<KsHandle>(new (place) File(static_cast<const uint8_t *>(bytes), count));
+}
+
+uint64_t KsReadAt(KsHandle handle, int64_t position, void *buffer, uint64_t bytes) {
+  const File *const file = FileOf(handle);
+  return file == nullptr || buffer == nullptr ? 0 : file->ReadFrom(position, static_cast<uint8_t *>(buffer), bytes);
 }
 
 int32_t KsClose(KsHandle handle) {

@@ -2,18 +2,21 @@
 #
 #   NM       the program nm
 #   LIBRARY  the shared library
-#   HEADER   its header; each documented function stands behind API there
+#   HEADER   its headers, separated by commas; each documented function stands behind API there
 #   API      the macro of the header's declarations
 #   ONLY     the functions that the header is to document, separated by commas, where they are given
 #   ALSO     a pattern of further names, demangled, that may be shown
 cmake_minimum_required(VERSION 3.25)
 
-file(READ "${HEADER}" header)
-string(REGEX MATCHALL "\n${API} [^;(]*[( *][A-Za-z_0-9]+\\(" declarations "${header}")
+string(REPLACE "," ";" HEADER "${HEADER}")
 set(documented "")
-foreach(declaration IN LISTS declarations)
-  string(REGEX REPLACE ".*[ *]([A-Za-z_0-9]+)\\($" "\\1" name "${declaration}")
-  list(APPEND documented "${name}")
+foreach(path IN LISTS HEADER)
+  file(READ "${path}" header)
+  string(REGEX MATCHALL "\n${API} [^;(]*[( *][A-Za-z_0-9]+\\(" declarations "${header}")
+  foreach(declaration IN LISTS declarations)
+    string(REGEX REPLACE ".*[ *]([A-Za-z_0-9]+)\\($" "\\1" name "${declaration}")
+    list(APPEND documented "${name}")
+  endforeach()
 endforeach()
 if(NOT documented)
   message(FATAL_ERROR "no declarations in ${HEADER}")

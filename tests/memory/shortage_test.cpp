@@ -106,18 +106,36 @@ class ShortageOfAuthoring : public testing::Test {
     if (status == SUCCESS) status = K_NITFAppendGraphicSegment(handle, drawing.Get(), &rectangle);
     if (status == SUCCESS) status = K_NITFAppendTextSegment(handle, text.c_str());
     if (status == SUCCESS) status = K_NITFSetVectorHandle(handle, 0, drawing.Get());
-    if (status == SUCCESS) status = ChangeRecords(handle);
+    if (status == SUCCESS) status = Change(handle, K_NITFGetImageHeader, K_NITFSetImageHeader, K_NITFFreeImageHeader);
+    if (status == SUCCESS) {
+      status = Change(handle, K_NITFGetGraphicHeader, K_NITFSetGraphicHeader, K_NITFFreeGraphicHeader);
+    }
+    if (status == SUCCESS) status = Change(handle, K_NITFGetTextHeader, K_NITFSetTextHeader, K_NITFFreeTextHeader);
     if (status == SUCCESS) status = K_NITFSaveFile(handle, out.c_str());
+    // A new file's header has no length in its record: stored again, it would leave the segments without their places.
+    if (status == SUCCESS) status = ChangeHeader(handle);
     K_NITFDestroy(&handle);
     return status;
   }
 
-  static std::int32_t ChangeRecords(NitfHandle handle) {
-    NitfImageHeaderInfo image{};
-    std::int32_t status = K_NITFGetImageHeader(handle, 0, &image);
-    if (status == SUCCESS) status = K_NITFSetImageHeader(handle, 0, &image);
-    K_NITFFreeImageHeader(&image);
+  /** Takes a record out and puts it back, and frees it twice. */
+  template <class Info>
+  static std::int32_t Change(NitfHandle handle, std::int32_t (*get)(NitfHandle, std::uint32_t, Info *),
+                             std::int32_t (*set)(NitfHandle, std::uint32_t, const Info *),
+                             std::int32_t (*free)(Info *)) {
+    Info info{};
+    std::int32_t status = get(handle, 0, &info);
+    if (status == SUCCESS) status = set(handle, 0, &info);
+    EXPECT_EQ(free(&info), SUCCESS);
+    EXPECT_EQ(free(&info), SUCCESS);
     return status;
+  }
+
+  static std::int32_t ChangeHeader(NitfHandle handle) {
+    return Change<NitfHeaderInfo>(
+        handle, [](NitfHandle file, std::uint32_t, NitfHeaderInfo *info) { return K_NITFGetNITFHeader(file, info); },
+        [](NitfHandle file, std::uint32_t, const NitfHeaderInfo *info) { return K_NITFSetNITFHeader(file, info); },
+        K_NITFFreeNITFHeader);
   }
 
   TemporaryFolder folder;

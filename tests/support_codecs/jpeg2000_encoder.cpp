@@ -38,6 +38,8 @@ OPJ_BOOL Seek(OPJ_OFF_T to, void *user) {
 }
 
 using Image = std::unique_ptr<opj_image_t, decltype(&opj_image_destroy)>;
+using Codec = std::unique_ptr<opj_codec_t, decltype(&opj_destroy_codec)>;
+using Input = std::unique_ptr<opj_stream_t, decltype(&opj_stream_destroy)>;
 
 Image MakeImage(const Jpeg2000Spec &spec, const Jpeg2000Samples &samples) {
   std::vector<opj_image_cmptparm_t> shapes;
@@ -94,16 +96,37 @@ Bytes EncodeJpeg2000(const Jpeg2000Spec &spec, const Jpeg2000Samples &samples) {
   // The encoder requires a pixel at the lowest resolution.
   parameters.numresolution = std::min(spec.width, spec.height) < 4 ? 1 : spec.resolutions;
   parameters.tcp_mct = spec.mixes ? 1 : 0;
+  parameters.irreversible = spec.irreversible ? 1 : 0;
   parameters.tile_size_on = spec.tile != 0 ? OPJ_TRUE : OPJ_FALSE;
   parameters.cp_tdx = parameters.cp_tdy = static_cast<int>(spec.tile);
   Jpeg2000Memory memory;
-  const std::unique_ptr<opj_codec_t, decltype(&opj_destroy_codec)> codec(
-      opj_create_compress(spec.isJp2 ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K), opj_destroy_codec);
-  const std::unique_ptr<opj_stream_t, decltype(&opj_stream_destroy)> stream(OpenJpeg2000Memory(&memory, false),
-                                                                            opj_stream_destroy);
+  const Codec codec(opj_create_compress(spec.isJp2 ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K), opj_destroy_codec);
+  const Input stream(OpenJpeg2000Memory(&memory, false), opj_stream_destroy);
   const bool isDone = opj_setup_encoder(codec.get(), &parameters, image.get()) &&
                       opj_start_compress(codec.get(), image.get(), stream.get()) &&
                       opj_encode(codec.get(), stream.get()) && opj_end_compress(codec.get(), stream.get());
   if (!isDone) std::abort();
   return memory.bytes;
+}
+
+std::vector<Jpeg2000Plane> DecodeJpeg2000(const Bytes &stream, bool isJp2, std::uint32_t level) {
+  Jpeg2000Memory memory = {stream};
+  const Input input(OpenJpeg2000Memory(&memory, true), opj_stream_destroy);
+  const Codec codec(opj_create_decompress(isJp2 ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K), opj_destroy_codec);
+  opj_dparameters_t parameters;
+  opj_set_default_decoder_parameters(&parameters);
+  parameters.cp_reduce = level;
+  opj_image_t *made = nullptr;
+  // The area is that of the whole picture; without this call, the library gets the sizes of levels wrong.
+  const bool isRead = opj_setup_decoder(codec.get(), &parameters) && opj_read_header(input.get(), codec.get(), &made) &&
+                      opj_set_decode_area(codec.get(), made, 0, 0, 0, 0);
+  const Image image(made, opj_image_destroy);
+  if (!isRead || !opj_decode(codec.get(), input.get(), image.get())) std::abort();
+  std::vector<Jpeg2000Plane> planes;
+  for (std::uint32_t i = 0; i < image->numcomps; ++i) {
+    const opj_image_comp_t &component = image->comps[i];
+    planes.push_back(
+        {component.w, component.h, {component.data, component.data + std::size_t{component.w} * component.h}});
+  }
+  return planes;
 }

@@ -30,6 +30,7 @@ struct Jpeg2000Spec {
   OPJ_COLOR_SPACE space = OPJ_CLRSPC_UNSPECIFIED;
   float rate = 0; /**< compression; 0: without loss */
   int resolutions = 3;
+  bool irreversible = false; /**< by the transform in floating point */
 };
 
 /** Where the samples of a component lie on its own grid. */
@@ -46,6 +47,16 @@ Jpeg2000Extent ExtentOf(const Jpeg2000Spec &spec, const Jpeg2000Component &compo
 using Jpeg2000Samples = std::vector<std::vector<std::int32_t>>;
 
 Bytes EncodeJpeg2000(const Jpeg2000Spec &spec, const Jpeg2000Samples &samples);
+
+/** A component as the library decodes it. */
+struct Jpeg2000Plane {
+  std::uint32_t width;
+  std::uint32_t height;
+  std::vector<std::int32_t> samples;
+};
+
+/** The library by itself: all components at a level. */
+std::vector<Jpeg2000Plane> DecodeJpeg2000(const Bytes &stream, bool isJp2, std::uint32_t level);
 
 /** Bytes in memory, as the library reads and writes them. */
 struct Jpeg2000Memory {

@@ -72,3 +72,25 @@ Bytes EncodeByLibrary(const JpegEncoding &encoding, const JpegSample &sample) {
   std::free(memory);
   return stream;
 }
+
+JpegPixels DecodeByLibrary(const Bytes &stream, bool convertsToRgb, std::uint32_t level) {
+  jpeg_decompress_struct jpeg = {};
+  jpeg_error_mgr errors = {};
+  jpeg.err = jpeg_std_error(&errors);
+  jpeg_create_decompress(&jpeg);
+  jpeg_mem_src(&jpeg, stream.data(), static_cast<unsigned long>(stream.size()));
+  jpeg_read_header(&jpeg, TRUE);
+  jpeg.jpeg_color_space = convertsToRgb ? JCS_YCbCr : JCS_UNKNOWN;
+  jpeg.out_color_space = convertsToRgb ? JCS_RGB : JCS_UNKNOWN;
+  jpeg.scale_denom = 1U << level;
+  jpeg_start_decompress(&jpeg);
+  JpegPixels pixels = {jpeg.output_width, jpeg.output_height, {}};
+  const std::size_t rowBytes = std::size_t{pixels.width} * static_cast<std::size_t>(jpeg.output_components);
+  pixels.samples.resize(rowBytes * pixels.height);
+  while (jpeg.output_scanline < jpeg.output_height) {
+    JSAMPROW row = pixels.samples.data() + jpeg.output_scanline * rowBytes;
+    jpeg_read_scanlines(&jpeg, &row, 1);
+  }
+  jpeg_destroy_decompress(&jpeg);
+  return pixels;
+}

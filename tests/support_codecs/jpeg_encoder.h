@@ -26,3 +26,12 @@ struct JpegEncoding {
 
 /** Components are encoded as `sample` has them, without a change of colours. */
 Bytes EncodeByLibrary(const JpegEncoding &encoding, const JpegSample &sample);
+
+struct JpegPixels {
+  std::uint32_t width;
+  std::uint32_t height;
+  Bytes samples; /**< all components of one pixel after the other */
+};
+
+/** The library by itself, at 1/2^n of the size: components as they are stored, or YCbCr as RGB. */
+JpegPixels DecodeByLibrary(const Bytes &stream, bool convertsToRgb, std::uint32_t level);

@@ -66,10 +66,23 @@ class NewBands {
     }
     status = reader.TakeNumber(5, false, &bands.bandLutEntries[band]);
     if (status != SUCCESS || bands.bandLutEntries[band] == 0) return status;
-    return ReadLut(bands.bandLutCounts[band], bands.bandLutEntries[band]);
+    const std::uint32_t tables = bands.bandLutCounts[band];
+    const bool countsAsStored = reader.Notes() != nullptr;
+    const std::uint32_t channels = tables == 1 || (countsAsStored && tables == 2) ? 1 : 3;
+    status = ReadLut(channels, bands.bandLutEntries[band]);
+    const bool hasMore = countsAsStored && tables > channels;
+    return status == SUCCESS && hasMore ? SkipLuts(tables - channels, bands.bandLutEntries[band]) : status;
   }
 
-  /** One table gives gray; any other number is read as three, for red, green and blue. The last band's table stays. */
+  /** Tables beyond those that make a color: the low bytes of a gray table of 16 bits, for one. */
+  Status SkipLuts(std::uint32_t tables, std::uint32_t entries) {
+    char *skipped = nullptr;
+    const Status status = reader.TakeNew(&skipped, std::uint64_t{tables} * entries);
+    KsFreeAndClear(skipped);
+    return status;
+  }
+
+  /** One table is gray; three are red, green and blue. The last band's table is kept. */
   Status ReadLut(std::uint32_t tables, std::uint32_t entries) {
     if (!reader.Holds(tables == 1 ? 1 : 3, entries)) return ERROR_FILE_READ;
     KsArray<std::uint32_t> lut;

@@ -3,10 +3,14 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
 namespace ksntfx {
+
+/** PVTYPE: unsigned integers, bits, signed integers, IEEE 754 numbers, pairs of these. */
+enum PixelValueType : std::uint32_t { kInteger, kBilevel, kSigned, kReal, kComplex };
 
 /** IREP. */
 enum ImageRepresentation : std::uint32_t { kMono, kRgb, kRgbLut, kMulti, kNoDisplay, kVector, kPolar, kVph, kYCbCr601 };
@@ -35,6 +39,13 @@ struct ImageCode {
   std::string_view text;
   std::uint32_t value;
 };
+
+// In the order of their numbers.
+inline constexpr ImageCode kPixelValueTypes[] = {
+    {"INT", kInteger}, {"B  ", kBilevel}, {"SI ", kSigned}, {"R  ", kReal}, {"C  ", kComplex}};
+
+/** The first of these: all that the strict interfaces support. */
+inline constexpr std::size_t kStrictPixelValueTypes = 2;
 
 // In the order of comparison: "RGB/LUT" begins with "RGB".
 inline constexpr ImageCode kRepresentations[] = {

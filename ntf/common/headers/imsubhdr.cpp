@@ -20,14 +20,21 @@ ImageSubheader &Image(HeaderReader &reader) {
   return reader.As<ImageSubheader>();
 }
 
-Status Refuse(const char *message, std::int32_t status) {
-  platform::MessageBoxA(nullptr, message, "Error", platform::MB_OK);
+/** With a message box, unless the value is noted and read past. */
+Status Refuse(const HeaderReader &reader, const char *message, std::int32_t status) {
+  if (reader.Notes() == nullptr) platform::MessageBoxA(nullptr, message, "Error", platform::MB_OK);
   return status;
 }
 
 Status DecodePixelValueType(HeaderReader &reader, std::string_view text) {
-  if (text[0] != 'B' && text[0] != 'I') return Refuse("Unsupported PVTYPE", NITF_UNSUPPORTED_PVTYPE);
-  Image(reader).pixelValueType = text[0] == 'B' ? 1 : 0;
+  // The strict interfaces look at the first letter alone, and have no samples but integers and bits.
+  const std::string_view compared = reader.Notes() == nullptr ? text.substr(0, 1) : text;
+  const std::size_t known = reader.Notes() == nullptr ? kStrictPixelValueTypes : std::size(kPixelValueTypes);
+  const ImageCode *const end = kPixelValueTypes + known;
+  const ImageCode *const type = std::find_if(
+      kPixelValueTypes, end, [&](const ImageCode &code) { return code.text.substr(0, compared.size()) == compared; });
+  if (type == end) return Refuse(reader, "Unsupported PVTYPE", NITF_UNSUPPORTED_PVTYPE);
+  Image(reader).pixelValueType = type->value;
   return SUCCESS;
 }
 
@@ -77,8 +84,8 @@ Status DecodeBlockHeight(HeaderReader &reader, std::string_view) {
 
 Status CheckBitsPerPixel(HeaderReader &reader, std::string_view) {
   const ImageSubheader &image = Image(reader);
-  if (image.bitsPerPixel == 16 && image.bandCount > 1) return Refuse("Unsupported BPP", NITF_UNSUPPORTED_BPP);
-  return SUCCESS;
+  if (reader.Notes() != nullptr || image.bitsPerPixel != 16 || image.bandCount <= 1) return SUCCESS;
+  return Refuse(reader, "Unsupported BPP", NITF_UNSUPPORTED_BPP);
 }
 
 Status DecodeMagnification(HeaderReader &reader, std::string_view text) {
@@ -132,8 +139,9 @@ Status WriteCode(HeaderWriter &writer, std::string_view text, std::uint32_t widt
 
 Status WritePixelValueType(HeaderWriter &writer) {
   const std::uint32_t type = Image(writer).pixelValueType;
-  if (type > 1) return Refuse("Unsupported PVTYPE", NITF_UNSUPPORTED_PVTYPE);
-  return WriteCode(writer, type == 0 ? "INT" : "B", 3);
+  if (type < kStrictPixelValueTypes) return WriteCode(writer, kPixelValueTypes[type].text, 3);
+  platform::MessageBoxA(nullptr, "Unsupported PVTYPE", "Error", platform::MB_OK);
+  return NITF_UNSUPPORTED_PVTYPE;
 }
 
 Status WriteRepresentation(HeaderWriter &writer) {

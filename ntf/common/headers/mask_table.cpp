@@ -79,9 +79,11 @@ Status ReadMaskParts(HeaderReader &reader) {
   // The counts are up to 9999, 9999 and 99999, or anything where the file writes a minus sign: the product is checked
   // factor by factor, so that it can't pass the file's own size.
   const std::uint64_t blocks = std::uint64_t{image.blocksPerRow} * image.blocksPerColumn;
-  const std::uint64_t bytesPerBlock = std::uint64_t{image.bandCount} * kEntryBytes;
-  if (image.bandCount != 0 && !reader.Holds(blocks, bytesPerBlock)) return ERROR_FILE_READ;
-  return ReadMasks(reader, blocks * image.bandCount);
+  // The strict interfaces expect an entry for each band of a block, where the format has one for all but in mode S.
+  const bool entryForEachBand = reader.Notes() == nullptr || image.mode == kBandSequential;
+  const std::uint32_t entries = entryForEachBand ? image.bandCount : 1;
+  if (entries != 0 && !reader.Holds(blocks, std::uint64_t{entries} * kEntryBytes)) return ERROR_FILE_READ;
+  return ReadMasks(reader, blocks * entries);
 }
 
 Status WriteMaskHeader(HeaderWriter &writer) {

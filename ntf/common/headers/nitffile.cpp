@@ -82,19 +82,6 @@ std::uint64_t SegmentBytes(const NitfFile *file, SegmentKind kind, std::uint32_t
   return Wrapped(file, bytes);
 }
 
-/** The position behind all segments of the kinds before `kind`. */
-std::uint64_t StartOfKind(const NitfFile *file, SegmentKind kind) {
-  std::uint64_t position = file->header.headerLength;
-  for (const SegmentKind earlier : kSegmentKinds) {
-    if (earlier == kind) break;
-    const KindTraits &traits = Traits(earlier);
-    if (HasKind(file, earlier) && file->*traits.count != 0) {
-      position += SegmentBytes(file, earlier, file->*traits.countInFile);
-    }
-  }
-  return position;
-}
-
 std::int64_t SeekTo(const NitfFile *file, std::uint64_t position) {
   return KsSeek(file->fileHandle, static_cast<std::int64_t>(position), KS_SEEK_START);
 }
@@ -102,17 +89,6 @@ std::int64_t SeekTo(const NitfFile *file, std::uint64_t position) {
 std::int64_t SeekSegment(const NitfFile *file, SegmentKind kind, std::int32_t index) {
   const std::uint32_t before = index < 1 ? 0 : static_cast<std::uint32_t>(index);
   return SeekTo(file, StartOfKind(file, kind) + SegmentBytes(file, kind, before));
-}
-
-void CopyCounts(NitfFile *file) {
-  const NitfHeader &header = file->header;
-  file->headerValid = header.valid;
-  file->backgroundColor = header.backgroundColorValue;
-  file->reservedExtensionCount = header.reservedExtensionTableCount;
-  for (const SegmentKind kind : kSegmentKinds) {
-    const KindTraits &traits = Traits(kind);
-    if (HasKind(file, kind)) file->*traits.count = file->*traits.countInFile = header.*LengthsOf(kind).count;
-  }
 }
 
 // ---- reading ------------------------------------------------------------------------------------------------------
@@ -136,7 +112,7 @@ Status SeekReplacementData(NitfFile *file, StreamFileHeader *stream) {
 Status Replay(NitfFile *file, const HeaderTable &table, void *record, const StreamFileHeader *stream) {
   const std::uint32_t used = file->streamBytesConsumed;
   const std::uint32_t left = stream->streamLengthFirst > used ? stream->streamLengthFirst - used : 0;
-  HeaderReader reader({file->fileHandle, file->nitf20Layout != 0, left}, record);
+  HeaderReader reader({file->fileHandle, file->nitf20Layout != 0, left, file->notes}, record);
   const Status status = reader.Read(table);
   if (status == kBudgetSpent) return SUCCESS;
   if (status != SUCCESS) return status;
@@ -218,6 +194,17 @@ void NitfFileInit(NitfFile *file) {
   file->backgroundColor = 0xFFFFFF;
 }
 
+void CopyCounts(NitfFile *file) {
+  const NitfHeader &header = file->header;
+  file->headerValid = header.valid;
+  file->backgroundColor = header.backgroundColorValue;
+  file->reservedExtensionCount = header.reservedExtensionTableCount;
+  for (const SegmentKind kind : kSegmentKinds) {
+    const KindTraits &traits = Traits(kind);
+    if (HasKind(file, kind)) file->*traits.count = file->*traits.countInFile = header.*LengthsOf(kind).count;
+  }
+}
+
 void NitfFileDestroy(NitfFile *file) {
   FreeObjects(file);
   NitfHeaderFree(&file->header);
@@ -233,7 +220,8 @@ Status Load(NitfFile *file, const char16_t *name) {
 }
 
 Status ReadFileHeader(NitfFile *file, StreamFileHeader *stream) {
-  HeaderReader reader({file->fileHandle, file->nitf20Layout != 0}, &file->header);
+  HeaderReader reader({.file = file->fileHandle, .nitf20 = file->nitf20Layout != 0, .notes = file->notes},
+                      &file->header);
   Status status = reader.Read(kFileHeaderTable);
   if (status != SUCCESS) file->fault = reader.Fault();
   if (status != SUCCESS || !reader.SawUnknown()) return status;
@@ -245,7 +233,7 @@ Status ReadSubheader(NitfFile *file, SegmentKind kind, void *record, StreamFileH
   const bool nitf20 = file->nitf20Layout != 0 || kind == SegmentKind::Label;
   const HeaderTable &table = SubheaderTable(kind);
   const std::int64_t start = KsSeek(file->fileHandle, 0, KS_SEEK_CURRENT);
-  HeaderReader reader({file->fileHandle, nitf20}, record);
+  HeaderReader reader({.file = file->fileHandle, .nitf20 = nitf20, .notes = file->notes}, record);
   const Status status = reader.Read(table);
   if (status != SUCCESS) {
     file->fault = reader.Fault();
@@ -366,6 +354,18 @@ std::uint64_t LongDataLength(const NitfFile *file, SegmentKind kind, std::uint32
   const LengthTable &lengths = LengthsOf(kind);
   if (lengths.longData == nullptr || file->header.*lengths.longData == nullptr) return DataLength(file, kind, index);
   return index >= file->header.*lengths.count ? 0 : (file->header.*lengths.longData)[index];
+}
+
+std::uint64_t StartOfKind(const NitfFile *file, SegmentKind kind) {
+  std::uint64_t position = file->header.headerLength;
+  for (const SegmentKind earlier : kSegmentKinds) {
+    if (earlier == kind) break;
+    const KindTraits &traits = Traits(earlier);
+    if (HasKind(file, earlier) && file->*traits.count != 0) {
+      position += SegmentBytes(file, earlier, file->*traits.countInFile);
+    }
+  }
+  return position;
 }
 
 std::uint64_t EndOfKind(const NitfFile *file, SegmentKind kind) {

@@ -12,6 +12,7 @@
 #include "headers/txsubhdr.h"
 #include "ksntfx.h"
 #include "table/header_fault.h"
+#include "table/header_notes.h"
 #include "table/header_writer.h"
 #include "table/segment_kind.h"
 
@@ -27,6 +28,7 @@ struct SegmentNode {
 
 struct NitfFile {
   KsHandle fileHandle;
+  ksntfx::HeaderNotes *notes; /**< null, or what receives the values that the strict interfaces refuse */
   std::uint32_t vectorRender; /**< object symbols are painted at once */
   std::uint32_t toneCheck;    /**< images of low levels only are spread over the full range */
   std::uint32_t fixedCanvas;  /**< the canvas is 2048 by 2048 */
@@ -77,6 +79,9 @@ void NitfFileDestroy(NitfFile *file);
  */
 Status Load(NitfFile *file, const char16_t *name);
 
+/** Copies the counts of segments and the background from the file header that was read. */
+void CopyCounts(NitfFile *file);
+
 /** Makes the nodes and records that the counts call for. SUCCESS or ERROR_NO_MEMORY. */
 Status AllocateObjects(NitfFile *file);
 
@@ -124,6 +129,9 @@ std::uint32_t SubheaderLength(const NitfFile *file, SegmentKind kind, std::uint3
 std::uint32_t TextDataLength(const NitfFile *file, std::uint32_t index);
 /** The body length in full, which for an image may be more than DataLength can say. */
 std::uint64_t LongDataLength(const NitfFile *file, SegmentKind kind, std::uint32_t index);
+
+/** The position of the first segment of a kind, behind those of the kinds before it. */
+std::uint64_t StartOfKind(const NitfFile *file, SegmentKind kind);
 
 /**
  * The position behind the last segment of a kind in the source file, or of the kinds before it. Unless the file has

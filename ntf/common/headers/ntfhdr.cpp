@@ -15,7 +15,7 @@ namespace ksntfx {
 
 namespace {
 
-NitfHeader &Header(HeaderReader &reader) {
+NitfHeader &Header(const HeaderReader &reader) {
   return reader.As<NitfHeader>();
 }
 
@@ -25,12 +25,28 @@ Status CheckMagic(HeaderReader &reader, std::string_view text) {
   return SUCCESS;
 }
 
-Status CheckVersion(HeaderReader &, std::string_view text) {
-  if (text != "02.10") return NITF_UNSUPPORTED_VERSION;
-  return SUCCESS;
+/** Of the two prefixes, NSIF has versions of its own; 02.00 is the version whose layout was chosen before. */
+bool IsKnownVersion(const HeaderReader &reader, std::string_view text) {
+  const bool isNsif = std::string_view(Header(reader).FHDR, 4) == "NSIF";
+  return isNsif ? text == "01.00" : text == (reader.Nitf20() ? "02.00" : "02.10");
+}
+
+Status CheckVersion(HeaderReader &reader, std::string_view text) {
+  if (text == "02.10" || (reader.Notes() != nullptr && IsKnownVersion(reader, text))) return SUCCESS;
+  return NITF_UNSUPPORTED_VERSION;
+}
+
+/** The levels of MIL-STD-2500C, table A-10. */
+bool IsKnownLevel(std::string_view text) {
+  constexpr std::string_view kLevels[] = {"03", "05", "06", "07", "09"};
+  return std::find(std::begin(kLevels), std::end(kLevels), text) != std::end(kLevels);
 }
 
 Status CheckComplianceLevel(HeaderReader &reader, std::string_view text) {
+  if (reader.Notes() != nullptr) {
+    const bool known = reader.Nitf20() || IsKnownLevel(text);
+    return known ? Status(SUCCESS) : Status(NITF_UNSUPPORTED_CLEVEL);
+  }
   if (text != "03") {
     platform::MessageBoxA(nullptr, "Unsupported CLEVEL", "Error", platform::MB_OK);
     return NITF_UNSUPPORTED_CLEVEL;

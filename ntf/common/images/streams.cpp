@@ -80,16 +80,9 @@ class BilevelStreamReader final : public ImageReader {
   }
 
   Status Read(const BlockRows &, const StripPlace &place, StoredRows *stored) override {
-    KsBitmap *const target = place.strip;
-    const bool twoDimensional = image.rateKind == kRate2DS || image.rateKind == kRate2DH;
-    RawPicture picture{twoDimensional ? KS_FORMAT_T4_2D : KS_FORMAT_T4_1D, target->width, target->height};
-    const KsRedirectCallback before = functions.setRedirect(DescribeRaw, &picture);
-    const Status status =
-        functions.load(stream.bytes.Get(), target, sizeof *target, static_cast<std::int32_t>(target->bitsPerPixel),
-                       KS_ORDER_BGR, stream.size, nullptr, nullptr);
-    functions.setRedirect(before, nullptr);
+    const Status status = DecodeBilevel(functions, image, stream.bytes.Get(), stream.size, place.strip);
     if (status != SUCCESS) return status;
-    CrossPalette(target);
+    CrossPalette(place.strip);
     InvertPadCode();
     stored->form = StoredRows::Form::Placed;
     return SUCCESS;
@@ -132,6 +125,17 @@ class BilevelStreamReader final : public ImageReader {
 };
 
 }  // namespace
+
+Status DecodeBilevel(const LoadFunctions &functions, const ImageSubheader &image, const std::uint8_t *bytes,
+                     std::uint32_t size, KsBitmap *target) {
+  const bool twoDimensional = image.rateKind == kRate2DS || image.rateKind == kRate2DH;
+  RawPicture picture{twoDimensional ? KS_FORMAT_T4_2D : KS_FORMAT_T4_1D, target->width, target->height};
+  const KsRedirectCallback before = functions.setRedirect(DescribeRaw, &picture);
+  const Status status = functions.load(bytes, target, sizeof *target, static_cast<std::int32_t>(target->bitsPerPixel),
+                                       KS_ORDER_BGR, size, nullptr, nullptr);
+  functions.setRedirect(before, nullptr);
+  return status;
+}
 
 std::unique_ptr<ImageReader> MakeStreamReader(const LoadFunctions &functions, const ImageSource &source) {
   return std::unique_ptr<ImageReader>(new (std::nothrow) StreamReader(functions, source));

@@ -12,6 +12,13 @@ namespace ksntfx {
  */
 std::unique_ptr<ImageReader> MakeStreamReader(const LoadFunctions &functions, const ImageSource &source);
 
+/**
+ * Decodes a T.4 stream, which has no header of its own, into a bitmap of its size. The codec's 1 is white. SUCCESS, or
+ * the status of the codec.
+ */
+Status DecodeBilevel(const LoadFunctions &functions, const ImageSubheader &image, const std::uint8_t *bytes,
+                     std::uint32_t size, KsBitmap *target);
+
 /** Makes the reader of a T.4 stream, which has no header of its own and fills the image as it is. Likewise. */
 std::unique_ptr<ImageReader> MakeBilevelStreamReader(const LoadFunctions &functions, const ImageSource &source);
 

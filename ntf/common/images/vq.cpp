@@ -278,13 +278,14 @@ class VqReader final : public ImageReader {
   /** Only the word for it makes a block absent here: the codes of all others follow each other. */
   bool IsPresent(std::uint64_t block) const { return !mask.HasBlockMask() || mask.BlockWord(block) != kNotRecorded; }
 
-  /** Counts the recorded blocks before a block. Rows of blocks come in rising order; a row may be read again. */
+  /** Counts the recorded blocks before a block: from the row that was counted last, or from the first one. */
   void CountBefore(std::uint64_t block) {
     if (!mask.HasBlockMask()) {
       ordinal = block;
       return;
     }
     const std::uint64_t row = block - block % grid.across;
+    if (row < rowStart) rowStart = recordedBeforeRow = 0;
     for (; rowStart < row; ++rowStart) recordedBeforeRow += IsPresent(rowStart) ? 1 : 0;
     if (counted < row || counted > block) {
       counted = row;

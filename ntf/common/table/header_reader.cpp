@@ -5,7 +5,7 @@
 namespace ksntfx {
 
 HeaderReader::HeaderReader(const HeaderSource &source, void *target)
-    : file(source.file), record(target), limit(source.limit), nitf20(source.nitf20) {
+    : file(source.file), record(target), limit(source.limit), nitf20(source.nitf20), notes(source.notes) {
   const std::int64_t here = KsSeek(file, 0, KS_SEEK_CURRENT);
   start = aheadPosition = static_cast<std::uint64_t>(std::max<std::int64_t>(here, 0));
 }
@@ -18,7 +18,7 @@ Status HeaderReader::Read(const HeaderTable &table) {
   return status;
 }
 
-bool HeaderReader::NoteFault(const HeaderRow &row, const char *base, const Status &status) {
+bool HeaderReader::NoteFault(const HeaderRow &row, const char *base, Status &status) {
   // A field of the security group was noted before the group.
   if (row.kind == HeaderRow::Kind::Security) {
     fault.group = row.name;
@@ -26,15 +26,26 @@ bool HeaderReader::NoteFault(const HeaderRow &row, const char *base, const Statu
   }
   fault.name = row.name;
   fault.offset = Position();
-  if (row.kind != HeaderRow::Kind::Text || status == ERROR_FILE_READ) return false;
+  const bool isValue = status != ERROR_FILE_READ && status != ERROR_NO_MEMORY && status != kBudgetSpent;
+  if (row.kind != HeaderRow::Kind::Text || !isValue) return false;
   fault.text = {base + row.place, WidthOf(row, nitf20)};
   fault.offset -= fault.text.size();
-  return false;
+  // A header without its marker is none.
+  if (notes == nullptr || !row.marker.empty()) return false;
+  notes->list.push_back({std::string(group).append(row.name), std::string(fault.text), fault.offset, status.Code()});
+  fault = {};
+  status = SUCCESS;
+  return true;
 }
 
 Status HeaderReader::ReadSecurity(const HeaderRow &row, char *base) {
   securityRules = row.securityRules;
-  return row.fields->read(*this, base + row.place);
+  // A downgrade event is there only with its downgrade field, whatever the strict interfaces expect.
+  if (notes != nullptr) securityRules &= static_cast<std::uint8_t>(~kEventAlways);
+  group = row.name;
+  const Status status = row.fields->read(*this, base + row.place);
+  group = {};
+  return status;
 }
 
 Status HeaderReader::ReadData(const HeaderRow &row, char *base) {

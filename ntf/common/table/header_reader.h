@@ -5,6 +5,7 @@
 
 #include "table/fields.h"
 #include "table/header_fault.h"
+#include "table/header_notes.h"
 #include "table/header_table.h"
 
 #include <algorithm>
@@ -24,6 +25,7 @@ struct HeaderSource {
   KsHandle file;                    /**< at the header's first byte */
   bool nitf20;                      /**< the header has the layout of NITF 2.0 */
   std::uint64_t limit = UINT64_MAX; /**< bytes that may be taken: those that a replay has left */
+  HeaderNotes *notes = nullptr;     /**< receives the values that would otherwise end the reading; may be null */
 };
 
 /**
@@ -77,6 +79,8 @@ class HeaderReader {
   bool SawBeyond() const { return longNumber > INT32_MAX; }
   /** That number in full. */
   std::int64_t LongNumber() const { return longNumber; }
+  /** Null where values that aren't supported end the reading. */
+  HeaderNotes *Notes() const { return notes; }
   /** SecurityRule bits of the group that is being read. */
   unsigned SecurityRules() const { return securityRules; }
 
@@ -137,8 +141,11 @@ class HeaderReader {
     return std::all_of(text.begin(), text.end(), [](char digit) { return digit == '9'; });
   }
 
-  /** Remembers where a read failed. Returns false. */
-  [[gnu::cold, gnu::noinline]] bool NoteFault(const HeaderRow &row, const char *base, const Status &status);
+  /**
+   * Remembers where a read failed, and returns false; or, where values are noted, notes that of a field, makes the
+   * status SUCCESS, and returns true.
+   */
+  [[gnu::cold, gnu::noinline]] bool NoteFault(const HeaderRow &row, const char *base, Status &status);
   Status ReadSecurity(const HeaderRow &row, char *base);
   Status ReadData(const HeaderRow &row, char *base);
   Status TakeBeyond(char *buffer, std::uint64_t bytes);
@@ -165,6 +172,8 @@ class HeaderReader {
   std::int64_t longNumber = 0; /**< the last number of TakeNumber */
   bool nitf20;
   bool sawUnknown = false;
+  HeaderNotes *notes;
+  std::string_view group{}; /**< the name of the security group that is being read */
   std::uint8_t securityRules = 0;
   HeaderFault fault{};
 };

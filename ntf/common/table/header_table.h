@@ -26,6 +26,14 @@ enum class Initial : std::uint8_t { Empty, Blanks, Text };
 /** What the bytes of a field are. */
 enum class FieldContent : std::uint8_t { Text, Digits, Binary };
 
+/** How a header treats its security group. */
+enum SecurityRule : std::uint8_t {
+  kAnyClassification = 0,
+  kCheckClassification = 1, /**< the classification is one of C, R, S, T, U, else ERROR_FILE_FORMAT */
+  kEventAlways = 2,         /**< in the 2.0 layout the downgrade event is there whatever the downgrade field holds */
+  kCheckOnly21 = 4          /**< kCheckClassification has no effect in the 2.0 layout */
+};
+
 /** Where a member of a type is in its record. Made by NITF_MEMBER. */
 template <class Member>
 struct MemberPlace {

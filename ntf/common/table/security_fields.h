@@ -27,14 +27,6 @@ struct SecurityFields {
   char DEVT[41];
 };
 
-/** How a header treats its security group. */
-enum SecurityRule : std::uint8_t {
-  kAnyClassification = 0,
-  kCheckClassification = 1, /**< the classification is one of C, R, S, T, U, else ERROR_FILE_FORMAT */
-  kEventAlways = 2,         /**< in the 2.0 layout the downgrade event is there whatever the downgrade field holds */
-  kCheckOnly21 = 4          /**< kCheckClassification has no effect in the 2.0 layout */
-};
-
 /** The fields of the group, with and without a NUL behind each text. */
 extern const HeaderTable kSecurityTable;
 extern const HeaderTable kUnterminatedSecurityTable;

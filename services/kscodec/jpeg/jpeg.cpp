@@ -2,7 +2,9 @@
 #include "kscodec/codecs.h"
 #include "kscodec/jpeg/colors.h"
 #include "kscodec/jpeg/markers.h"
-#include "kscodec/jpeg/picture.h"
+#include "kscodec/jpeg/own_rows.h"
+#include "kscodec/jpeg/processes.h"
+#include "kscodec/jpeg/samples.h"
 #include "kscore/bitmap.h"
 
 #include <cstring>
@@ -10,18 +12,6 @@
 namespace kscodec::jpeg {
 
 namespace {
-
-/** Whether our own decoder reads the stream: libjpeg-turbo has no 12 bits and no lossless process. */
-bool IsOwn(const PictureInfo &info) {
-  const bool isOwnProcess = info.format == KS_FORMAT_JPEG_12 || info.format == KS_FORMAT_JPEG_LOSSLESS;
-  // Nor does it find components in a scan that are not among the first four.
-  return isOwnProcess || (info.components > kMostScanComponents && info.format != KS_FORMAT_JPEG_PROGRESSIVE);
-}
-
-bool IsSupported(const PictureInfo &info) {
-  if (IsOwn(info)) return true;
-  return kLibraries.decodeJpeg != nullptr && info.components <= kMostScanComponents;
-}
 
 class JpegStream : public OpenedStream {
  public:
@@ -48,13 +38,16 @@ class JpegStream : public OpenedStream {
  private:
   /** Whether a decoder knows the process, and the stream is long enough. */
   Status Check() const {
-    if (!IsPlausible(header, Info())) return ERROR_FILE_FORMAT;
+    if (!IsPlausible(header, header.entropy.size(), Info())) return ERROR_FILE_FORMAT;
     return IsSupported(Info()) ? SUCCESS : ERROR_NOT_SUPPORTED;
   }
 
   Status Decode(const KsLoadOptions &options, const KsBitmap &target) const {
     const Plan plan = PlanOf(header, options);
-    if (IsOwn(Info())) return DecodeOwn(stream, header, plan, target);
+    if (IsOwn(Info())) {
+      BitmapRows rows(header.frame, plan, target);
+      return DecodeOwn(stream, header, plan, plan.picked, rows);
+    }
     return kLibraries.decodeJpeg(WithWholeSegments(stream, header), plan, target);
   }
 
@@ -81,4 +74,4 @@ Status Open(Stream padded, std::unique_ptr<OpenedStream> *opened) {
 
 }  // namespace kscodec::jpeg
 
-const kscodec::Codec kscodec::kJpegCodec = {jpeg::Recognises, jpeg::Open, true};
+const kscodec::Codec kscodec::kJpegCodec = {jpeg::Recognises, jpeg::Open, jpeg::OpenForSamples, true};

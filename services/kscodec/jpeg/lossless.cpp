@@ -145,7 +145,7 @@ Status DecodeLossless(const Scan &scan, const Tables &tables, Picture &picture, 
     if (bits.IsBeyondEnd()) return SUCCESS;
     if (!isSound) return ERROR_FILE_FORMAT;
     for (LosslessPart &part : parts) part.EndRow(row == 0 || restarts);
-    picture.EndRow();
+    if (!picture.EndRow()) return SUCCESS;
   }
   return SUCCESS;
 }

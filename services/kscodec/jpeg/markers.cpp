@@ -217,11 +217,11 @@ Status Describe(const Frame &frame, PictureInfo *info) {
   return SUCCESS;
 }
 
-bool IsPlausible(const Header &header, const PictureInfo &info) {
+bool IsPlausible(const Header &header, uint64_t entropyBytes, const PictureInfo &info) {
   constexpr uint64_t kBytesOfNone = uint64_t{64} << 20;
   const uint64_t bitmapBytes = uint64_t{info.width} * info.height * DepthOfBitmap(info) / 8;
   if (bitmapBytes <= (IsInOneScan(header) ? kBytesOfNone : kBytesOfNone / 2)) return true;
-  return CodedUnits(header.frame) <= header.entropy.size() * 8;
+  return CodedUnits(header.frame) <= entropyBytes * 8;
 }
 
 bool IsInOneScan(const Header &header) {

@@ -118,7 +118,7 @@ Status Describe(const Frame &frame, PictureInfo *info);
  * bitmap of more than 64 MiB (32 MiB in several scans, whose coefficients are held as well) needs a bit for each block
  * of 8 by 8 samples, or for each sample of a lossless picture. No Huffman code is shorter.
  */
-bool IsPlausible(const Header &header, const PictureInfo &info);
+bool IsPlausible(const Header &header, std::uint64_t entropyBytes, const PictureInfo &info);
 
 /** Whether the first scan has all components and all of their coefficients. */
 bool IsInOneScan(const Header &header);

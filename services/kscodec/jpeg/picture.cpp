@@ -1,9 +1,5 @@
 #include "kscodec/jpeg/picture.h"
 
-#include "kscodec/ycc.h"
-#include "kscore/bitmap.h"
-#include "kscore/pixel_forms.h"
-
 #include <algorithm>
 
 namespace kscodec::jpeg {
@@ -18,8 +14,8 @@ std::uint32_t DivideUp(std::uint32_t value, std::uint32_t by) {
 
 }  // namespace
 
-Picture::Picture(const Frame &source, std::uint32_t unit, const Plan &wanted, const KsBitmap &bitmap)
-    : frame(source), unitSide(unit), plan(wanted), target(bitmap), planes(source.components) {
+Picture::Picture(const Frame &source, std::uint32_t unit, std::span<const std::uint32_t> wanted, RowSink &rows)
+    : frame(source), unitSide(unit), sink(rows), planes(source.components) {
   for (std::size_t i = 0; i < planes.size(); ++i) {
     const Component component = frame.ComponentAt(i);
     Plane &plane = planes[i];
@@ -27,7 +23,7 @@ Picture::Picture(const Frame &source, std::uint32_t unit, const Plan &wanted, co
     plane.across = component.across;
     plane.down = component.down;
     plane.quantisation = component.quantisation;
-    plane.isWanted = std::find(plan.picked.begin(), plan.picked.end(), i) != plan.picked.end();
+    plane.isWanted = std::find(wanted.begin(), wanted.end(), i) != wanted.end();
     mostAcross = std::max(mostAcross, plane.across);
     mostDown = std::max(mostDown, plane.down);
   }
@@ -51,24 +47,8 @@ Status Picture::MakePlanes(bool inOneScan) {
     bytes += samples * sizeof(std::uint16_t);
     if (bytes > kMostSampleBytes || !plane.samples.Allocate(samples)) return ERROR_NO_MEMORY;
   }
-  MakeScale();
-  return SUCCESS;
-}
-
-void Picture::MakeScale() {
-  const std::uint32_t greatest = (1U << frame.bits) - 1;
-  std::uint32_t full = 0xFF;
-  if (plan.route == Route::kGray) {
-    // Levels of up to 8 bits may be indices.
-    if (target.bitsPerPixel == kscore::Index8::bits) full = greatest;
-    if (target.bitsPerPixel == kscore::Gray12::bits) full = 0xFFF;
-    if (target.bitsPerPixel == kscore::Gray16::bits) full = 0xFFFF;
-  }
-  scale.resize(std::size_t{greatest} + 1);
-  for (std::uint64_t value = 0; value <= greatest; ++value) {
-    scale[value] = static_cast<std::uint16_t>((value * full + greatest / 2) / greatest);
-  }
   neutral.assign(frame.width, static_cast<std::uint16_t>(1U << (frame.bits - 1)));
+  return SUCCESS;
 }
 
 Units Picture::UnitsOf(const Scan &scan) const {
@@ -92,66 +72,19 @@ std::uint32_t Picture::DecodedRows() const {
 }
 
 void Picture::WriteRows() {
-  const std::uint32_t rows = DecodedRows();
-  for (; writtenRows < rows; ++writtenRows) {
-    std::uint8_t *const out = kscore::RowOf(target, writtenRows);
-    if (plan.route == Route::kGray) {
-      WriteGrayRow(writtenRows, out);
-    } else {
-      WriteColorRow(writtenRows, out);
-    }
-  }
+  const std::uint32_t rows = std::min(DecodedRows(), sink.NeededRows());
+  for (; writtenRows < rows; ++writtenRows) sink.TakeRow(*this, writtenRows);
 }
 
-const std::uint16_t *Picture::SamplesOf(const Plane &plane, std::uint32_t row) const {
+PlaneRow Picture::RowOf(std::uint32_t component, std::uint32_t row) const {
+  const Plane &plane = planes[component];
   const std::uint32_t sampleRow = row * plane.down / mostDown;
-  return sampleRow < plane.decodedRows ? plane.Row(sampleRow) : nullptr;
-}
-
-void Picture::WriteGrayRow(std::uint32_t row, std::uint8_t *out) const {
-  const Plane &plane = planes.front();
-  const std::uint16_t *const samples = plane.Row(row);
-  const auto greatest = static_cast<std::uint32_t>(scale.size() - 1);
-  const auto level = [&](std::uint32_t x) {
-    return scale[std::min(std::uint32_t{samples[x]} << plane.shift, greatest)];
-  };
-  if (target.bitsPerPixel == kscore::Index8::bits) {
-    for (std::uint32_t x = 0; x < frame.width; ++x) out[x] = static_cast<std::uint8_t>(level(x));
-    return;
-  }
-  if (target.bitsPerPixel == kscore::Gray16::bits) {
-    for (std::uint32_t x = 0; x < frame.width; ++x) kscore::Gray16::Put(out, x, level(x));
-    return;
-  }
-  std::uint32_t x = 0;
-  for (; x + 1 < frame.width; x += 2, out += 3) {
-    const std::uint32_t first = level(x);
-    const std::uint32_t second = level(x + 1);
-    out[0] = static_cast<std::uint8_t>(first);
-    out[1] = static_cast<std::uint8_t>(first >> 8 | (second & 0x0F) << 4);
-    out[2] = static_cast<std::uint8_t>(second >> 4);
-  }
-  if (x < frame.width) kscore::Gray12::Put(out, 0, level(x));
-}
-
-void Picture::WriteColorRow(std::uint32_t row, std::uint8_t *out) const {
-  const auto greatest = static_cast<std::uint32_t>(scale.size() - 1);
-  for (std::size_t channel = 0; channel < plan.picked.size(); ++channel) {
-    const Plane &plane = planes[plan.picked[channel]];
-    const std::uint16_t *const decoded = SamplesOf(plane, row);
-    const std::uint16_t *const samples = decoded != nullptr ? decoded : neutral.data();
-    const std::uint32_t shift = decoded != nullptr ? plane.shift : 0;
-    const auto level = [&](std::uint32_t column) {
-      return static_cast<std::uint8_t>(scale[std::min(std::uint32_t{samples[column]} << shift, greatest)]);
-    };
-    std::uint8_t *pixel = out + channel;
-    if (plane.across == mostAcross) {
-      for (std::uint32_t x = 0; x < frame.width; ++x, pixel += 3) *pixel = level(x);
-    } else {
-      for (std::uint32_t x = 0; x < frame.width; ++x, pixel += 3) *pixel = level(x * plane.across / mostAcross);
-    }
-  }
-  if (plan.route == Route::kColorFromYCbCr) ConvertYccRow(out, frame.width);
+  const bool isDecoded = sampleRow < plane.decodedRows;
+  return {.samples = isDecoded ? plane.Row(sampleRow) : neutral.data(),
+          .shift = isDecoded ? plane.shift : 0,
+          .greatest = (1U << frame.bits) - 1,
+          .across = plane.across,
+          .mostAcross = mostAcross};
 }
 
 }  // namespace kscodec::jpeg

@@ -8,7 +8,9 @@
 #include "kscodec/jpeg/markers.h"
 #include "kscodec/jpeg/quantisation.h"
 
+#include <algorithm>
 #include <array>
+#include <span>
 #include <vector>
 
 namespace kscodec::jpeg {
@@ -66,11 +68,40 @@ struct Units {
   std::uint32_t down;
 };
 
-/** The samples of a picture on their way into a bitmap. */
+/** A component in one row of the picture. */
+struct PlaneRow {
+  const std::uint16_t *samples; /**< of the component, fewer than pixels where it is subsampled */
+  std::uint32_t shift;          /**< what they were halved by, as a number of bits */
+  std::uint32_t greatest;       /**< level */
+  std::uint32_t across;         /**< samples for each `mostAcross` pixels */
+  std::uint32_t mostAcross;
+
+  /** The level of a sample, which damaged streams may have beyond the greatest. */
+  std::uint32_t Level(std::uint32_t sample) const {
+    return std::min(std::uint32_t{samples[sample]} << shift, greatest);
+  }
+  std::uint32_t SampleOf(std::uint32_t pixel) const { return pixel * across / mostAcross; }
+};
+
+class Picture;
+
+/** Where the rows of a picture go, each of them once, from top to bottom. */
+class RowSink {
+ public:
+  virtual ~RowSink() = default;
+  virtual void TakeRow(const Picture &picture, std::uint32_t row) = 0;
+  /** The rows that are needed, from the top. */
+  virtual std::uint32_t NeededRows() const = 0;
+};
+
+/** The samples of a picture on their way to a sink. */
 class Picture {
  public:
-  /** One coded unit of a component is `unit` samples wide and high: 8 with a transform, 1 without. */
-  Picture(const Frame &source, std::uint32_t unit, const Plan &wanted, const KsBitmap &bitmap);
+  /**
+   * One coded unit of a component is `unit` samples wide and high: 8 with a transform, 1 without. `wanted` are the
+   * components that the sink looks at.
+   */
+  Picture(const Frame &source, std::uint32_t unit, std::span<const std::uint32_t> wanted, RowSink &rows);
 
   /**
    * Makes room for the wanted components: for all of their rows, or with `inOneScan` for those that a decoder looks
@@ -80,37 +111,35 @@ class Picture {
 
   Units UnitsOf(const Scan &scan) const;
   std::uint32_t Bits() const { return frame.bits; }
+  std::uint32_t Width() const { return frame.width; }
   std::vector<Plane> &Planes() { return planes; }
 
-  /** Must be called after each row of units of a scan. The rows of a picture in one scan go to the bitmap at once. */
-  void EndRow() {
+  /**
+   * Must be called after each row of units of a scan. The rows of a picture in one scan go to the sink at once. False
+   * where it needs no more.
+   */
+  bool EndRow() {
     if (isInOneScan) WriteRows();
+    return writtenRows < sink.NeededRows();
   }
 
-  /**
-   * Writes the rows that are decoded and not written yet into the bitmap. Where a component lacks rows that others
-   * have, its samples count as middle brightness.
-   */
+  /** Passes on the rows that are decoded and have not been yet. */
   void WriteRows();
 
+  /** A wanted component. Where it lacks rows that others have, its samples count as middle brightness. */
+  PlaneRow RowOf(std::uint32_t component, std::uint32_t row) const;
+
  private:
-  /** What samples become in the bitmap. */
-  void MakeScale();
   std::uint32_t DecodedRows() const;
-  const std::uint16_t *SamplesOf(const Plane &plane, std::uint32_t row) const;
-  void WriteGrayRow(std::uint32_t row, std::uint8_t *out) const;
-  void WriteColorRow(std::uint32_t row, std::uint8_t *out) const;
 
   const Frame &frame;
   std::uint32_t unitSide;
-  const Plan &plan;
-  const KsBitmap &target;
+  RowSink &sink;
   std::uint32_t mostAcross = 1;
   std::uint32_t mostDown = 1;
   std::vector<Plane> planes;
   bool isInOneScan = false;
   std::uint32_t writtenRows = 0;
-  std::vector<std::uint16_t> scale;   /**< by the value of a sample */
   std::vector<std::uint16_t> neutral; /**< a row of middle brightness */
 };
 
@@ -126,7 +155,8 @@ Status DecodeSequential(const Scan &scan, const Tables &tables, Picture &picture
 /** Lossless, process 14 (SOF3). */
 Status DecodeLossless(const Scan &scan, const Tables &tables, Picture &picture, BitReader &bits);
 
-/** Decodes a stream of one of these two processes into a bitmap of its size, all of 0. */
-Status DecodeOwn(Stream stream, const Header &header, const Plan &plan, const KsBitmap &target);
+/** Decodes a stream of one of these two processes. The sink gets the rows in front of a place where it breaks off. */
+Status DecodeOwn(Stream stream, const Header &header, const Plan &plan, std::span<const std::uint32_t> wanted,
+                 RowSink &sink);
 
 }  // namespace kscodec::jpeg

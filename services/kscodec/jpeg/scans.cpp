@@ -123,10 +123,11 @@ Tables::Tables(const QuantisationTable *given) {
   }
 }
 
-Status DecodeOwn(Stream stream, const Header &header, const Plan &plan, const KsBitmap &target) {
+Status DecodeOwn(Stream stream, const Header &header, const Plan &plan, std::span<const std::uint32_t> wanted,
+                 RowSink &sink) {
   const bool isLossless = header.frame.marker == kSof3;
   constexpr std::uint32_t kTransformed = 8;
-  Picture picture(header.frame, isLossless ? 1 : kTransformed, plan, target);
+  Picture picture(header.frame, isLossless ? 1 : kTransformed, wanted, sink);
   Status status = picture.MakePlanes(IsInOneScan(header));
   if (status == SUCCESS) status = DecodeScans(stream, plan, picture, isLossless ? DecodeLossless : DecodeSequential);
   if (status == SUCCESS) picture.WriteRows();

@@ -208,7 +208,7 @@ Status DecodeSequential(const Scan &scan, const Tables &tables, Picture &picture
   for (std::uint32_t row = 0; row < units.down; ++row) {
     if (!walk.TakeRow(units.across)) return walk.IsBroken() ? SUCCESS : ERROR_FILE_FORMAT;
     for (SequentialPart &part : walk.parts) part.EndRow();
-    picture.EndRow();
+    if (!picture.EndRow()) return SUCCESS;
   }
   return SUCCESS;
 }

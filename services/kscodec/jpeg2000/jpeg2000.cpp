@@ -1,9 +1,11 @@
 // JPEG 2000 (ISO/IEC 15444-1): bare code streams, and code streams in JP2 files.
 #include "internal/ksclasses_.h"
 #include "kscodec/codecs.h"
+#include "kscodec/jpeg2000/coding.h"
 #include "kscodec/jpeg2000/decoder.h"
-#include "kscodec/jpeg2000/header.h"
 #include "kscodec/jpeg2000/pixels.h"
+#include "kscodec/jpeg2000/rows_at_once.h"
+#include "kscodec/jpeg2000/samples.h"
 #include "kscore/pixel_forms.h"
 
 #include <algorithm>
@@ -140,24 +142,6 @@ PictureInfo InfoOf(const Header &header) {
 }
 
 /**
- * The rows that are decoded at a time. They bound what the decoder holds: its samples are within the limit for a
- * bitmap, and within a 1024th of that or 64 for each byte of the stream. A short stream therefore costs little memory;
- * and a long one has few parts, each of which has to read it from its start.
- */
-std::uint32_t RowsAtOnce(const Header &header, std::uint64_t decoded) {
-  constexpr std::uint64_t kHeldOfAByte = 64;
-  constexpr std::uint64_t kShareOfAny = 1024;
-  const std::uint64_t rowsOfBytes = kHeldOfAByte * header.codeStream.size() / (header.size.width * decoded);
-  const auto isBounded = [&](std::uint64_t rows) {
-    const std::uint64_t held = rows <= rowsOfBytes ? rows * decoded : rows * decoded * kShareOfAny;
-    return CheckBitmapLimit(header.size.width, held, kscore::Bgr32::bits) == SUCCESS;
-  };
-  std::uint32_t rows = header.size.height;
-  while (rows > 1 && !isBounded(rows)) rows = rows / 2;
-  return rows;
-}
-
-/**
  * Where the part that starts at row `first` ends: before a row in which all components have a sample. Nothing where
  * such rows are so far apart that the components can't be those of a picture.
  */
@@ -176,6 +160,7 @@ std::optional<std::uint32_t> EndOfRows(const opj_image_t &image, std::uint32_t f
 
 /** A stream, and what is wanted of it. */
 struct Order {
+  const ByteSource &source;
   const Header &header;
   const KsLoadOptions &options;
   bool takesBands;
@@ -193,7 +178,7 @@ Look LookOf(const Order &order, const opj_image_t &image) {
 /** Decodes the rows from `*first` on, as many as are decoded at once, and moves `*first` past them. */
 Status DecodeRows(const Order &order, std::uint32_t rowsAtOnce, std::uint32_t *first, KsBitmap *target) {
   const Size &size = order.header.size;
-  Decoder decoder(order.header.stream, order.header.isJp2);
+  Decoder decoder(order.source, {.isJp2 = order.header.isJp2});
   Status status = decoder.ReadHeader();
   if (status != SUCCESS) return status;
   const opj_image_t &image = decoder.Image();
@@ -201,7 +186,7 @@ Status DecodeRows(const Order &order, std::uint32_t rowsAtOnce, std::uint32_t *f
   const std::optional<std::uint32_t> end = EndOfRows(image, *first, rowsAtOnce);
   if (!end) return ERROR_NOT_SUPPORTED;
   const bool isWhole = *first == 0 && *end == size.height;
-  if (!isWhole) status = decoder.TakeRows(*first, *end);
+  if (!isWhole) status = decoder.TakeArea({image.x0, image.y0 + *first, image.x1, image.y0 + *end});
   if (status == SUCCESS) status = decoder.Decode(order.selection.components);
   if (status != SUCCESS) return status;
   if (image.numcomps == 0 || !IsOfSize(image, size.width, *end - *first)) return ERROR_FILE_FORMAT;
@@ -214,24 +199,28 @@ Status DecodeRows(const Order &order, std::uint32_t rowsAtOnce, std::uint32_t *f
 
 class Jpeg2000Stream : public OpenedStream {
  public:
-  explicit Jpeg2000Stream(const Header &read) : OpenedStream(InfoOf(read)), header(read) {}
+  Jpeg2000Stream(Stream stream, const Header &read) : OpenedStream(InfoOf(read)), source(stream), header(read) {}
 
   Status Load(const KsLoadOptions &options, KsBitmap *target) const override {
-    const Coding coding = ReadCoding(header);
+    const Coding coding = ReadCoding(source, header);
     const bool takesBands = TakesBands(options, header, coding);
     const Selection selection = Select(header, coding, ChooseChannels(options, takesBands, Info().components));
     // A sample takes four bytes in the decoder, so this bounds its memory to four times the limit.
     Status status = CheckBitmapLimit(header.size.width, header.size.height * selection.decoded, 8);
     if (status != SUCCESS) return status;
     if (!IsPlausible(header, coding)) return ERROR_FILE_FORMAT;
-    const std::uint32_t rowsAtOnce = RowsAtOnce(header, selection.decoded);
+    const SourcePart part(source, header.isJp2 ? 0 : header.codeStreamAt,
+                          header.isJp2 ? source.Size() : header.codeStreamBytes);
+    const std::uint32_t rowsAtOnce =
+        RowsAtOnce(header.codeStreamBytes, header.size.width, header.size.height, selection.decoded);
     for (std::uint32_t first = 0; first < header.size.height && status == SUCCESS;) {
-      status = DecodeRows({header, options, takesBands, selection}, rowsAtOnce, &first, target);
+      status = DecodeRows({part, header, options, takesBands, selection}, rowsAtOnce, &first, target);
     }
     return status;
   }
 
  private:
+  MemorySource source;
   Header header;
 };
 
@@ -241,8 +230,8 @@ bool Recognises(Stream stream) {
 
 Status Open(Stream stream, std::unique_ptr<OpenedStream> *opened) {
   Header header;
-  const Status status = ReadHeader(stream, &header);
-  if (status == SUCCESS) *opened = std::make_unique<Jpeg2000Stream>(header);
+  const Status status = ReadHeader(MemorySource(stream), &header);
+  if (status == SUCCESS) *opened = std::make_unique<Jpeg2000Stream>(stream, header);
   return status;
 }
 
@@ -250,4 +239,4 @@ Status Open(Stream stream, std::unique_ptr<OpenedStream> *opened) {
 
 }  // namespace kscodec::jpeg2000
 
-const kscodec::Codec kscodec::kJpeg2000Codec = {jpeg2000::Recognises, jpeg2000::Open, false};
+const kscodec::Codec kscodec::kJpeg2000Codec = {jpeg2000::Recognises, jpeg2000::Open, jpeg2000::OpenForSamples, false};

@@ -82,7 +82,9 @@ TEST(FilterLoad, NeedsItsFunctions) {
   request = whole;
   request.requiredEntry = nullptr;
   EXPECT_EQ(fltLoad(&request), ERROR_FILE_FORMAT);
+  const PlatformWatch watch;
   EXPECT_EQ(fltSave(), ERROR_NOT_SUPPORTED);
+  EXPECT_EQ(watch.debugLines, std::vector<std::string>{"\nFreeObjects\n"}) << "it makes its file and declines";
 }
 
 // ---- rows ---------------------------------------------------------------------------------------------------------
@@ -210,6 +212,45 @@ TEST(Attachment, TheFirstObjectOfALevelCounts) {
   const NitfBuilder builder =
       NitfBuilder().Image(Square(1, 0, 0, 7, 10, 1)).Image(Square(1, 0, 0, 50, 10, 1)).Image(Square(2, 1, 3, 0, 20, 1));
   EXPECT_EQ(Compose(builder).At(3, 7), 0x141414U);
+}
+
+std::pair<std::uint32_t, std::uint32_t> SizeOf(LoadedFile &file) {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  EXPECT_EQ(GetActual_Width_Height(file.Get(), &width, &height), SUCCESS);
+  return {width, height};
+}
+
+GraphicSpec ObjectAt(int level, int attachment, int place) {
+  return {level, attachment, place, place, 'O', {}, {{"SBND2", "0000500005"}}};
+}
+
+TEST(Attachment, MayPassTheirStartAndEnd) {
+  // From the first graphic: the image of level 2, then itself among the graphics, then the second one.
+  ImageSpec image{.rows = 4, .columns = 4, .level = 2, .attachment = 1, .data = Bytes(16, 9)};
+  image.locationRow = image.locationColumn = 100;
+  LoadedFile file(NitfBuilder().Image(image).Graphic(ObjectAt(1, 2, 1)).Graphic(ObjectAt(2, 0, 10)));
+  ASSERT_EQ(file.status, SUCCESS);
+  EXPECT_EQ(SizeOf(file), Size(100 + 1 + 10 + 5, 100 + 1 + 10 + 5));
+}
+
+TEST(Attachment, OfRealCirclesCountEachLocationOnce) {
+  ImageSpec image{.rows = 4, .columns = 4, .level = 2, .attachment = 1, .data = Bytes(16, 9)};
+  image.locationRow = image.locationColumn = 100;
+  LoadedFile file(NitfBuilder().Image(image).Graphic(ObjectAt(1, 2, 1)));
+  ASSERT_EQ(file.status, SUCCESS);
+  EXPECT_EQ(SizeOf(file), Size(105, 105));
+}
+
+TEST(Attachment, HaveLevelsOfAnySize) {
+  ImageSpec image{.rows = 4, .columns = 4, .data = Bytes(16, 9)};
+  LoadedFile file(NitfBuilder().Image(image).Graphic(ObjectAt(2, 0, 50)).Graphic(ObjectAt(3, 0, 0)));
+  ASSERT_EQ(file.status, SUCCESS);
+  for (const std::uint32_t level : {1000U, 70'000U, 0xFFFFFFFFU}) {
+    FindGraphic(file.Get(), 0)->displayLevel = level;
+    FindImage(file.Get(), 0)->attachmentLevel = level;
+    EXPECT_EQ(SizeOf(file), Size(54, 54)) << level;
+  }
 }
 
 struct CycleCase {

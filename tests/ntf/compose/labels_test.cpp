@@ -2,6 +2,8 @@
 #include "harness.h"
 #include "internal/ksclasses_.h"
 
+#include <utility>
+
 #include <gtest/gtest.h>
 
 using namespace ksntfx;
@@ -83,6 +85,16 @@ TEST_F(Labels, AddAMarginAndStandWhereTheirChainsLead) {
   Label(0, {2, 3, 2, 1, 0x0000FF});
   Render();
   EXPECT_EQ(At(2 + 3 + 1, 1 + 4 + 1), 0x0000FFU);
+}
+
+TEST_F(Labels, AloneHaveACanvasOfOnePixel) {
+  SegmentNode *const images = std::exchange(file->imageList, nullptr);
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  EXPECT_EQ(GetActual_Width_Height(file.Get(), &width, &height), SUCCESS);
+  EXPECT_EQ(width, 1U);
+  EXPECT_EQ(height, 1U);
+  file->imageList = images;
 }
 
 }  // namespace

@@ -150,7 +150,12 @@ TEST(Graphics, DrawAgainWhatTheyDrew) {
   const std::uint64_t bytes = once->storageBytes;
   ASSERT_EQ(std::uint64_t{twice->storageBytes}, bytes);
   EXPECT_EQ(std::memcmp(once->pixels, twice->pixels, bytes), 0);
-  EXPECT_EQ(KsVectorIsEmpty(&FindGraphic(file.Get(), 0)->vector), 0);
+  const KsVector &drawing = FindGraphic(file.Get(), 0)->vector;
+  KsVectorPoint low;
+  KsVectorPoint high;
+  ASSERT_EQ(KsVectorWindow(&drawing, &low, &high), SUCCESS);
+  EXPECT_EQ(high.x - low.x, 9);
+  EXPECT_EQ(high.y - low.y, 9);
 }
 
 // ---- the 2.0 layout -----------------------------------------------------------------------------------------------
@@ -226,7 +231,8 @@ TEST_F(GraphicsOf20, BitmapSymbolsHaveTheColorsOfTheirLetter) {
   std::strcpy(symbol.NPIXPL, "0005");
   std::strcpy(symbol.NLIPS, "0003");
   for (const Case &expected : {Case{'N', 0x000000, 0xFFFFFF}, Case{'K', kWhite, 0x000000}, Case{'R', kWhite, 0xFF0000},
-                               Case{'B', kWhite, 0x0000FF}, Case{'O', kWhite, 0xFF9600}, Case{'Y', kWhite, 0xFFFF00}}) {
+                               Case{'B', kWhite, 0x0000FF}, Case{'O', kWhite, 0xFF9600}, Case{'Y', kWhite, 0xFFFF00},
+                               Case{'W', kWhite, kWhite}, Case{'?', kWhite, kWhite}}) {
     KsBitmapFill(canvas.Get(), kWhite);
     symbol.SCOLOR[0] = expected.letter;
     ASSERT_EQ(Draw(), SUCCESS);
@@ -240,10 +246,11 @@ TEST_F(GraphicsOf20, BitmapSymbolsHaveTheColorsOfTheirLetter) {
   EXPECT_EQ(Draw(), ERROR_FILE_FORMAT) << "the data end before the rows do";
 }
 
+/** Rows of five pixels, which begin on the bytes behind each other. */
 TEST_F(GraphicsOf20, DeepSymbolsShowTheirTableAndAreOpaque) {
-  GraphicSubheader &symbol = Symbol('B', {0, 1, 2, 1});
-  std::strcpy(symbol.NPIXPL, "0004");
-  std::strcpy(symbol.NLIPS, "0001");
+  GraphicSubheader &symbol = Symbol('B', {0, 1, 2, 1, 0, 2, 2, 1, 1, 1, 0, 0, 1, 2, 2});
+  std::strcpy(symbol.NPIXPL, "0005");
+  std::strcpy(symbol.NLIPS, "0003");
   symbol.bitsPerPixel = 8;
   symbol.SCOLOR[0] = 'R';
   symbol.lutEntries = 3;
@@ -251,9 +258,43 @@ TEST_F(GraphicsOf20, DeepSymbolsShowTheirTableAndAreOpaque) {
   symbol.lut[1] = 0x102030;
   symbol.lut[2] = 0xFF8040;
   ASSERT_EQ(Draw(), SUCCESS);
-  EXPECT_EQ(At(11, 22), 0x000000U);
-  EXPECT_EQ(At(11, 23), 0x102030U);
-  EXPECT_EQ(At(11, 24), 0xFF8040U);
+  constexpr std::uint32_t kExpected[] = {0, 1, 2, 1, 0, 2, 2, 1, 1, 1, 0, 0, 1, 2, 2};
+  for (std::uint32_t pixel = 0; pixel < 15; ++pixel) {
+    EXPECT_EQ(At(11 + pixel / 5, 22 + pixel % 5), symbol.lut[kExpected[pixel]]) << pixel;
+  }
+  std::strcpy(symbol.NLIPS, "0004");
+  EXPECT_EQ(Draw(), ERROR_INVALID_VALUE);
+}
+
+TEST_F(GraphicsOf20, LinesHaveTheirColorAndDashes) {
+  GraphicSubheader &symbol = Symbol('O', {});
+  std::strcpy(symbol.NWDTH, "0003");
+  symbol.secondBound[0] = 10;
+  symbol.secondBound[1] = 90;
+  file->vectorRender = 1;
+  const auto inked = [&](const char *type, char letter) {
+    KsBitmapFill(canvas.Get(), 0x808080);
+    EXPECT_EQ(SetField(symbol.SNUM, 6, type), SUCCESS);
+    symbol.SCOLOR[0] = letter;
+    EXPECT_EQ(Draw(), SUCCESS);
+    int count = 0;
+    for (std::uint32_t column = 0; column < 100; ++column) count += At(11, column) != 0x808080 ? 1 : 0;
+    return count;
+  };
+  for (const auto &[letter, color] : {std::pair{'N', kWhite},
+                                      {'K', 0U},
+                                      {'R', kRed},
+                                      {'B', 0x0000FFU},
+                                      {'O', 0xFF9600U},
+                                      {'Y', 0xFFFF00U},
+                                      {'W', kWhite},
+                                      {'?', 0U}}) {
+    EXPECT_NEAR(inked("1", letter), 70, 4) << letter;
+    EXPECT_EQ(At(11, 50), color) << letter;
+    EXPECT_EQ(At(10, 50), color) << letter << ", three pixels wide";
+    EXPECT_EQ(At(8, 50), 0x808080U) << letter;
+  }
+  for (const char *const type : {"2", "3", "4", "5", "6"}) EXPECT_LT(inked(type, 'K'), 60) << type;
 }
 
 /** Object symbols, and the box around their corners. */

@@ -115,7 +115,8 @@ TEST(StreamFile, AReplacementThatPassesTheEndIsAShortRead) {
 }
 
 TEST(StreamFile, TheDelimiterIsFoundAcrossAllSeamsOfTheSearch) {
-  for (std::size_t padding = 0; padding < 600; ++padding) {
+  constexpr std::size_t kWindow = 255;
+  for (std::size_t padding = 0; padding <= kWindow; ++padding) {
     const Bytes bytes = StreamFile(3).Build(SIZE_MAX, {}, std::string(padding, '\0'));
     LoadedFile file(bytes);
     ASSERT_EQ(file.status, SUCCESS) << padding;

@@ -1,17 +1,15 @@
 // How compressed images are cut into streams. The streams are JPEG headers with a number in their scan, and the codec
 // is one of the test's own that paints the number: what it is handed is what counts here.
-#include "harness.h"
+#include "decoded.h"
 
-#include <cstring>
-#include <numeric>
+#include <array>
 #include <string>
-
-#include <gtest/gtest.h>
 
 namespace {
 
 constexpr std::uint32_t kSide = 4;
 constexpr std::size_t kHeaderBytes = 2 + 19 + 10;
+constexpr std::uint32_t kAbsent = 0xFFFFFFFF;
 
 /** A stream of one gray component that shows `number`, `bytes` bytes long. */
 Bytes Stream(std::uint8_t number, std::size_t bytes, std::uint32_t side = kSide) {
@@ -61,25 +59,34 @@ std::int32_t PaintNumber(const void *buffer, KsBitmap *bitmap, std::uint32_t bit
 }
 
 /** An image of 2 x 2 blocks; the streams follow each other. */
-ImageSpec Tiled(const std::vector<Bytes> &streams) {
-  ImageSpec image{.rows = 2 * kSide, .columns = 2 * kSide, .compression = "C3", .blockWidth = kSide};
+ImageSpec Tiled(const std::vector<Bytes> &streams, const char *compression = "C3") {
+  ImageSpec image{.rows = 2 * kSide, .columns = 2 * kSide, .compression = compression, .blockWidth = kSide};
   image.blockHeight = kSide;
   for (const Bytes &stream : streams) image.data.insert(image.data.end(), stream.begin(), stream.end());
   return image;
 }
 
-Composition Draw(const ImageSpec &image) {
-  calls.clear();
-  return Compose(NitfBuilder().Image(image), {.load = PaintNumber});
+ImageSpec InBands(ImageSpec image, std::size_t bands = 3) {
+  image.mode = 'S';
+  image.representation = bands == 3 ? "RGB" : "MULTI";
+  image.bands = std::vector<BandSpec>(bands);
+  return image;
 }
 
-std::uint32_t BlockLevel(const Composition &picture, std::uint32_t block) {
-  return picture.At(block / 2 * kSide, block % 2 * kSide) & 0xFF;
+Composition Draw(const ImageSpec &image) {
+  calls.clear();
+  // Bytes behind the image: a read beyond its data would succeed.
+  return Compose(NitfBuilder().Image(image).Text({std::string(500, 'x'), {}}), {.load = PaintNumber});
+}
+
+std::uint32_t BlockColor(const Composition &picture, std::uint32_t block) {
+  return picture.At(block / 2 * kSide, block % 2 * kSide);
 }
 
 void ExpectBlocks(const Composition &picture, const std::array<std::uint32_t, 4> &levels) {
   ASSERT_EQ(picture.status, SUCCESS);
-  for (std::uint32_t block = 0; block < 4; ++block) EXPECT_EQ(BlockLevel(picture, block), levels[block]) << block;
+  for (std::uint32_t block = 0; block < 4; ++block)
+    EXPECT_EQ(BlockColor(picture, block) & 0xFF, levels[block]) << block;
 }
 
 // ---- one stream ---------------------------------------------------------------------------------------------------
@@ -92,30 +99,49 @@ TEST(SingleStream, IsHandedToTheCodecWholeAndPlacedAsItIs) {
   EXPECT_EQ(picture.At(4, 4), 0U);
   ASSERT_EQ(calls.size(), 1U);
   EXPECT_EQ(calls[0].size, 100U);
-  EXPECT_EQ(calls[0].flags, 0U);
 }
 
 TEST(SingleStream, HoldsAllBlocksOfJpeg2000) {
-  ImageSpec image = Tiled({Stream(9, 2000, 2 * kSide)});
   for (const char *compression : {"C8", "M8"}) {
-    image.compression = compression;
-    ExpectBlocks(Draw(image), {9, 9, 9, 9});
+    ExpectBlocks(Draw(Tiled({Stream(9, 2000, 2 * kSide)}, compression)), {9, 9, 9, 9});
     EXPECT_EQ(calls.size(), 1U);
   }
 }
 
-TEST(SingleStream, TellsTheCodecOfColours) {
-  ImageSpec image{.rows = kSide, .columns = kSide, .representation = "RGB", .compression = "C3"};
-  image.bands = std::vector<BandSpec>(3);
-  image.data = Stream(9, 100);
-  Draw(image);
-  EXPECT_EQ(calls.at(0).flags, KS_LOAD_COLOR);
-  image.representation = "MULTI";
-  image.bands = {{"", 0, {}}, {"B", 0, {}}, {"G", 0, {}}, {"R", 0, {}}};
-  Draw(image);
-  EXPECT_EQ(calls.at(0).flags, KS_LOAD_BANDS);
-  EXPECT_EQ(calls.at(0).bands, (std::array<std::uint32_t, 3>{3, 2, 1}));
+struct ToldBands {
+  const char *compression;
+  const char *representation;
+  std::vector<const char *> tags;
+  std::uint32_t flags;
+  std::array<std::uint32_t, 3> bands;
+};
+
+class ToldCodecs : public testing::TestWithParam<ToldBands> {};
+
+TEST_P(ToldCodecs, KnowColoursAndBands) {
+  const ToldBands &given = GetParam();
+  ImageSpec image{.rows = kSide, .columns = kSide, .bands = {}, .compression = given.compression};
+  image.representation = given.representation;
+  image.data = Stream(1, 100);
+  for (const char *tag : given.tags) image.bands.push_back({tag, 0, {}});
+  ASSERT_EQ(Draw(image).status, SUCCESS);
+  EXPECT_EQ(calls.at(0).flags, given.flags);
+  EXPECT_EQ(calls.at(0).bands, given.bands);
 }
+
+constexpr std::uint32_t kNamed = KS_LOAD_BANDS | KS_LOAD_NAMED_BANDS;
+
+INSTANTIATE_TEST_SUITE_P(
+    Tiles, ToldCodecs,
+    testing::Values(ToldBands{"C8", "YCbCr601", {"Cr", "Cb", "Y "}, kNamed | KS_LOAD_YCBCR, {2, 1, 0}},
+                    ToldBands{"C8", "RGB", {"B ", "R ", "G "}, KS_LOAD_COLOR | kNamed, {1, 2, 0}},
+                    ToldBands{"C8", "RGB", {"Y ", "Cb", "Cr"}, KS_LOAD_COLOR, {0, 0, 0}},
+                    ToldBands{"C8", "YCbCr601", {"Y ", "Cb", "  "}, 0, {0, 0, 0}},
+                    ToldBands{"C8", "MULTI", {"B ", "R ", "G "}, KS_LOAD_BANDS, {1, 2, 0}},
+                    ToldBands{"C3", "YCbCr601", {"Cr", "Cb", "Y "}, 0, {0, 0, 0}},
+                    ToldBands{"C3", "RGB", {"", "", ""}, KS_LOAD_COLOR, {0, 0, 0}},
+                    ToldBands{"C3", "MULTI", {"", "B", "G", "R"}, KS_LOAD_BANDS, {3, 2, 1}},
+                    ToldBands{"C3", "MONO", {"M"}, 0, {0, 0, 0}}));
 
 // ---- tiles without a table ----------------------------------------------------------------------------------------
 
@@ -138,10 +164,6 @@ TEST(Tiles, BytesThatAreNoMarkDoNotEndATile) {
   stream[600] = 0xFF;
   stream[601] = 0xD8;
   ExpectBlocks(Draw(Tiled({stream, Stream(2, 1500), Stream(3, 700), Stream(4, 1200)})), {1, 2, 3, 4});
-}
-
-TEST(Tiles, EndOfTheDataWithoutAMarkIsAShortRead) {
-  EXPECT_EQ(Draw(Tiled({Stream(1, 1500), Stream(2, 1500)})).status, ERROR_FILE_READ);
 }
 
 TEST(Tiles, OfAnotherKindAreForgivenInsideARound) {
@@ -202,30 +224,96 @@ TEST(MaskedTiles, WithOffsetsThatGoBackAreAShortRead) {
 
 // ---- a stream a band ----------------------------------------------------------------------------------------------
 
-TEST(SeparateBands, LieBandAfterBand) {
-  ImageSpec image = Tiled({});
-  for (std::uint8_t tile = 0; tile < 12; ++tile) {
-    const Bytes stream = Stream(static_cast<std::uint8_t>(tile + 1), 1050);
-    image.data.insert(image.data.end(), stream.begin(), stream.end());
+TEST(SeparateBands, LieBandAfterBandAndTheLastOnesWhereTilesAreMissing) {
+  constexpr std::array<std::array<std::uint32_t, 4>, 2> kColors = {
+      {{0x010509, 0x02060A, 0x03070B, 0x04080C}, {0x010509, 0x02060A, 0x03070A, 0x04080A}}};
+  for (const std::uint8_t tiles : {12, 10}) {
+    std::vector<Bytes> streams;
+    for (std::uint8_t tile = 1; tile <= tiles; ++tile) streams.push_back(Stream(tile, 1050));
+    const Composition picture = Draw(InBands(Tiled(streams)));
+    ASSERT_EQ(picture.status, SUCCESS);
+    for (std::uint32_t block = 0; block < 4; ++block) {
+      EXPECT_EQ(BlockColor(picture, block), kColors[tiles == 12 ? 0 : 1][block]) << block;
+    }
+    EXPECT_EQ(calls.at(0).flags, KS_LOAD_COLOR);
   }
-  image.mode = 'S';
-  image.representation = "RGB";
-  image.bands = std::vector<BandSpec>(3);
-  const Composition picture = Draw(image);
-  ASSERT_EQ(picture.status, SUCCESS);
-  for (std::uint32_t block = 0; block < 4; ++block) {
-    const std::uint32_t expected = (block + 1) << 16 | (block + 5) << 8 | (block + 9);
-    EXPECT_EQ(picture.At(block / 2 * kSide, block % 2 * kSide), expected) << block;
-  }
-  EXPECT_EQ(calls.at(0).flags, KS_LOAD_COLOR);
 }
 
-TEST(SeparateBands, OfMoreThanFourAreNotSupported) {
-  ImageSpec image = Tiled({Stream(1, 1300), Stream(2, 1300)});
-  image.mode = 'S';
-  image.representation = "MULTI";
-  image.bands = std::vector<BandSpec>(5);
-  EXPECT_EQ(Draw(image).status, ERROR_NOT_SUPPORTED);
+TEST(SeparateBands, TheLastRecordedTileEndsWithTheData) {
+  ImageSpec image = InBands(Tiled({Stream(1, 1050), Stream(2, 1050), Stream(3, 1050)}, "M3"));
+  image.mask = MaskSpec{std::vector<std::uint32_t>(12, kAbsent), {}, {}};
+  image.mask->blockOffsets[0] = 0;
+  image.mask->blockOffsets[1] = 1050;
+  image.mask->blockOffsets[3] = 2100;
+  ExpectBlocks(Draw(image), {1, 2, 0, 3});
+  EXPECT_EQ(calls.size(), 9U);
+  for (const Call &call : calls) EXPECT_EQ(call.size, 1050U);
+}
+
+TEST(SeparateBands, WithoutAnyMarkOrOfMoreThanFourAreRefused) {
+  EXPECT_EQ(Draw(InBands(Tiled({Bytes(2000, 7)}))).status, NITF_UNSUPPORTED_TILE);
+  EXPECT_EQ(Draw(InBands(Tiled({Bytes(20, 7)}))).status, NITF_UNSUPPORTED_TILE);
+  EXPECT_EQ(Draw(InBands(Tiled({Stream(1, 1300), Stream(2, 1300)}), 5)).status, ERROR_NOT_SUPPORTED);
+}
+
+// ---- on the canvas of a caller --------------------------------------------------------------------------------------
+
+/** The picture of a file on a white canvas of the caller. */
+struct DrawnByCaller {
+  explicit DrawnByCaller(const ImageSpec &image, std::uint32_t toneCheck = 0) : file(NitfBuilder().Image(image)) {
+    file->toneCheck = toneCheck;
+    EXPECT_EQ(
+        KsBitmapCreate(canvas.Get(), sizeof(KsBitmap), KS_BITMAP_OWN, 8, 8, 24, KS_ORDER_BGR, nullptr, 1, nullptr, 0),
+        SUCCESS);
+    KsBitmapFill(canvas.Get(), 0xFFFFFF);
+    FilterLoadRecord context{};
+    context.loadFromMemory = PaintNumber;
+    context.setRedirect = KsSetRedirect;
+    status = K_NitfDrawObjects(&context, nullptr, canvas.Get(), file.Get());
+  }
+  std::uint32_t Gray(std::uint32_t row, std::uint32_t column) const {
+    return canvas->pixels[std::size_t{row} * canvas->bytesPerLine + column * std::size_t{3}];
+  }
+
+  LoadedFile file;
+  KsLocalBitmap canvas;
+  std::int32_t status;
+};
+
+TEST(Tiles, ThatFailLeaveNothingOnTheCanvasOfACaller) {
+  // The end of the third tile isn't found.
+  const DrawnByCaller drawn(Tiled({Stream(1, 1500), Stream(2, 1500), Stream(3, 1500)}));
+  EXPECT_EQ(drawn.status, ERROR_FILE_READ);
+  for (std::uint32_t pixel = 0; pixel < 64; ++pixel) ASSERT_EQ(drawn.Gray(pixel / 8, pixel % 8), 0xFFU) << pixel;
+}
+
+TEST(Tiles, LargerThanTheirBlockStayOverAbsentNeighbours) {
+  for (const auto &[width, height] : {std::pair{6, 6}, {6, 4}, {4, 6}, {3, 6}}) {
+    Bytes large = Stream(30, 1100);
+    large[8] = static_cast<std::uint8_t>(height);
+    large[10] = static_cast<std::uint8_t>(width);
+    // The block below the large one is there, or the one beside it.
+    for (const bool isBelow : {true, false}) {
+      ImageSpec image = Tiled({large, Stream(40, 1100)}, "M3");
+      image.mask = MaskSpec{{0, isBelow ? kAbsent : 1100, isBelow ? 1100 : kAbsent, kAbsent}, {}, {}};
+      const Composition inStrips = Draw(image);
+      const DrawnByCaller whole(image);
+      const DrawnByCaller checked(image, 1);
+      ASSERT_EQ(inStrips.status, SUCCESS);
+      ASSERT_EQ(whole.status, SUCCESS);
+      for (int pixel = 0; pixel < 64; ++pixel) {
+        const int row = pixel / 8;
+        const int column = pixel % 8;
+        const bool isOther = isBelow ? row >= 4 && column < 4 : row < 4 && column >= 4;
+        const std::uint32_t expected = isOther ? 40 : row < height && column < width ? 30 : 0;
+        const auto y = static_cast<std::uint32_t>(row);
+        const auto x = static_cast<std::uint32_t>(column);
+        EXPECT_EQ(inStrips.At(y, x) & 0xFF, expected) << row << ", " << column;
+        EXPECT_EQ(whole.Gray(y, x), expected) << row << ", " << column;
+        EXPECT_EQ(checked.Gray(y, x), expected) << row << ", " << column;
+      }
+    }
+  }
 }
 
 // ---- bi-level -----------------------------------------------------------------------------------------------------
@@ -267,6 +355,8 @@ TEST_P(BilevelStreams, AreDescribedByTheSubheader) {
   EXPECT_EQ(described.format, GetParam().format);
   EXPECT_EQ(described.width, 8U);
   EXPECT_EQ(described.height, 1U);
+  EXPECT_EQ(described.bits, 1U);
+  EXPECT_EQ(described.pages, 1U);
   EXPECT_EQ(redirected, nullptr);
 }
 
@@ -282,11 +372,14 @@ TEST(BilevelStreams, ChangeTheColoursOfTheirTable) {
   image.mask = MaskSpec{{}, {}, Bytes{0}};
   image.data = {0x0F};
   // The pad value 0 stands for what is 1 after the change, and with it for the same colour.
-  const Composition picture = Compose(NitfBuilder().Field("FBKGC", "\x01\x02\x03").Image(image),
-                                      {.load = PaintBits, .setRedirect = KeepRedirect});
-  ASSERT_EQ(picture.status, SUCCESS);
-  EXPECT_EQ(picture.At(0, 0), 0x14283CU);
-  EXPECT_EQ(picture.At(0, 7), 0x010203U);
+  for (const std::uint8_t pad : {0, 1}) {
+    image.mask->padCode = Bytes{pad};
+    const Composition picture = Compose(NitfBuilder().Field("FBKGC", "\x01\x02\x03").Image(image),
+                                        {.load = PaintBits, .setRedirect = KeepRedirect});
+    ASSERT_EQ(picture.status, SUCCESS);
+    EXPECT_EQ(picture.At(0, 0), pad == 0 ? 0x14283CU : 0x010203U);
+    EXPECT_EQ(picture.At(0, 7), pad == 0 ? 0x010203U : 0x0A1E32U);
+  }
 }
 
 }  // namespace

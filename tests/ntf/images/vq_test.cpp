@@ -1,10 +1,8 @@
 // Vector-quantised images: kernels, codes, codebooks, masks, and data that are none.
 #include "images/vq.h"
 
-#include "harness.h"
+#include "decoded.h"
 #include "headers/mask_table.h"
-#include "images/handlimg.h"
-#include "internal/ksclasses_.h"
 #include "vq_builder.h"
 
 #include <algorithm>
@@ -16,21 +14,6 @@
 using namespace ksntfx;
 
 namespace {
-
-/** Decodes image 0 of a file. */
-struct Decoded {
-  explicit Decoded(const ImageSpec &image) : file(NitfBuilder().Image(image)) {
-    EXPECT_EQ(file.status, SUCCESS);
-    status = DecodeImageSegment(nullptr, file.Get(), 0, bitmap.Get()).Code();
-  }
-  std::uint32_t At(std::uint32_t row, std::uint32_t column) const {
-    return bitmap->pixels[std::size_t{row} * bitmap->bytesPerLine + column];
-  }
-
-  LoadedFile file;
-  KsLocalBitmap bitmap;
-  std::int32_t status;
-};
 
 /** An image of blocks of kernels, whose codes and values are functions of their place. */
 struct VqCase {
@@ -183,6 +166,43 @@ TEST(VectorQuantised, PassesOverEntriesThatNoCodeCanName) {
   ImageSpec image = given.Image();
   image.data = EncodeVq(data);
   ExpectPicture(given, Decoded(image), 40, 24);
+}
+
+ImageSpec Quantised(std::uint32_t columns, std::uint32_t rows, const VqSpec &spec) {
+  ImageSpec image{.rows = rows, .columns = columns, .compression = "C4"};
+  image.data = EncodeVq(spec);
+  return image;
+}
+
+TEST(VectorQuantised, KernelsNeedNotDivideTheBlock) {
+  VqSpec spec{.codeRows = 2, .codesPerRow = 2, .codeBits = 8, .kernelHeight = 2, .tables = 2};
+  spec.kernels = {{1, 2, 3, 4}, {5, 6, 7, 8}};
+  // A third row of kernels reaches below the block, and nothing reaches its last column.
+  spec.codes = {0, 1, 1, 0, 0, 0};
+  const Decoded decoded(Quantised(5, 5, spec));
+  ASSERT_EQ(decoded.status, SUCCESS);
+  const Bytes rows[] = {{1, 2, 5, 6, 0}, {3, 4, 7, 8, 0}, {5, 6, 1, 2, 0}, {7, 8, 3, 4, 0}, {1, 2, 1, 2, 0}};
+  for (std::uint32_t row = 0; row < 5; ++row) EXPECT_EQ(decoded.Row(row, 5), rows[row]) << row;
+  spec.codes.pop_back();
+  EXPECT_EQ(Decoded(Quantised(5, 5, spec)).status, ERROR_FILE_READ);
+}
+
+TEST(VectorQuantised, CodesOfNoBitsAreZero) {
+  VqSpec spec{.codeRows = 1, .codesPerRow = 2, .codeBits = 0, .kernelHeight = 1, .tables = 2};
+  spec.kernels = {{7, 9}, {1, 1}};
+  const Decoded decoded(Quantised(4, 1, spec));
+  ASSERT_EQ(decoded.status, SUCCESS);
+  EXPECT_EQ(decoded.Row(0, 4), (Bytes{7, 9, 7, 9}));
+}
+
+TEST(VectorQuantised, TablesBeyondAKernelFallToTheNextOne) {
+  VqSpec spec{.codeRows = 1, .codesPerRow = 2, .codeBits = 4, .kernelHeight = 2, .tables = 3};
+  spec.kernels = {{1, 2, 3, 4, 50, 60}, {5, 6, 7, 8, 70, 80}};
+  spec.codes = {0, 1};
+  const Decoded decoded(Quantised(4, 2, spec));
+  ASSERT_EQ(decoded.status, SUCCESS);
+  EXPECT_EQ(decoded.Row(0, 4), (Bytes{1, 2, 50, 60}));
+  EXPECT_EQ(decoded.Row(1, 4), (Bytes{3, 4, 7, 8}));
 }
 
 // ---- masks --------------------------------------------------------------------------------------------------------

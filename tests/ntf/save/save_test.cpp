@@ -55,6 +55,22 @@ ImageSpec QuantisedWith(const MaskSpec &mask, const std::vector<std::uint32_t> &
   return image;
 }
 
+/** Codes of a row that don't fill whole bytes, and bytes behind the last one. */
+ImageSpec QuantisedOfHalfBytes() {
+  VqSpec spec{.codeRows = 2, .codesPerRow = 3, .codeBits = 12, .kernelHeight = 1, .tables = 1};
+  spec.kernels = {{1}, {2}};
+  spec.codes = {0, 1, 0, 1, 1, 0};
+  ImageSpec image{.rows = 2, .columns = 3, .compression = "C4", .data = EncodeVq(spec)};
+  image.data.insert(image.data.end(), {0xAA, 0xBB, 0xCC});
+  return image;
+}
+
+ImageSpec OfUnknownKind() {
+  ImageSpec image = SixPixels({{"COMRAT", "01.5"}});
+  image.compression = "C7";
+  return image;
+}
+
 /** Kernels of four rows, and codes for a third row of them. */
 ImageSpec QuantisedOfNineRows() {
   ImageSpec image = QuantisedWith(MaskSpec{{0, 18}, {}, {}}, {0, 1, 2, 3, 3, 2, 1, 0, 1, 1, 2, 2});
@@ -93,6 +109,8 @@ INSTANTIATE_TEST_SUITE_P(
         Kept{"RowsBesideKernels", NitfBuilder().Image(QuantisedOfNineRows()).Image(SixPixels())},
         Kept{"AbsentBlockOfQuantised",
              NitfBuilder().Image(QuantisedWith({{0xFFFFFFFF, 0}, {}, Bytes{7}}, {0, 1, 2, 3})).Image(SixPixels())},
+        Kept{"HalfBytesOfQuantised", NitfBuilder().Image(QuantisedOfHalfBytes()).Image(SixPixels())},
+        Kept{"UnknownCompression", NitfBuilder().Image(OfUnknownKind())},
         Kept{"Others", NitfBuilder()
                            .Graphic({1, 0, 5, -7, 'C', Bytes(2000, 7), {{"SXSHD", "tags"}}})
                            .Graphic({2, 1, 0, 0, 'B', {}, {}})
@@ -154,6 +172,11 @@ INSTANTIATE_TEST_SUITE_P(Save, RenderedFields,
                                          Rendered{"BlockSize",
                                                   {{"NPPBH", "0000"}, {"NPPBV", "0000"}},
                                                   {{"NPPBH", "0002"}, {"NPPBV", "0003"}}},
+                                         // What loads with a minus sign is saved.
+                                         Rendered{"Rows", {{"NROWS", "-0000005"}}, {{"NROWS", "000000-5"}}},
+                                         Rendered{"BlocksPerRow", {{"NBPR", "-001"}}, {{"NBPR", "00-1"}}},
+                                         Rendered{"BlocksPerColumn", {{"NBPC", "-999"}}, {{"NBPC", "-999"}}},
+                                         Rendered{"Bits", {{"NBPP", "-8"}}, {{"NBPP", "-8"}}},
                                          Rendered{"Level", {{"IDLVL", "  7"}}, {{"IDLVL", "007"}}},
                                          Rendered{"Justification", {{"PJUST", "x"}}, {{"PJUST", "R"}}}),
                          [](const auto &tested) { return tested.param.name; });
@@ -168,13 +191,6 @@ TEST(Save, BlocksAsWideAsAnImageAreWrittenAsZeroWhereTheirFieldIsTooNarrow) {
   EXPECT_EQ(Opened(file).Saved(), file);
 }
 
-TEST(Save, ColorOfADrawingIsC) {
-  const auto file = [](const char *color) {
-    return NitfBuilder().Graphic({1, 0, 0, 0, 'C', {1, 2}, {{"SCOLOR", color}}}).Build();
-  };
-  EXPECT_EQ(Opened(file("M")).Saved(), file("C"));
-}
-
 TEST(Save, MaskedQuantisedDataAreMeasuredAndTheImagesBehindStayWhole) {
   const auto file = [](const Bytes &behind) {
     return NitfBuilder().Image(QuantisedImage("M4", behind)).Image(MaskedImage()).Image(SixPixels()).Build();
@@ -186,6 +202,25 @@ TEST(Save, MaskedQuantisedDataAreMeasuredAndTheImagesBehindStayWhole) {
   constexpr std::size_t kFileLength = 342;
   std::copy_n(whole.begin() + kFileLength, 12, saved.begin() + kFileLength);
   EXPECT_EQ(saved, whole);
+}
+
+/** Rows of three codes of 12 bits end within a byte, which is where the rows of masked data are cut. */
+TEST(Save, MaskedQuantisedRowsOfHalfBytesAreCut) {
+  VqSpec spec{.codeRows = 2, .codesPerRow = 3, .codeBits = 12, .kernelHeight = 1, .tables = 1};
+  spec.kernels = {{1}, {2}};
+  spec.codes = {0, 1, 0, 1, 1, 0};
+  const auto file = [](Bytes data, std::size_t bytes) {
+    data.resize(bytes);
+    ImageSpec image{.rows = 2, .columns = 3, .compression = "M4", .mask = MaskSpec{{0}, {}, Bytes{7}}, .data = data};
+    return NitfBuilder().Image(image).Image(SixPixels()).Build();
+  };
+  const Bytes data = EncodeVq(spec);
+  const std::size_t codeBytes = 9;
+  const Bytes expected = file(data, data.size() - codeBytes + 2 * 4);
+  Bytes saved = Opened(file(data, data.size())).Saved();
+  ASSERT_EQ(saved.size(), expected.size());
+  std::copy_n(expected.begin() + 342, 12, saved.begin() + 342);
+  EXPECT_EQ(saved, expected) << "but for FL";
 }
 
 TEST(Save, LengthOfASubheaderBeforeMaskedQuantisedDataIsMeasured) {
@@ -225,12 +260,18 @@ TEST(Handle, TellsItsStates) {
   EXPECT_EQ(K_NITFGetStatus(nullptr), NITF_NULL_HANDLE);
   EXPECT_EQ(K_NITFSaveFileA(nullptr, "anything"), NITF_NULL_HANDLE);
   EXPECT_EQ(K_NITFSaveFileA(nullptr, "\xff"), ERROR_NO_MEMORY) << "the name comes first";
+  none = Opened().Get();
   EXPECT_EQ(K_NITFCreateA(&none, "\xff"), ERROR_NO_MEMORY);
+  EXPECT_EQ(none, nullptr);
   EXPECT_EQ(K_NITFCreateA(&none, "/no/such/file"), ERROR_NO_FILE);
   EXPECT_EQ(none, nullptr);
   EXPECT_EQ(Opened(NitfBuilder().Field("FVER", "02.00").Build()).status, NITF_UNSUPPORTED_VERSION);
   const Opened loaded(NitfBuilder().Image(SixPixels()).Build());
   EXPECT_EQ(K_NITFGetStatus(loaded.operator->()), NITF_STATUS_HEADER);
+  EXPECT_EQ(K_NITFGetStatus(Opened(NitfBuilder().Graphic({}).Build()).Get()), NITF_STATUS_HEADER);
+  EXPECT_EQ(K_NITFGetStatus(Opened(NitfBuilder().Text({"x", {}}).Build()).Get()), NITF_STATUS_HEADER);
+  EXPECT_EQ(K_NITFGetStatus(Opened(NitfBuilder().DataExtension({"ANY", {}, {}}).Build()).Get()),
+            NITF_STATUS_EMPTY | NITF_STATUS_HEADER);
 }
 
 TEST(Save, OntoItsOwnSourceIsRefused) {
@@ -260,6 +301,30 @@ TEST(Save, NumbersWiderThanTheirFieldAreRefusedBeforeAnythingIsWritten) {
   refused(&ImageSubheader::blocksPerColumn, 10000);
   refused(&ImageSubheader::blockWidth, 10000);
   EXPECT_EQ(ReadFile(opened.Path("out.ntf")), (Bytes{1, 2, 3}));
+}
+
+TEST(Save, DataBeyondTheNumbersOfALengthAreRefusedBeforeAByteIsWritten) {
+  for (const std::vector<std::string> &lengths :
+       {std::vector<std::string>{"2147483648"}, {"1900000000", "1900000000", "1900000000"}}) {
+    NitfBuilder builder;
+    for (std::size_t image = 0; image < lengths.size(); ++image) builder.Image(SixPixels());
+    Bytes file = builder.Build();
+    constexpr std::ptrdiff_t kFirstLength = 369;
+    for (std::size_t at = 0; at < lengths.size(); ++at) {
+      std::copy(lengths[at].begin(), lengths[at].end(),
+                file.begin() + kFirstLength + static_cast<std::ptrdiff_t>(16 * at));
+    }
+    const Opened blank;
+    WriteFile(blank.Path("large.ntf"), file);
+    // Its subheaders would stand gigabytes further on, so the header alone is read.
+    NitfFile *const opened = blank.Get();
+    opened->fileHandle = KsOpen(Wide(blank.Path("large.ntf")).c_str(), KS_OPEN_READ, KS_MODE_READ);
+    StreamFileHeader stream{};
+    ASSERT_EQ(ReadFileHeader(opened, &stream), SUCCESS);
+    opened->imageCountInFile = opened->header.imageTableCount;
+    EXPECT_EQ(blank.Save(), ERROR_INVALID_VALUE);
+    EXPECT_TRUE(ReadFile(blank.Path("out.ntf")).empty());
+  }
 }
 
 TEST(Save, SourcesThatAreCutOffAreTold) {

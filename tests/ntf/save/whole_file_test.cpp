@@ -2,6 +2,7 @@
 // holds those values; saved, it is the same bytes; and texts that have become short are filled up.
 #include "field_list.h"
 #include "harness.h"
+#include "headers/held_data.h"
 #include "save/savenitf.h"
 
 #include <map>
@@ -111,7 +112,7 @@ Fields Text(bool nitf20) {
 
 Fields DataExtension(bool nitf20, bool overflow) {
   return ListOf(overflow ? "DE=DE|0 DESID=TRE_OVERFLOW~~~~~~~~~~~~~ DESVER=51|0" : "DE=DE|0 DESID:25|0 DESVER=52|0") +
-         Security("DE", nitf20, 'R', "000", Event::Always) +
+         Security("DE", nitf20, nitf20 ? 'X' : 'R', "000", Event::Always) +
          ListOf(overflow ? "DESOFLW:6|0 DESITEM=153|0 DESSHL=0005 DESSHF=users" : "DESSHL=0000");
 }
 
@@ -247,6 +248,23 @@ TEST_P(WholeFiles, AreUnderstood) {
   EXPECT_EQ(label.locationColumn, -36);
   EXPECT_EQ(label.textColor, 0x434241U);
   EXPECT_EQ(label.backgroundColor, 0x464544U);
+}
+
+TEST_P(WholeFiles, CarryDataThatAreInMemoryAsFarAsTheyAreCounted) {
+  ASSERT_EQ(Load(file.Get(), Wide(folder.Path("in.ntf")).c_str()), SUCCESS);
+  std::string expected = Joined(header);
+  for (Segment &segment : segments) {
+    const std::string held = "data of " + segment.data;
+    const auto hold = [&](auto *record) {
+      EXPECT_EQ(HoldInMemory(record, held.data(), static_cast<std::uint32_t>(held.size())), SUCCESS);
+      segment.data = held.substr(0, segment.data.size());
+    };
+    if (segment.kind == SegmentKind::Graphic) hold(FindGraphic(file.Get(), 0));
+    if (segment.kind == SegmentKind::Label) hold(FindLabel(file.Get(), 0));
+    if (segment.kind == SegmentKind::Text) hold(FindText(file.Get(), 0));
+    expected += Joined(segment.subheader) + segment.data;
+  }
+  EXPECT_EQ(Saved(), expected);
 }
 
 TEST_P(WholeFiles, AreAShortReadWhereverTheyAreCut) {

@@ -108,23 +108,4 @@ TEST(Fields, ACopiedStringIsTheCallersOwn) {
   EXPECT_EQ(LiveBlocks(), before);
 }
 
-class EarlierDates : public testing::TestWithParam<std::tuple<const char *, bool, const char *>> {};
-
-TEST_P(EarlierDates, GoDownInTheFirstPartAboveOne) {
-  const auto &[date, secondsToo, expected] = GetParam();
-  char joined[15];
-  FormatDateTime(joined, EarlierDate(date, secondsToo));
-  EXPECT_STREQ(joined, expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(Fields, EarlierDates,
-                         testing::Values(std::tuple{"20260102035959", true, "20260102035958"},
-                                         std::tuple{"20260102035959", false, "20260102035859"},
-                                         std::tuple{"20260101000000", true, "20250101000000"},
-                                         std::tuple{"20260102000101", false, "20260101000101"},
-                                         std::tuple{"01010101010101", true, "01010101010101"},
-                                         std::tuple{"20050101010101", true, "20040101010101"},
-                                         std::tuple{"20010101010101", true, "19010101010101"},
-                                         std::tuple{"", true, "50020530010101"}));
-
 }  // namespace

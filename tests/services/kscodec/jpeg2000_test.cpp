@@ -1,7 +1,7 @@
 // JPEG 2000: pictures come back as they were encoded, and no stream costs more than its length allows.
 #include "codec_test.h"
-#include "jpeg2000_encoder.h"
-#include "kscodec/jpeg2000/header.h"
+#include "jp2_boxes.h"
+#include "kscodec/jpeg2000/coding.h"
 
 #include <algorithm>
 #include <cmath>
@@ -39,38 +39,6 @@ Samples RandomSamples(const Recipe &recipe) {
 
 Bytes Encode(const Recipe &recipe) {
   return EncodeJpeg2000(recipe, RandomSamples(recipe));
-}
-
-void PutBig(Bytes &bytes, size_t at, uint64_t value, int count) {
-  for (int i = 0; i < count; ++i) bytes[at + i] = static_cast<uint8_t>(value >> 8 * (count - 1 - i));
-}
-
-Bytes Box(const char *type, const Bytes &contents) {
-  Bytes box(8);
-  PutBig(box, 0, 8 + contents.size(), 4);
-  std::memcpy(box.data() + 4, type, 4);
-  box.insert(box.end(), contents.begin(), contents.end());
-  return box;
-}
-
-/** Where a box with a 32-bit length begins; the names of boxes occur nowhere else in what is made here. */
-size_t BoxAt(const Bytes &file, const std::string &type) {
-  const auto found = std::search(file.begin(), file.end(), type.begin(), type.end());
-  EXPECT_NE(found, file.end());
-  return static_cast<size_t>(found - file.begin()) - 4;
-}
-
-void Insert(Bytes &file, size_t at, const Bytes &bytes) {
-  file.insert(file.begin() + static_cast<std::ptrdiff_t>(at), bytes.begin(), bytes.end());
-}
-
-/** Adds boxes at the end of the header box, which has the code stream's box behind it. */
-Bytes WithHeaderBoxes(Bytes file, const Bytes &boxes) {
-  const size_t header = BoxAt(file, "jp2h");
-  const size_t end = BoxAt(file, "jp2c");
-  Insert(file, end, boxes);
-  PutBig(file, header, end - header + boxes.size(), 4);
-  return file;
 }
 
 // ---- reading them ---------------------------------------------------------------------------------------------------
@@ -207,15 +175,44 @@ TEST_F(Jpeg2000Test, LuminanceAndColorDifferencesBecomeRgbUnlessBandsAreWanted) 
   EXPECT_EQ(ColorAt(bands, 0, 0), (std::array<int, 3>{76, 85, 255}));
 }
 
-/** A JP2 file of the four indices 0 to 3, and a palette of three columns. */
-Bytes PaletteFile() {
-  const Recipe recipe = {.components = Equal(1, {2}), .width = 4, .height = 1, .isJp2 = true};
-  const Bytes palette = {0, 4, 3, 7, 7, 7, 10, 20, 30, 40, 50, 60, 70, 80, 90, 100, 110, 120};
-  const Bytes mapping = {0, 0, 1, 0, 0, 0, 1, 1, 0, 0, 1, 2};
-  Bytes boxes = Box("pclr", palette);
-  Insert(boxes, boxes.size(), Box("cmap", mapping));
-  return WithHeaderBoxes(EncodeJpeg2000(recipe, {{0, 3, 2, 1}}), boxes);
+// ---- components that a file names beside the stream ---------------------------------------------------------------
+
+struct NamedCase {
+  const char *name;
+  Recipe spec;
+  uint32_t flags;
+  std::array<int, 3> color; /**< red, green, blue */
+};
+
+class NamedComponents : public ServiceTestWith<NamedCase> {};
+
+/** Components 0 to 2 are 150, 128 and 100: Cr, Cb and Y, or blue, green and red. */
+TEST_P(NamedComponents, AreTakenUnlessTheStreamKnowsBetter) {
+  Recipe spec = GetParam().spec;
+  spec.components.resize(3);
+  spec.width = spec.height = 16;
+  const Bytes stream = EncodeJpeg2000(
+      spec, {std::vector<int32_t>(256, 150), std::vector<int32_t>(256, 128), std::vector<int32_t>(256, 100)});
+  KsLocalBitmap bitmap;
+  const uint32_t flags = KS_LOAD_BANDS | KS_LOAD_NAMED_BANDS | GetParam().flags;
+  ASSERT_EQ(Load(stream, bitmap, Options(flags, {2, 1, 0})), SUCCESS);
+  for (size_t i = 0; i < 3; ++i) EXPECT_NEAR(ColorAt(bitmap, 0, 0)[i], GetParam().color[i], 1) << i;
 }
+
+// Y 100, Cb 128, Cr 150: red is 100 + 1.402 * 22, green 100 - 0.714 * 22, blue 100.
+constexpr std::array<int, 3> kConverted = {131, 84, 100};
+constexpr std::array<int, 3> kInOrder = {150, 128, 100};
+constexpr std::array<int, 3> kByName = {100, 128, 150};
+
+INSTANTIATE_TEST_SUITE_P(
+    Jpeg2000, NamedComponents,
+    testing::Values(NamedCase{"bareYCbCr", {}, KS_LOAD_YCBCR, kConverted}, NamedCase{"bareRgb", {}, 0, kByName},
+                    NamedCase{"mixedYCbCr", {.mixes = true}, KS_LOAD_YCBCR, kInOrder},
+                    NamedCase{"mixedRgb", {.mixes = true}, 0, kByName},
+                    NamedCase{"boxedYCbCr", {.isJp2 = true, .space = OPJ_CLRSPC_SYCC}, KS_LOAD_YCBCR, kConverted},
+                    NamedCase{"boxedRgb", {.isJp2 = true, .space = OPJ_CLRSPC_SRGB}, KS_LOAD_YCBCR, kInOrder},
+                    NamedCase{"boxedRgbByName", {.isJp2 = true, .space = OPJ_CLRSPC_SRGB}, 0, kByName}),
+    [](const auto &given) { return std::string(given.param.name); });
 
 TEST_F(Jpeg2000Test, PaletteIsAppliedBeforeComponentsAreCounted) {
   KsFileInfo info;
@@ -381,8 +378,9 @@ TEST_P(ClaimTest, OfAShortStreamIsRefusedBeforeDecoding) {
   Bytes stream = Encode({.components = Equal(1), .tile = 8});
   const auto isPlausible = [&stream] {
     kscodec::jpeg2000::Header header;
-    EXPECT_EQ(ReadHeader(stream, &header), SUCCESS);
-    return IsPlausible(header, ReadCoding(header));
+    const kscodec::MemorySource source(stream);
+    EXPECT_EQ(ReadHeader(source, &header), SUCCESS);
+    return IsPlausible(header, ReadCoding(source, header));
   };
   const std::string marker = "\xFF\x52";
   const auto found = std::search(stream.begin(), stream.end(), marker.begin(), marker.end(),

@@ -150,6 +150,22 @@ TEST_F(FileTest, CreatingEmptiesAnOlderFile) {
   EXPECT_TRUE(ReadFile(folder / "file").empty());
 }
 
+TEST_F(FileTest, CopiesCountWhatTheSourceHoldsBack) {
+  const KsHandle source = OpenToCreate(folder / "a");
+  const KsHandle target = OpenToCreate(folder / "b");
+  Bytes bytes = RandomBytes(1 << 20, 1);
+  for (size_t at = 0; at < bytes.size(); at += 1024) ASSERT_EQ(KsWrite(source, bytes.data() + at, 1024), 1024u);
+  // What is written over earlier bytes is held back too.
+  std::fill_n(bytes.begin() + 5000, 100, uint8_t{0xEE});
+  KsSeek(source, 5000, KS_SEEK_START);
+  ASSERT_EQ(KsWrite(source, bytes.data() + 5000, 100), 100u);
+  KsSeek(source, 0, KS_SEEK_START);
+  ASSERT_EQ(KsCopyBytes(target, source, bytes.size()), SUCCESS);
+  KsClose(source);
+  KsClose(target);
+  EXPECT_EQ(ReadFile(folder / "b"), bytes);
+}
+
 #ifdef __linux__
 
 /** A counter of the process, such as the read calls that it has made. */

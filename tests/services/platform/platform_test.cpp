@@ -104,19 +104,7 @@ TEST_F(PlatformTest, NoContextWithoutPixels) {
 
 // ---- filter entry ---------------------------------------------------------------------------------------------------
 
-using AnyFunction = void (*)();
-using ManyArguments = intptr_t (*)(void *, int64_t, int64_t, int64_t, int64_t, int64_t, int64_t, int64_t, int64_t,
-                                   int64_t, double, double, double, double, double, double, double, double, double);
-
 std::vector<double> arrived;
-
-intptr_t TakeMany(void *entry, int64_t a, int64_t b, int64_t c, int64_t d, int64_t e, int64_t f, int64_t g, int64_t h,
-                  int64_t i, double p, double q, double r, double s, double t, double u, double v, double w, double x) {
-  arrived.clear();
-  for (const int64_t number : {a, b, c, d, e, f, g, h, i}) arrived.push_back(static_cast<double>(number));
-  for (const double number : {p, q, r, s, t, u, v, w, x}) arrived.push_back(number);
-  return static_cast<intptr_t>(*static_cast<int *>(entry));
-}
 
 intptr_t TakeVariadic(void *entry, ...) {
   va_list list;
@@ -130,17 +118,6 @@ intptr_t TakeVariadic(void *entry, ...) {
   return INTPTR_MIN;
 }
 
-TEST_F(FilterTest, EveryArgumentArrivesInRegistersAndOnTheStack) {
-  int entry = 77;
-  KsSetFilterHandler(reinterpret_cast<KsFilterHandler>(reinterpret_cast<AnyFunction>(TakeMany)));
-  const auto call = reinterpret_cast<ManyArguments>(reinterpret_cast<AnyFunction>(KsFilterEntry));
-  EXPECT_EQ(call(&entry, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18), 77);
-  std::vector<double> expected(18);
-  for (int i = 0; i < 18; ++i) expected[static_cast<size_t>(i)] = i + 1;
-  EXPECT_EQ(arrived, expected);
-  KsSetFilterHandler(nullptr);
-}
-
 TEST_F(FilterTest, VariadicArgumentsArriveWithTheirCount) {
   KsSetFilterHandler(TakeVariadic);
   int entry = 0;
@@ -151,23 +128,6 @@ TEST_F(FilterTest, VariadicArgumentsArriveWithTheirCount) {
   for (size_t i = 0; i < 20; ++i) EXPECT_EQ(arrived[i], static_cast<double>(i + 1) + (i % 2 == 0 ? 0.5 : 0.0));
   KsSetFilterHandler(nullptr);
   EXPECT_EQ(KsFilterEntry(&entry), 1);
-}
-
-// ---- codecs ---------------------------------------------------------------------------------------------------------
-
-TEST_F(PlatformTest, UnknownStreamIsNotDecoded) {
-  KsLocalBitmap bitmap;
-  EXPECT_EQ(KsLoadMemory("stream", bitmap.Get(), sizeof(KsBitmap), 0, KS_ORDER_CODEC, 6, nullptr, nullptr),
-            ERROR_NOT_SUPPORTED);
-  EXPECT_EQ(KsLoadMemory(nullptr, bitmap.Get(), sizeof(KsBitmap), 0, KS_ORDER_CODEC, 6, nullptr, nullptr),
-            ERROR_INVALID_VALUE);
-  EXPECT_EQ(KsLoadMemory("stream", bitmap.Get(), 280, 0, KS_ORDER_CODEC, 6, nullptr, nullptr), ERROR_INVALID_VALUE);
-}
-
-TEST_F(PlatformTest, RedirectGivesTheOneBefore) {
-  const KsRedirectCallback redirect = [](KsRawFormatInfo *, void *) -> int32_t { return SUCCESS; };
-  EXPECT_EQ(KsSetRedirect(redirect, nullptr), nullptr);
-  EXPECT_EQ(KsSetRedirect(nullptr, nullptr), redirect);
 }
 
 }  // namespace
