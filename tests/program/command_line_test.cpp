@@ -93,8 +93,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Line{Create({"--origin", "elevenbytes"}), "more than 10"},
                     Line{Create({"--title", "a\xe6\x97\xa5"}), "has '\xe6\x97\xa5', which header"},
                     Line{Create({"--title", "a", "--title", "b"}), "--title can be given only once"},
-                    Line{Create({"--image", "a.pgm", "--level", "999", "--image", "a.pgm"}),
-                         "no display level above"}));
+                    Line{Create({"--image", "a.pgm", "--level", "999", "--image", "a.pgm"}), "no display level above"},
+                    Line{Create({"--image", "a.pgm", "--level", "2", "--attach", "2"}), "its own display level 2"}));
 
 // ---- inputs that would be overwritten, and fields -----------------------------------------------------------------
 
@@ -109,19 +109,19 @@ std::vector<std::string> Set(const std::string &field) {
 
 INSTANTIATE_TEST_SUITE_P(
     Set, WrongUsage,
-    testing::Values(Line{Set("FOO=1"), "the file header has no field FOO"}, Line{Set("FL=1"), "FL depends on the data"},
-                    Line{Set("FSCLAS"), "is not FIELD=VALUE"},
-                    Line{Set("FSCLAS=UU"), "FSCLAS can't hold 'UU': it has more than 1"},
-                    Line{Set("FSCLAS=X"), "FSCLAS is 'X', not one of"},
-                    Line{Set("FSCOP=x"), "FSCOP can't hold 'x': it is not a number of up to 5"},
-                    Line{Set("FDT=yesterday"), "FDT is not a date"},
-                    Line{Set("FTITLE=a\x07"), "header fields can't have the byte 0x07"},
-                    Line{{"set", "a.ntf", "-o", "b.ntf", "ILOC=a,b", "--image", "0"},
-                         "ILOC can't hold 'a,b': it is not ROW"},
-                    Line{{"set", "a.ntf", "-o", "b.ntf", "IDLVL=0", "--image", "0"}, "IDLVL is 0"},
-                    Line{{"set", "a.ntf", "-o", "b.ntf", "TXTITL=x", "--text", "1"}, "there is no text 1"}));
+    testing::Values(
+        Line{Set("FOO=1"), "the file header has no field FOO"}, Line{Set("FL=1"), "FL depends on the data"},
+        Line{Set("FSCLAS"), "is not FIELD=VALUE"}, Line{Set("FSCLAS=UU"), "FSCLAS can't hold 'UU': it has more than 1"},
+        Line{Set("FSCLAS=X"), "FSCLAS is 'X', not one of"},
+        Line{Set("FSCOP=x"), "FSCOP can't hold 'x': it is not a number of up to 5"},
+        Line{Set("FDT=yesterday"), "FDT is not a date"},
+        Line{Set("FTITLE=a\x07"), "header fields can't have the byte 0x07"},
+        Line{{"set", "a.ntf", "-o", "b.ntf", "ILOC=a,b", "--image", "0"}, "ILOC can't hold 'a,b': it is not ROW"},
+        Line{{"set", "a.ntf", "-o", "b.ntf", "IDLVL=0", "--image", "0"}, "IDLVL is 0"},
+        Line{{"set", "a.ntf", "-o", "b.ntf", "IALVL=1", "--image", "0"}, "IALVL attaches image 0 to its own"},
+        Line{{"set", "a.ntf", "-o", "b.ntf", "TXTITL=x", "--text", "1"}, "there is no text 1"}));
 
-TEST_F(CommandLine, APictureNeverReplacesItsFile) {
+TEST_F(CommandLine, AnOutputNeverReplacesItsInput) {
   NitfBuilder().Image(SmallImage()).Write(PathOf("a.png"));
   const std::string before = ReadText("a.png");
   std::filesystem::create_symlink("a.png", PathOf("link.ppm"));
@@ -131,6 +131,9 @@ TEST_F(CommandLine, APictureNeverReplacesItsFile) {
     EXPECT_NE(run.errors.find("is an input of the command"), std::string::npos) << run.errors;
     EXPECT_EQ(ReadText("a.png"), before);
   }
+  std::filesystem::rename(PathOf("a.png"), PathOf("manifest.json"));
+  EXPECT_EQ(Run({"extract", "manifest.json", "-o", ".", "--force"}).exitCode, 2);
+  EXPECT_EQ(ReadText("manifest.json"), before);
 }
 
 }  // namespace

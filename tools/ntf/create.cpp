@@ -149,6 +149,7 @@ Outcome Append(const LocalHandle &added, const Stack &base, const Item &item) {
   for (const auto &[name, value] : FieldsOf(item, stack)) {
     if (!value) continue;
     if (Outcome refused = ChangeField(item.file, added.View(), header, name, *value)) return refused;
+    if (Outcome refused = CheckAttachment(item.file, added.View(), header, name)) return refused;
   }
   return {};
 }

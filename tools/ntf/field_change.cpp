@@ -99,4 +99,15 @@ Outcome ChangeField(const std::string &fileName, const FileView &file, const Hea
   return refused(WhatFits(file, header, name));
 }
 
+Outcome CheckAttachment(const std::string &fileName, const FileView &file, const HeaderChoice &header,
+                        const std::string &changedField) {
+  const bool isDisplayed = header.kind == SegmentKind::Image || header.kind == SegmentKind::Graphic;
+  if (!isDisplayed || !changedField.ends_with("LVL")) return {};
+  const DisplayLevel place = file.LevelOf(*header.kind, header.index);
+  if (place.attachment == 0 || place.attachment != place.level) return {};
+  return Problem{
+      fileName, changedField + " attaches " + NameIn(header, "to its own display level " + std::to_string(place.level)),
+      ERROR_INVALID_VALUE, true};
+}
+
 }  // namespace ntf

@@ -38,16 +38,19 @@ Outcome RewriteFields(const std::string &fileName, const FileView &file, const H
     }
     if (std::find(names.begin(), names.end(), field.name) == names.end()) names.push_back(field.name);
   }
+  for (const std::string &name : names) {
+    if (Outcome refused = CheckAttachment(fileName, file, header, name)) return refused;
+  }
   const std::uint64_t start = header.kind ? file.Place(*header.kind, header.index).subheader : 0;
   for (const std::string &name : names) rewrite.Replace(start + layout.offsets.at(name), file.FieldText(header, name));
   return {};
 }
 
 void WarnOfLength(const std::string &fileName, const FileView &file) {
-  const std::uint64_t told = file.Numbers().fileLength;
+  const std::uint64_t declared = file.Numbers().fileLength;
   const std::uint64_t bytes = file.SourceBytes();
-  if (told == bytes) return;
-  Warn(fileName, "FL is " + std::to_string(told) + ", but the file has " + std::to_string(bytes) + " bytes");
+  if (declared == bytes) return;
+  Warn(fileName, "FL is " + std::to_string(declared) + ", but the file has " + std::to_string(bytes) + " bytes");
 }
 
 Outcome SaveRewritten(const std::string &fileName, const FileView &file, const FileRewrite &rewrite,
