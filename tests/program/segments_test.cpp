@@ -116,7 +116,7 @@ TEST_F(Segments, NamesNeedNotBeUtf8) {
 
 // ---- check --------------------------------------------------------------------------------------------------------
 
-/** A file with one fault, and what is told of it behind the file's name. */
+/** A file with one fault, and the words about it that follow the file's name. */
 struct Faulty {
   const char *name;
   NitfBuilder file;
@@ -125,7 +125,7 @@ struct Faulty {
 
 class FaultyFile : public ProgramTest, public testing::WithParamInterface<Faulty> {};
 
-TEST_P(FaultyFile, IsToldInOneLine) {
+TEST_P(FaultyFile, IsReportedInOneLine) {
   GetParam().file.Write(PathOf("a.ntf"));
   const ProgramRun run = Run({"check", "a.ntf"});
   EXPECT_EQ(run.exitCode, 1);

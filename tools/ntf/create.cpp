@@ -123,9 +123,12 @@ std::vector<ItemField> FieldsOf(const Item &item, const Stack &stack) {
   if (item.kind == ItemKind::Text) return {{"TXTALVL", lowest}};
   const bool isImage = item.kind == ItemKind::Image;
   const std::string prefix = isImage ? "I" : "S";
+  const std::string level = item.level.value_or(std::to_string(stack.highest + 1));
+  // Nothing is attached to itself.
+  const std::optional<std::string> base = lowest == level ? std::optional<std::string>("0") : lowest;
   return {{prefix + "LOC", item.location},
-          {prefix + "DLVL", item.level.value_or(std::to_string(stack.highest + 1))},
-          {prefix + "ALVL", item.attachment || isImage ? item.attachment : lowest}};
+          {prefix + "DLVL", level},
+          {prefix + "ALVL", item.attachment || isImage ? item.attachment : base}};
 }
 
 SegmentKind KindOf(const Item &item) {
