@@ -31,7 +31,7 @@ std::string Replaced(std::string text, std::string_view part, std::string_view o
 
 /** The words of an error, where those of the parser are not a user's. */
 std::string UsageWords(const CLI::Error &error) {
-  const std::string words = error.what();
+  std::string words = error.what();
   const std::string kind = error.get_name();
   if (kind == "ArgumentMismatch") {
     const std::string name = words.substr(0, words.find_first_of(": "));
