@@ -8,8 +8,8 @@ namespace ntf {
 Outcome FileReader::Open(const std::string &fileName) {
   name = fileName;
   if (Outcome unreadable = CheckInput(fileName)) return unreadable;
-  const WideName wide = Widen(fileName);
-  const std::int32_t status = NitfReaderOpenUtf16(wide.get(), &reader);
+  const std::u16string wide = Widen(fileName);
+  const std::int32_t status = NitfReaderOpenUtf16(wide.c_str(), &reader);
   if (status == SUCCESS) return {};
   // The field that the headers can't be read beyond has words of its own.
   LoadedFile loaded;

@@ -17,11 +17,11 @@ namespace {
 
 /** The size of the picture through the filter, with a status. */
 std::int32_t MeasureStrictly(const std::string &fileName, std::uint64_t *rows, std::uint64_t *columns) {
-  const WideName name = Widen(fileName);
+  const std::u16string name = Widen(fileName);
   KsFileInfo answer = {};
   KsLoadOptions loadOptions = {};
   FilterInfoRecord request = {};
-  request.fileName = name.get();
+  request.fileName = name.c_str();
   request.inputHandle = KS_INVALID_HANDLE;
   request.fileInfo = &answer;
   request.loadOptions = &loadOptions;
