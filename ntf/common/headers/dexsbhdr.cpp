@@ -4,6 +4,9 @@
 #include "table/fields.h"
 #include "table/header_reader.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace ksntfx {
 
 namespace {
@@ -15,9 +18,15 @@ Status CheckVersion(HeaderReader &, std::string_view text) {
   return static_cast<std::uint32_t>(ParseNumber(text)) > 99 ? ERROR_FILE_FORMAT : SUCCESS;
 }
 
-bool IsOverflow(const void *record, bool) {
-  const char *identifier = static_cast<const DataExtensionSubheader *>(record)->DESID;
-  return std::string_view(identifier, kOverflowIdentifier.size()) == kOverflowIdentifier;
+/** In files of version 02.00. */
+constexpr std::string_view kOldOverflowIdentifiers[] = {"Registered Extensions    ", "Controlled Extensions    "};
+
+bool IsOverflow(const void *record, bool nitf20) {
+  const std::string_view identifier(static_cast<const DataExtensionSubheader *>(record)->DESID,
+                                    kOverflowIdentifier.size());
+  if (identifier == kOverflowIdentifier) return true;
+  return nitf20 && std::find(std::begin(kOldOverflowIdentifiers), std::end(kOldOverflowIdentifiers), identifier) !=
+                       std::end(kOldOverflowIdentifiers);
 }
 
 using Record = DataExtensionSubheader;

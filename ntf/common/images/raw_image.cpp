@@ -36,8 +36,11 @@ Status RawImage::MakeReader() {
 }
 
 Status RawImage::Open() {
-  const Status status = MakeReader();
-  return status == SUCCESS ? reader->Open() : status;
+  Status status = MakeReader();
+  if (status == SUCCESS) status = reader->Open();
+  if (status != SUCCESS) return status;
+  const SampleShape &shape = reader->Shape();
+  return shape.rows == 0 || shape.columns == 0 || shape.bands == 0 ? ERROR_FILE_FORMAT : SUCCESS;
 }
 
 Status RawImage::Read(const PixelWindow &window, std::span<const std::uint32_t> bands, const SampleTarget &target,
