@@ -40,6 +40,10 @@ const ImageKind &ImageKindOf(std::uint32_t compression) {
   return kKinds[std::min<std::uint32_t>(compression, kUnknownCompression)];
 }
 
+bool HasSamples(const ImageKind &kind) {
+  return kind.layout != ImageLayout::None && kind.compression != kC6 && kind.compression != kM6;
+}
+
 const ImageKind *FindImageKind(std::string_view text) {
   const ImageKind *const end = std::end(kKinds) - 1;
   const ImageKind *const kind =

@@ -54,6 +54,12 @@ struct ImageKind {
 /** The row of a stored IC; that of an unknown one for any other number. */
 const ImageKind &ImageKindOf(std::uint32_t compression);
 
+/**
+ * Whether samples of an IC can be read. C6 and M6 are reserved: the strict interfaces look for JPEG streams in their
+ * data, which the format doesn't say are there.
+ */
+bool HasSamples(const ImageKind &kind);
+
 /** The row of a text of two characters, or null. */
 const ImageKind *FindImageKind(std::string_view text);
 

@@ -69,11 +69,10 @@ std::string WordsOf(WideFile &file, SegmentKind kind, std::uint32_t index, Statu
   const bool isImage = kind == SegmentKind::Image && file.Spans().Of(kind)[index].hasSubheader;
   if (isImage && status == ERROR_NOT_SUPPORTED) {
     const ImageSubheader &image = *FindImage(file.Get(), index);
-    const std::string kindOfData = KindOf(image).layout == ImageLayout::None
-                                       ? "IC '" + Printable({image.IC, 2}) + "'"
-                                       : "IC '" + Printable({image.IC, 2}) + "' with PVTYPE '" +
-                                             Printable({image.PVTYPE, 3}) + "' and NBPP '" +
-                                             Printable({image.NBPP, 2}) + "'";
+    const std::string kindOfData = !HasSamples(KindOf(image)) ? "IC '" + Printable({image.IC, 2}) + "'"
+                                                              : "IC '" + Printable({image.IC, 2}) + "' with PVTYPE '" +
+                                                                    Printable({image.PVTYPE, 3}) + "' and NBPP '" +
+                                                                    Printable({image.NBPP, 2}) + "'";
     return words + kindOfData + " is not supported";
   }
   return words + MeaningOf(status.Code());

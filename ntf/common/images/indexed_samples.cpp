@@ -53,6 +53,7 @@ class BilevelSamples final : public SampleReader {
     if (!stream.Allocate(bytes)) return ERROR_NO_MEMORY;
     Status status = data.Read(0, stream.Get(), bytes);
     if (status == SUCCESS) {
+      KsBitmapFree(bitmap.Get());  // what a call that failed has left
       status = KsBitmapCreate(bitmap.Get(), sizeof(KsBitmap), KS_BITMAP_OWN, image.columns, image.rows, 1,
                               KS_ORDER_PALETTE, nullptr, 1, nullptr, 0);
     }

@@ -12,6 +12,7 @@
 namespace ksntfx {
 
 Status RawImage::MakeReader() {
+  if (!HasSamples(KindOf(*data.image))) return ERROR_NOT_SUPPORTED;
   switch (KindOf(*data.image).layout) {
     case ImageLayout::None:
       return ERROR_NOT_SUPPORTED;
