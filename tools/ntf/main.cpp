@@ -2,6 +2,7 @@
 #include "check.h"
 #include "copy.h"
 #include "create.h"
+#include "export.h"
 #include "extract.h"
 #include "info.h"
 #include "ksntfx.h"
@@ -34,6 +35,7 @@ struct Request {
   ntf::RenderOptions render;
   ntf::TextOptions text;
   ntf::ExtractOptions extract;
+  ntf::ExportOptions exported;
   ntf::CopyOptions copy;
   ntf::CheckOptions check;
   ntf::CreateOptions create;
@@ -144,6 +146,30 @@ void DefineExtract(CLI::App &app, ntf::ExtractOptions &options) {
   choose("--graphic", options.graphics, "graphic");
   choose("--text", options.texts, "text");
   choose("--data-extension", options.dataExtensions, "data extension");
+}
+
+void DefineExport(CLI::App &app, ntf::ExportOptions &options) {
+  const auto checkOutput = [](const std::string &name) {
+    return ntf::IsTiffName(name) ? std::string() : name + ": the name must end in .tif or .tiff";
+  };
+  CLI::App *command = AddCommand(
+      app, "export", "Write the samples of an image as TIFF",
+      {"export scene.ntf -o scene.tif", "export scene.ntf -o part.tif --image 1 --bands 3,2,1 --compress deflate"});
+  command->add_option("FILE", options.file, "NITF file")->required()->type_name("");
+  command->add_option("-o,--output", options.output, "File to write, .tif or .tiff")
+      ->required()
+      ->type_name("OUT")
+      ->check(CLI::Validator(checkOutput, ""));
+  DefineForce(*command, options.force);
+  command->add_option("--image", options.image, "This image, counted from 0")->type_name("N")->capture_default_str();
+  command->add_option("--bands", options.bands, "Only these bands, counted from 0, in this order, such as 3,2,1")
+      ->delimiter(',')
+      ->allow_extra_args(false)
+      ->type_name("LIST");
+  command->add_option("--compress", options.compression, "Compression: none or deflate")
+      ->type_name("METHOD")
+      ->check(CLI::IsMember({"none", "deflate"}).description(""))
+      ->capture_default_str();
 }
 
 void DefineCopy(CLI::App &app, ntf::CopyOptions &options) {
@@ -369,6 +395,7 @@ std::optional<std::string> UnknownCommand(const CLI::App &app, const std::vector
 ntf::Outcome RunFileCommand(const CLI::App &app, const Request &request) {
   if (app.got_subcommand("text")) return ntf::PrintTexts(request.text);
   if (app.got_subcommand("extract")) return ntf::Extract(request.extract);
+  if (app.got_subcommand("export")) return ntf::Export(request.exported);
   if (app.got_subcommand("copy")) return ntf::Copy(request.copy);
   if (app.got_subcommand("create")) return ntf::Create(request.create);
   if (app.got_subcommand("append")) return ntf::Create(request.append);
@@ -397,6 +424,7 @@ int RunCommandLine(int argc, char **argv) {
   DefineRender(app, request.render);
   DefineText(app, request.text);
   DefineExtract(app, request.extract);
+  DefineExport(app, request.exported);
   DefineCopy(app, request.copy);
   DefineCheck(app, request.check);
   DefineCreate(app, request.create);

@@ -21,6 +21,7 @@ _ntf_value() {
     render:--depth) _ntf_words 8 24 ;;
     render:-o | render:--output) _ntf_files png ppm ;;
     extract:-o | extract:--output) _ntf_files ;;
+    export:-o | export:--output) _ntf_files tif tiff ;;
     *:-o | *:--output) _ntf_files ntf nsf ;;
     create:--image | append:--image) _ntf_files png ppm jpg jpeg ;;
     create:--graphic | append:--graphic) _ntf_files cgm ;;
@@ -28,6 +29,8 @@ _ntf_value() {
     *:--security) _ntf_words U R C S T ;;
     *:--image | *:--graphic | *:--text | *:--data-extension | *:--title | *:--origin | *:--background | *:--quality) ;;
     render:--compress) _ntf_words {0..9} ;;
+    export:--compress) _ntf_words none deflate ;;
+    export:--bands) ;;
     *:--box | *:--at | *:--level | *:--attach) ;;
     *) return 1 ;;
   esac
@@ -41,6 +44,7 @@ _ntf() {
     [render]='--output --force --depth --compress --fixed-canvas --tone-check --vector-render --image --padded --graphic'
     [text]=''
     [extract]='--output --force --image --graphic --text --data-extension'
+    [export]='--output --force --image --bands --compress'
     [copy]='--force'
     [check]='--json'
     [create]=$building
