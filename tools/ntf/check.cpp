@@ -5,6 +5,7 @@
 #include "load_fault.h"
 #include "load_headers.h"
 #include "printable.h"
+#include "segment_choice.h"
 #include "standard_output.h"
 
 namespace ntf {
@@ -15,12 +16,22 @@ struct Checked {
   Outcome problem; /* if the file can't be read */
 };
 
-Checked CheckFile(const std::string &name) {
+/** What the reading of the headers has noted, in front of what is inconsistent. */
+void AddNotes(const LoadedFile &file, std::vector<Finding> &findings) {
+  std::vector<Finding> notes;
+  for (const FileNote &note : file.Notes()) {
+    notes.push_back({note.field.empty() ? "segment" : NameIn(note.header, note.field), note.offset, note.words});
+  }
+  findings.insert(findings.begin(), notes.begin(), notes.end());
+}
+
+Checked CheckFile(const std::string &name, Door door) {
   LoadedFile file;
   Checked checked;
-  checked.problem = LoadHeaders(name, file);
+  checked.problem = LoadHeaders(name, file, door);
   if (!checked.problem) {
     checked.findings = FindFaults(file.View());
+    AddNotes(file, checked.findings);
   } else if (auto fault = FindLoadFault(file.View(), checked.problem->status)) {
     checked.findings.push_back(std::move(*fault));
   }
@@ -56,7 +67,7 @@ bool Check(const CheckOptions &options) {
   Outcome unprinted;
   Json all = Json::array();
   for (const std::string &name : options.files) {
-    const Checked checked = CheckFile(name);
+    const Checked checked = CheckFile(name, options.door);
     if (checked.problem) Report(*checked.problem);
     if (checked.problem || !checked.findings.empty()) clean = false;
     if (options.json) {

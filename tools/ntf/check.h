@@ -1,6 +1,8 @@
 // ntf check: inconsistencies in files.
 #pragma once
 
+#include "core.h"
+
 #include <string>
 #include <vector>
 
@@ -9,6 +11,7 @@ namespace ntf {
 struct CheckOptions {
   std::vector<std::string> files;
   bool json = false;
+  Door door = Door::Wide;
 };
 
 /** Reports the inconsistencies of each file, one per line. Returns true if there are none. */

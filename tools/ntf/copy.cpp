@@ -8,7 +8,7 @@ namespace ntf {
 
 Outcome Copy(const CopyOptions &options) {
   LoadedFile loaded;
-  if (Outcome failed = LoadHeaders(options.input, loaded)) return failed;
+  if (Outcome failed = LoadHeaders(options.input, loaded, options.door)) return failed;
   if (Outcome taken = CheckOutput(options.output, options.force)) return taken;
   const FileView file = loaded.View();
   WarnOfLength(options.input, file);

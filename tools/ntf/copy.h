@@ -1,6 +1,7 @@
 // ntf copy: a copy of a file, byte for byte.
 #pragma once
 
+#include "core.h"
 #include "problem.h"
 
 #include <string>
@@ -10,6 +11,7 @@ namespace ntf {
 struct CopyOptions {
   std::string input;
   std::string output;
+  Door door = Door::Wide;
   bool force = false; /* overwrites a file */
 };
 

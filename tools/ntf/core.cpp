@@ -5,7 +5,9 @@
 #include "headers/imsubhdr.h"
 #include "headers/mask_table.h"
 #include "headers/nitffile.h"
+#include "headers/note_words.h"
 #include "headers/segment_data.h"
+#include "headers/wide_file.h"
 #include "images/block_grid.h"
 #include "images/handlimg.h"
 #include "internal/status.h"
@@ -355,21 +357,37 @@ std::int32_t FileRewrite::Compare(const char16_t *name) const {
 // ---- loading ------------------------------------------------------------------------------------------------------
 
 struct LoadedFile::Held {
-  LocalNitfFile file;
+  LocalNitfFile strict;
+  WideFile wide;
+  bool isWide = false;
+
+  NitfFile *File() { return isWide ? wide.Get() : strict.Get(); }
 };
 
 LoadedFile::LoadedFile() : held(std::make_unique<Held>()) {
-  held->file->longPlaces = 1;
+  held->strict->longPlaces = 1;
 }
 LoadedFile::~LoadedFile() = default;
 
-std::int32_t LoadedFile::Load(const char16_t *name) {
-  const Status status = ksntfx::Load(held->file.Get(), name);
+std::int32_t LoadedFile::Load(const char16_t *name, Door door) {
+  held->isWide = door == Door::Wide;
+  const Status status =
+      held->isWide ? held->wide.Open(KsOpen(name, KS_OPEN_READ, KS_MODE_READ)) : ksntfx::Load(held->strict.Get(), name);
   return status.Code();
 }
 
 FileView LoadedFile::View() const {
-  return FileView(held->file.Get());
+  return FileView(held->File());
+}
+
+std::vector<FileNote> LoadedFile::Notes() const {
+  std::vector<FileNote> notes;
+  for (const ksntfx::FileNote &found : held->wide.Notes()) {
+    HeaderChoice header;
+    if (found.kind) header = {static_cast<SegmentKind>(*found.kind), found.index};
+    notes.push_back({header, found.note.field, found.note.offset, WordsOf(found)});
+  }
+  return notes;
 }
 
 }  // namespace ntf

@@ -196,6 +196,20 @@ class FileRewrite {
   std::unique_ptr<Held> held;
 };
 
+/** Which files are accepted. */
+enum class Door {
+  Wide,  /* files of every version; what isn't valid in them is noted */
+  Strict /* files that the interfaces of ksntfx.h accept */
+};
+
+/** Something that isn't valid in a file, or missing. */
+struct FileNote {
+  HeaderChoice header;
+  std::string field; /* the standard's name; empty for a whole segment */
+  std::uint64_t offset = 0;
+  std::string words; /* the whole note, with segment, field and value */
+};
+
 /** A file that is opened for its headers alone. */
 class LoadedFile {
  public:
@@ -205,8 +219,10 @@ class LoadedFile {
   LoadedFile &operator=(const LoadedFile &) = delete;
 
   /** Reads all headers; called once. A status: after a failure the view holds what was read up to it. */
-  std::int32_t Load(const char16_t *name);
+  std::int32_t Load(const char16_t *name, Door door);
   FileView View() const;
+  /** After a load through the wide door. */
+  std::vector<FileNote> Notes() const;
 
  private:
   struct Held;

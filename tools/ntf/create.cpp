@@ -165,7 +165,7 @@ Outcome CreateNew(const CreateOptions &options) {
   const auto write = [&](const std::string &place) { return K_NITFSaveFileA(file.Get(), place.c_str()); };
   return SaveChecked(options.output, options.output, write, [&](const std::string &place) -> Outcome {
     LoadedFile saved;
-    return LoadHeaders(place, saved);
+    return LoadHeaders(place, saved, Door::Wide);
   });
 }
 
@@ -180,7 +180,7 @@ Problem AppendProblem(const std::string &fileName, std::int32_t status, const st
 Outcome AppendToFile(const CreateOptions &options) {
   const std::string &input = *options.input;
   LoadedFile loaded;
-  if (Outcome failed = LoadHeaders(input, loaded)) return failed;
+  if (Outcome failed = LoadHeaders(input, loaded, Door::Wide)) return failed;
   if (Outcome taken = CheckOutput(options.output, options.force)) return taken;
   const FileView file = loaded.View();
   FileRewrite rewrite(file);

@@ -202,7 +202,7 @@ Outcome WriteFile(const Folder &folder, const std::string &name, Fill fill) {
 
 Outcome Extract(const ExtractOptions &options) {
   LoadedFile loaded;
-  if (Outcome failed = LoadHeaders(options.file, loaded)) return failed;
+  if (Outcome failed = LoadHeaders(options.file, loaded, options.door)) return failed;
   const FileView file = loaded.View();
   std::vector<Body> bodies;
   if (Outcome missing = ChooseBodies(options, file, bodies)) return missing;

@@ -1,6 +1,7 @@
 // ntf extract: the data of segments as files.
 #pragma once
 
+#include "core.h"
 #include "problem.h"
 
 #include <cstdint>
@@ -13,6 +14,7 @@ struct ExtractOptions {
   std::string file;
   std::string folder; /* created if it doesn't exist */
   bool force = false; /* overwrites files */
+  Door door = Door::Wide;
   // The chosen segments, from 0; all segments if none is chosen.
   std::vector<std::uint32_t> images;
   std::vector<std::uint32_t> graphics;

@@ -1,5 +1,6 @@
 #include "info.h"
 
+#include "file_reader.h"
 #include "info_json.h"
 #include "info_text.h"
 #include "input_file.h"
@@ -8,15 +9,14 @@
 #include "load_headers.h"
 #include "printable.h"
 #include "problem.h"
+#include "segment_choice.h"
 #include "standard_output.h"
 
 namespace ntf {
 namespace {
 
-/** Adds the size of the picture: null if there is nothing to draw, or, with the status, if it can't be determined. */
-void AddCanvas(const std::string &fileName, Json &description) {
-  Json &canvas = description["canvas"];
-  if (!IsDrawn(description)) return;
+/** The size of the picture through the filter, with a status. */
+std::int32_t MeasureStrictly(const std::string &fileName, std::uint64_t *rows, std::uint64_t *columns) {
   const WideName name = Widen(fileName);
   KsFileInfo answer = {};
   KsLoadOptions loadOptions = {};
@@ -26,10 +26,40 @@ void AddCanvas(const std::string &fileName, Json &description) {
   request.fileInfo = &answer;
   request.loadOptions = &loadOptions;
   const std::int32_t status = fltInfo(&request);
+  *rows = answer.height;
+  *columns = answer.width;
+  return status;
+}
+
+std::int32_t Measure(const std::string &fileName, std::uint64_t *rows, std::uint64_t *columns) {
+  FileReader reader;
+  if (const Outcome failed = reader.Open(fileName)) return failed->status;
+  NitfReaderSetOptions(reader.Get(), NITF_READER_KEEP_GOING);
+  return NitfReaderGetCanvas(reader.Get(), rows, columns);
+}
+
+/** Adds the size of the picture: null if there is nothing to draw, or, with the status, if it can't be determined. */
+void AddCanvas(const std::string &fileName, Door door, Json &description) {
+  Json &canvas = description["canvas"];
+  if (!IsDrawn(description)) return;
+  std::uint64_t rows = 0;
+  std::uint64_t columns = 0;
+  const std::int32_t status =
+      door == Door::Wide ? Measure(fileName, &rows, &columns) : MeasureStrictly(fileName, &rows, &columns);
   if (status == SUCCESS) {
-    canvas = {{"width", std::uint32_t{answer.width}}, {"height", std::uint32_t{answer.height}}};
+    canvas = {{"width", columns}, {"height", rows}};
   } else {
     description["canvasStatus"] = status;
+  }
+}
+
+/** What the reading of the headers has noted. */
+void AddNotes(const LoadedFile &file, Json &description) {
+  const std::vector<FileNote> notes = file.Notes();
+  if (notes.empty()) return;
+  Json &list = description["notes"] = Json::array();
+  for (const FileNote &note : notes) {
+    list.push_back({{"field", NameIn(note.header, note.field)}, {"offset", note.offset}, {"note", note.words}});
   }
 }
 
@@ -44,15 +74,16 @@ Json DescribeProblem(const Problem &problem, const FileView &file) {
   return description;
 }
 
-Outcome Describe(const std::string &fileName, Json &description) {
+Outcome Describe(const std::string &fileName, Door door, Json &description) {
   LoadedFile file;
   description["name"] = fileName;
-  if (Outcome failed = LoadHeaders(fileName, file)) {
+  if (Outcome failed = LoadHeaders(fileName, file, door)) {
     description.update(DescribeProblem(*failed, file.View()));
     return failed;
   }
   description.update(DescribeHeaders(file.View()));
-  AddCanvas(fileName, description);
+  AddCanvas(fileName, door, description);
+  AddNotes(file, description);
   return {};
 }
 
@@ -70,7 +101,7 @@ bool Info(const InfoOptions &options) {
   Json all = Json::array();
   for (const std::string &fileName : options.files) {
     Json description;
-    const Outcome failed = Describe(fileName, description);
+    const Outcome failed = Describe(fileName, options.door, description);
     if (failed) {
       Report(*failed);
       allRead = false;

@@ -1,6 +1,8 @@
 // ntf info: a summary of files, or their headers as JSON.
 #pragma once
 
+#include "core.h"
+
 #include <string>
 #include <vector>
 
@@ -9,6 +11,7 @@ namespace ntf {
 struct InfoOptions {
   std::vector<std::string> files;
   bool json = false;
+  Door door = Door::Wide;
 };
 
 /** Prints all files that can be read, and reports errors for the others. Returns true if there were none. */

@@ -128,6 +128,7 @@ std::string Summarize(const std::string &fileName, const Json &description) {
       AddLine(text, kind.name + (" " + Plain(segment, "index")), kind.line(segment));
     }
   }
+  for (const Json &note : description.value("notes", Json::array())) AddLine(text, "note", Plain(note, "note"));
   return text;
 }
 

@@ -5,10 +5,10 @@
 
 namespace ntf {
 
-Outcome LoadHeaders(const std::string &fileName, LoadedFile &file) {
+Outcome LoadHeaders(const std::string &fileName, LoadedFile &file, Door door) {
   if (Outcome unreadable = CheckInput(fileName)) return unreadable;
   const WideName name = Widen(fileName);
-  const std::int32_t status = file.Load(name.get());
+  const std::int32_t status = file.Load(name.get(), door);
   return status == SUCCESS ? Outcome() : LoadProblem(fileName, file.View(), status);
 }
 

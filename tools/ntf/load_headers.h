@@ -9,6 +9,6 @@
 namespace ntf {
 
 /** Reads all headers of a file into `file`, which is empty. */
-Outcome LoadHeaders(const std::string &fileName, LoadedFile &file);
+Outcome LoadHeaders(const std::string &fileName, LoadedFile &file, Door door);
 
 }  // namespace ntf

@@ -11,6 +11,7 @@
 #include "render.h"
 #include "set.h"
 #include "text.h"
+#include "wide_render.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -69,15 +70,24 @@ void DefineForce(CLI::App &command, bool &force) {
   command.add_flag("--force", force, "Overwrite existing files");
 }
 
+void DefineStrict(CLI::App &command, ntf::Door &door) {
+  const auto set = [&door](std::int64_t count) { door = count > 0 ? ntf::Door::Strict : ntf::Door::Wide; };
+  command.add_flag_function("--strict", set, "Accept only what the library's filter accepts: NITF 02.10, level 03");
+}
+
 void DefineInfo(CLI::App &app, ntf::InfoOptions &options) {
   CLI::App *info = AddCommand(app, "info", "Summarise files", {"info scene.ntf", "info --json *.ntf"});
   info->add_option("FILE", options.files, "NITF files")->required()->type_name("");
   info->add_flag("--json", options.json, "Print all header fields as JSON: an object, or an array for several files");
+  DefineStrict(*info, options.door);
 }
 
 void DefineLoadFlag(CLI::App &render, ntf::RenderOptions &options, CLI::Option *image, const std::string &name,
                     std::uint32_t flag, const std::string &description) {
-  const auto set = [&options, flag](std::int64_t) { options.loadFlags |= flag; };
+  const auto set = [&options, flag](std::int64_t) {
+    options.loadFlags |= flag;
+    options.door = ntf::Door::Strict;
+  };
   render.add_flag_function(name, set, description)->excludes(image);
 }
 
@@ -93,13 +103,42 @@ void DefineRender(CLI::App &app, ntf::RenderOptions &options) {
       ->type_name("OUT")
       ->check(CLI::Validator(checkOutput, ""));
   DefineForce(*render, options.force);
-  CLI::Option *image =
-      render->add_option("--image", options.image, "Only this image, counted from 0, at its own depth")->type_name("N");
+  CLI::Option *image = render->add_option("--image", options.image, "Only this image, counted from 0")->type_name("N");
   CLI::Option *graphic =
       render->add_option("--graphic", options.graphic, "Only this graphic, counted from 0, on white")->type_name("N");
   graphic->excludes(image);
-  render->add_flag("--padded", options.padded, "With --image: include the pad pixels of the last blocks")->needs(image);
-  render->add_option("--depth", options.depth, "Bits per pixel of the canvas: 8 (gray) or 24")
+  const auto stretch = [&options](const std::string &value) {
+    if (ntf::ParseStretch(value, options.show)) return;
+    throw CLI::ValidationError("--stretch", "'" + value + "' is not none, minmax or percent:LOW,HIGH");
+  };
+  render
+      ->add_option_function<std::string>("--stretch", stretch,
+                                         "Spread samples over the 8 bits of a screen: percent:LOW,HIGH, minmax or "
+                                         "none; by default percent:2,98 for samples of more than 8 bits")
+      ->type_name("HOW")
+      ->excludes(graphic);
+  const auto bands = [&options](const std::string &value) {
+    if (!ntf::ParseBands(value, options.show)) {
+      throw CLI::ValidationError("--bands", "'" + value + "' is not three numbers of bands, R,G,B");
+    }
+  };
+  render->add_option_function<std::string>("--bands", bands, "Bands to show as red, green and blue, counted from 0")
+      ->type_name("R,G,B")
+      ->excludes(graphic);
+  render->add_flag("--keep-going", options.keepsGoing, "Leave out what can't be drawn, and list it");
+  DefineStrict(*render, options.door);
+  const auto asStrict = [&options](std::int64_t) { options.door = ntf::Door::Strict; };
+  render
+      ->add_flag_function(
+          "--padded",
+          [&options, asStrict](std::int64_t count) {
+            options.padded = true;
+            asStrict(count);
+          },
+          "With --image: include the pad pixels of the last blocks; implies --strict")
+      ->needs(image);
+  render->add_option("--depth", options.depth, "Bits per pixel of the canvas: 8 (gray) or 24; implies --strict")
+      ->each([asStrict](const std::string &) { asStrict(1); })
       ->type_name("BITS")
       ->check(CLI::IsMember({8, 24}).description(""))
       ->capture_default_str()
@@ -115,11 +154,11 @@ void DefineRender(CLI::App &app, ntf::RenderOptions &options) {
     if (isNeedless) throw CLI::ValidationError("--compress", "only PNG is compressed");
   });
   DefineLoadFlag(*render, options, image, "--fixed-canvas", NITF_LOAD_FIXED_CANVAS,
-                 "Use a canvas of 2048 x 2048 pixels");
+                 "Use a canvas of 2048 x 2048 pixels; implies --strict");
   DefineLoadFlag(*render, options, image, "--tone-check", NITF_LOAD_TONE_CHECK,
-                 "Stretch very dark images to the full range");
+                 "Stretch very dark images to the full range; implies --strict");
   DefineLoadFlag(*render, options, image, "--vector-render", NITF_LOAD_VECTOR_RENDER,
-                 "Paint object symbols immediately");
+                 "Paint object symbols immediately; implies --strict");
 }
 
 void DefineText(CLI::App &app, ntf::TextOptions &options) {
@@ -127,6 +166,7 @@ void DefineText(CLI::App &app, ntf::TextOptions &options) {
       AddCommand(app, "text", "Print the texts of a file", {"text scene.ntf", "text scene.ntf 0 > notes.txt"});
   text->add_option("FILE", options.file, "NITF file")->required()->type_name("");
   text->add_option("N", options.text, "Only this text, counted from 0, without a heading")->type_name("");
+  DefineStrict(*text, options.door);
 }
 
 void DefineExtract(CLI::App &app, ntf::ExtractOptions &options) {
@@ -146,6 +186,7 @@ void DefineExtract(CLI::App &app, ntf::ExtractOptions &options) {
   choose("--graphic", options.graphics, "graphic");
   choose("--text", options.texts, "text");
   choose("--data-extension", options.dataExtensions, "data extension");
+  DefineStrict(*extract, options.door);
 }
 
 void DefineExport(CLI::App &app, ntf::ExportOptions &options) {
@@ -178,6 +219,7 @@ void DefineCopy(CLI::App &app, ntf::CopyOptions &options) {
   copy->add_option("IN", options.input, "NITF file")->required()->type_name("");
   copy->add_option("OUT", options.output, "File to write")->required()->type_name("");
   DefineForce(*copy, options.force);
+  DefineStrict(*copy, options.door);
 }
 
 void DefineCheck(CLI::App &app, ntf::CheckOptions &options) {
@@ -185,6 +227,7 @@ void DefineCheck(CLI::App &app, ntf::CheckOptions &options) {
       AddCommand(app, "check", "Report inconsistencies, one per line", {"check scene.ntf", "check --json *.ntf"});
   check->add_option("FILE", options.files, "NITF files")->required()->type_name("");
   check->add_flag("--json", options.json, "Print JSON: an object, or an array for several files");
+  DefineStrict(*check, options.door);
 }
 
 // ---- values -------------------------------------------------------------------------------------------------------

@@ -11,6 +11,7 @@
 #include "saving.h"
 #include "segment_drawing.h"
 #include "segment_image.h"
+#include "wide_render.h"
 
 #include <algorithm>
 #include <memory>
@@ -79,7 +80,7 @@ std::int32_t TakeRow(std::uint64_t, KsBitmap *canvas, void *row, std::uint32_t r
 /** The words of a load that fails with the same status, or else those of the status. */
 Problem CompositionProblem(const std::string &fileName, std::int32_t status) {
   LoadedFile file;
-  const Outcome failed = LoadHeaders(fileName, file);
+  const Outcome failed = LoadHeaders(fileName, file, Door::Strict);
   return failed && failed->status == status ? *failed : StatusProblem(fileName, status);
 }
 
@@ -137,13 +138,14 @@ Outcome WriteSegment(const RenderOptions &options, OutputFile &output) {
 
 Outcome WriteDrawing(const RenderOptions &options, OutputFile &output) {
   KsLocalBitmap picture;
-  if (Outcome failed = DrawSegment(options.file, *options.graphic, picture)) return failed;
+  if (Outcome failed = DrawSegment(options.file, options.door, *options.graphic, picture)) return failed;
   return WriteBitmap(options, *picture.Get(), picture->width, picture->height, output);
 }
 
 Outcome Write(const RenderOptions &options, OutputFile &output) {
-  if (options.image) return WriteSegment(options, output);
-  return options.graphic ? WriteDrawing(options, output) : WriteComposition(options, output);
+  if (options.graphic) return WriteDrawing(options, output);
+  if (options.door == Door::Wide) return RenderWide(options, output);
+  return options.image ? WriteSegment(options, output) : WriteComposition(options, output);
 }
 
 }  // namespace

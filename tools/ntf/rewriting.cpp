@@ -14,7 +14,7 @@ namespace {
 Outcome CheckFields(const std::string &fileName, const std::string &written, const FileView &file,
                     const HeaderChoice &header, const std::vector<FieldValue> &fields) {
   LoadedFile loaded;
-  if (Outcome unreadable = LoadHeaders(written, loaded)) return unreadable;
+  if (Outcome unreadable = LoadHeaders(written, loaded, Door::Wide)) return unreadable;
   const auto differs = std::find_if(fields.begin(), fields.end(), [&](const FieldValue &field) {
     return loaded.View().FieldText(header, field.name) != file.FieldText(header, field.name);
   });

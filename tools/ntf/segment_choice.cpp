@@ -22,13 +22,16 @@ std::string NameIn(const HeaderChoice &header, const std::string &field) {
   return header.kind ? KindWord(*header.kind) + (" " + std::to_string(header.index)) + " " + field : field;
 }
 
+Problem MissingSegment(const std::string &fileName, SegmentKind kind, std::uint32_t index, std::uint32_t count) {
+  const std::string word = KindWord(kind);
+  const std::string held = count == 0 ? "no " + word : std::to_string(count) + " " + word + (count == 1 ? "" : "s");
+  return {fileName, "there is no " + word + " " + std::to_string(index) + ": the file has " + held, NITF_OUT_OF_RANGE,
+          true};
+}
+
 Outcome CheckSegment(const std::string &fileName, const FileView &file, SegmentKind kind, std::uint32_t index) {
   if (file.Has(kind, index)) return {};
-  const std::string word = KindWord(kind);
-  const std::uint32_t count = file.Count(kind);
-  const std::string held = count == 0 ? "no " + word : std::to_string(count) + " " + word + (count == 1 ? "" : "s");
-  return Problem{fileName, "there is no " + word + " " + std::to_string(index) + ": the file has " + held,
-                 NITF_OUT_OF_RANGE, true};
+  return MissingSegment(fileName, kind, index, file.Count(kind));
 }
 
 }  // namespace ntf

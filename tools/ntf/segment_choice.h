@@ -14,6 +14,9 @@ const char *KindWord(SegmentKind kind);
 /** The name of a header's field: "image 0 IDLVL"; that of the file header alone. */
 std::string NameIn(const HeaderChoice &header, const std::string &field);
 
+/** The problem of a segment that a file with `count` segments of its kind doesn't have. */
+Problem MissingSegment(const std::string &fileName, SegmentKind kind, std::uint32_t index, std::uint32_t count);
+
 /** Fails if a file has no segment `index` of a kind, counted from 0. */
 Outcome CheckSegment(const std::string &fileName, const FileView &file, SegmentKind kind, std::uint32_t index);
 

@@ -5,11 +5,11 @@
 
 namespace ntf {
 
-Outcome DrawSegment(const std::string &fileName, std::uint32_t index, KsLocalBitmap &picture) {
+Outcome DrawSegment(const std::string &fileName, Door door, std::uint32_t index, KsLocalBitmap &picture) {
   constexpr std::int64_t kMargin = 8;  // for the width of lines
   constexpr std::uint32_t kWhite = 0xFFFFFF;
   LoadedFile loaded;
-  if (Outcome failed = LoadHeaders(fileName, loaded)) return failed;
+  if (Outcome failed = LoadHeaders(fileName, loaded, door)) return failed;
   const FileView file = loaded.View();
   if (Outcome missing = CheckSegment(fileName, file, SegmentKind::Graphic, index)) return missing;
   KsRect place;

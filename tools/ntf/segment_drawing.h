@@ -1,6 +1,7 @@
 // One graphic segment of a file, drawn.
 #pragma once
 
+#include "core.h"
 #include "internal/ksclasses_.h"
 #include "problem.h"
 
@@ -10,6 +11,6 @@
 namespace ntf {
 
 /** Draws graphic `index`, counted from 0, of a file on a white 24-bit picture of its size. */
-Outcome DrawSegment(const std::string &fileName, std::uint32_t index, KsLocalBitmap &picture);
+Outcome DrawSegment(const std::string &fileName, Door door, std::uint32_t index, KsLocalBitmap &picture);
 
 }  // namespace ntf

@@ -7,7 +7,7 @@ namespace ntf {
 
 Outcome DecodeSegment(const std::string &fileName, std::uint32_t index, SegmentImage &image) {
   LoadedFile loaded;
-  if (Outcome failed = LoadHeaders(fileName, loaded)) return failed;
+  if (Outcome failed = LoadHeaders(fileName, loaded, Door::Strict)) return failed;
   const FileView file = loaded.View();
   if (Outcome missing = CheckSegment(fileName, file, SegmentKind::Image, index)) return missing;
   const std::int32_t status = file.DecodeImage(index, image.bitmap.Get());

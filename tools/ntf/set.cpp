@@ -19,7 +19,7 @@ HeaderChoice ChoiceOf(const SetOptions &options) {
 
 Outcome Set(const SetOptions &options) {
   LoadedFile loaded;
-  if (Outcome failed = LoadHeaders(options.input, loaded)) return failed;
+  if (Outcome failed = LoadHeaders(options.input, loaded, Door::Wide)) return failed;
   const FileView file = loaded.View();
   const HeaderChoice choice = ChoiceOf(options);
   if (choice.kind) {

@@ -38,7 +38,7 @@ Outcome PrintText(const std::string &fileName, const FileView &file, std::uint32
 
 Outcome PrintTexts(const TextOptions &options) {
   LoadedFile loaded;
-  if (Outcome failed = LoadHeaders(options.file, loaded)) return failed;
+  if (Outcome failed = LoadHeaders(options.file, loaded, options.door)) return failed;
   const FileView file = loaded.View();
   MakeStandardOutputBinary();
   if (options.text) {

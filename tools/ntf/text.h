@@ -1,6 +1,7 @@
 // ntf text: the texts of a file.
 #pragma once
 
+#include "core.h"
 #include "problem.h"
 
 #include <cstdint>
@@ -12,6 +13,7 @@ namespace ntf {
 struct TextOptions {
   std::string file;
   std::optional<std::uint32_t> text; /* only this text, from 0, without a heading */
+  Door door = Door::Wide;
 };
 
 /** Prints texts unchanged. A text with control characters is not sent to a terminal. */

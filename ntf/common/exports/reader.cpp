@@ -8,6 +8,7 @@
 #include "table/fields.h"
 
 #include <algorithm>
+#include <cstring>
 #include <map>
 #include <memory>
 #include <new>
@@ -23,6 +24,9 @@ struct NitfReader {
   std::vector<FileNote> undrawn; /**< segments that were left out of pictures */
   std::string noteText;
   std::map<std::uint32_t, std::unique_ptr<RawImage>> images; /**< that are open */
+  std::unique_ptr<WideShown> shown; /**< the image that was shown last, with its range measured */
+  RawImage *shownImage = nullptr;
+  NitfShowOptions shownOptions{};
 
   /** Keeps the words for an error; the status as a number. */
   std::int32_t Fail(Status status, std::string words) {
@@ -125,6 +129,19 @@ ShowChoice ChoiceOf(const NitfShowOptions *options) {
   return choice;
 }
 
+/** Prepares to show an image; one that is shown window by window is measured once. */
+Status ShowWith(NitfReader *reader, RawImage *image, const NitfShowOptions *options) {
+  const NitfShowOptions chosen = options == nullptr ? NitfShowOptions{} : *options;
+  const bool isSame = reader->shown != nullptr && reader->shownImage == image &&
+                      std::memcmp(&chosen, &reader->shownOptions, sizeof chosen) == 0;
+  if (isSame) return SUCCESS;
+  reader->shown = std::make_unique<WideShown>(*image, ChoiceOf(options));
+  const Status status = reader->shown->Open();
+  reader->shownImage = status == SUCCESS ? image : nullptr;
+  reader->shownOptions = chosen;
+  return status;
+}
+
 template <std::size_t size>
 void CopyText(char (&to)[size], std::string_view text) {
   const std::size_t bytes = std::min(text.size(), size - 1);
@@ -215,6 +232,8 @@ const char *NitfReaderProblem(const NitfReader *reader) {
 void NitfReaderSetOptions(NitfReader *reader, std::uint32_t options) {
   if (reader == nullptr) return;
   reader->keepsGoing = (options & NITF_READER_KEEP_GOING) != 0;
+  reader->shown.reset();
+  reader->shownImage = nullptr;
   reader->images.clear();
 }
 
@@ -395,8 +414,9 @@ std::int32_t NitfReaderShowImage(NitfReader *reader, std::uint32_t image, const 
     if (opened == nullptr) return status;
     PixelWindow found{};
     if (!FindWindow(*opened, window, &found)) return reader->Fail(ERROR_INVALID_VALUE, "the window isn't in the image");
-    WideShown shown(*opened, ChoiceOf(options));
-    Status drawn = shown.Open();
+    Status drawn = ShowWith(reader, opened, options);
+    if (drawn != SUCCESS) return reader->FailSegment(SegmentKind::Image, image, drawn);
+    WideShown &shown = *reader->shown;
     const std::uint64_t step = shown.RowsOfStrip();
     for (std::uint64_t row = 0; row < found.rows && drawn == SUCCESS;) {
       const std::uint64_t first = found.firstRow + row;
