@@ -1,5 +1,6 @@
 #include "export.h"
 
+#include "file_reader.h"
 #include "input_file.h"
 #include "ksntfx_reader.h"
 #include "kstiff.h"
@@ -25,25 +26,15 @@ constexpr std::uint64_t kStripBytes = std::uint64_t{8} << 20;
 constexpr std::uint64_t kHeldBytes = std::uint64_t{16} << 20;
 constexpr std::uint64_t kMostHeldBytes = std::uint64_t{64} << 20;
 
-struct CloseReader {
-  void operator()(NitfReader *reader) const { NitfReaderClose(reader); }
-};
-using Reader = std::unique_ptr<NitfReader, CloseReader>;
-
 struct CloseTiff {
   void operator()(KsTiff *tiff) const { KsTiffClose(tiff); }
 };
 using Tiff = std::unique_ptr<KsTiff, CloseTiff>;
 
-Problem ReaderProblem(const std::string &file, const NitfReader *reader, std::int32_t status) {
-  const std::string_view words = NitfReaderProblem(reader);
-  return words.empty() ? StatusProblem(file, status) : Problem{file, std::string(words), status};
-}
-
 /** The image that is exported, and the bands of it in the order of the output. */
 struct Source {
   std::string name;
-  Reader reader;
+  FileReader reader;
   std::uint32_t image = 0;
   NitfImageShape shape{};
   std::vector<std::uint32_t> bands;
@@ -57,7 +48,7 @@ struct Source {
   NitfBand Band(std::uint32_t band) const {
     NitfBand described = {};
     // A damaged header may lack bands; they have no names.
-    if (NitfReaderGetBand(reader.get(), image, band, &described) != SUCCESS) described = {};
+    if (NitfReaderGetBand(reader.Get(), image, band, &described) != SUCCESS) described = {};
     return described;
   }
 };
@@ -87,14 +78,12 @@ Problem MissingImage(const std::string &file, std::uint32_t image, std::uint32_t
 Outcome OpenSource(const ExportOptions &options, Source &source) {
   source.name = options.file;
   source.image = options.image;
-  NitfReader *opened = nullptr;
-  std::int32_t status = NitfReaderOpen(options.file.c_str(), &opened);
-  source.reader.reset(opened);
-  if (status != SUCCESS) return ReaderProblem(options.file, opened, status);
-  const std::uint32_t images = NitfReaderCount(opened, NITF_SEGMENT_IMAGE);
+  if (Outcome unopened = source.reader.Open(options.file)) return unopened;
+  NitfReader *const reader = source.reader.Get();
+  const std::uint32_t images = NitfReaderCount(reader, NITF_SEGMENT_IMAGE);
   if (source.image >= images) return MissingImage(options.file, source.image, images);
-  status = NitfReaderGetImage(opened, source.image, &source.shape);
-  if (status != SUCCESS) return ReaderProblem(options.file, opened, status);
+  const std::int32_t status = NitfReaderGetImage(reader, source.image, &source.shape);
+  if (status != SUCCESS) return source.reader.Failed(status);
   return ChooseBands(options, source);
 }
 
@@ -126,7 +115,7 @@ bool FindPalette(const Source &source, Palette &palette) {
   std::array<std::uint8_t, kPaletteColors> red{};
   std::array<std::uint8_t, kPaletteColors> green{};
   std::array<std::uint8_t, kPaletteColors> blue{};
-  if (NitfReaderGetTable(source.reader.get(), source.image, source.bands[0], red.data(), green.data(), blue.data(),
+  if (NitfReaderGetTable(source.reader.Get(), source.image, source.bands[0], red.data(), green.data(), blue.data(),
                          kPaletteColors) != SUCCESS) {
     return false;
   }
@@ -229,7 +218,7 @@ class Carrier {
     for (std::uint64_t row = 0; row < rows;) {
       const std::uint64_t count = std::min(RowsFrom(row), rows - row);
       const std::int32_t status = Read(row, count);
-      if (status != SUCCESS) return ReaderProblem(source.name, source.reader.get(), status);
+      if (status != SUCCESS) return source.reader.Failed(status);
       heldRows += count;
       row += count;
       const std::int32_t written = WriteStrips(row == rows);
@@ -257,7 +246,7 @@ class Carrier {
     target.rowStep = static_cast<std::int64_t>(plan.rowBytes);
     target.columnStep = plan.isSeparate ? sampleBytes : sampleBytes * bands;
     target.bandStep = plan.isSeparate ? static_cast<std::int64_t>(capacity * plan.rowBytes) : sampleBytes;
-    return NitfReaderReadSamples(source.reader.get(), source.image, &window, source.bands.data() + firstPlane, bands,
+    return NitfReaderReadSamples(source.reader.Get(), source.image, &window, source.bands.data() + firstPlane, bands,
                                  &target);
   }
 
