@@ -75,6 +75,31 @@ void DefineStrict(CLI::App &command, ntf::Door &door) {
   command.add_flag_function("--strict", set, "Accept only what the library's filter accepts: NITF 02.10, level 03");
 }
 
+/** The numbers of a list such as "3,-5"; none if it has another form. */
+std::optional<std::vector<int>> NumbersOf(const std::string &list) {
+  std::vector<int> numbers;
+  for (std::size_t at = 0; at <= list.size();) {
+    const std::size_t comma = std::min(list.find(',', at), list.size());
+    const std::string text = list.substr(at, comma - at);
+    std::size_t used = 0;
+    try {
+      numbers.push_back(std::stoi(text, &used));
+    } catch (const std::logic_error &) {
+      return std::nullopt;
+    }
+    const bool isPlain = text[0] == '-' || (text[0] >= '0' && text[0] <= '9');
+    if (used != text.size() || !isPlain) return std::nullopt;
+    at = comma + 1;
+  }
+  return numbers;
+}
+
+/** The same; none if there is another count of numbers. */
+std::optional<std::vector<int>> NumbersOf(const std::string &list, std::size_t count) {
+  auto numbers = NumbersOf(list);
+  return numbers && numbers->size() == count ? numbers : std::nullopt;
+}
+
 void DefineInfo(CLI::App &app, ntf::InfoOptions &options) {
   CLI::App *info = AddCommand(app, "info", "Summarise files", {"info scene.ntf", "info --json *.ntf"});
   info->add_option("FILE", options.files, "NITF files")->required()->type_name("");
@@ -189,6 +214,12 @@ void DefineExtract(CLI::App &app, ntf::ExtractOptions &options) {
   DefineStrict(*extract, options.door);
 }
 
+std::string CheckBands(const std::string &value) {
+  const auto numbers = NumbersOf(value);
+  const bool areBands = numbers && std::all_of(numbers->begin(), numbers->end(), [](int band) { return band >= 0; });
+  return areBands ? std::string() : "'" + value + "' is not a list of band numbers, such as 3,2,1";
+}
+
 void DefineExport(CLI::App &app, ntf::ExportOptions &options) {
   const auto checkOutput = [](const std::string &name) {
     return ntf::IsTiffName(name) ? std::string() : name + ": the name must end in .tif or .tiff";
@@ -203,10 +234,13 @@ void DefineExport(CLI::App &app, ntf::ExportOptions &options) {
       ->check(CLI::Validator(checkOutput, ""));
   DefineForce(*command, options.force);
   command->add_option("--image", options.image, "This image, counted from 0")->type_name("N")->capture_default_str();
-  command->add_option("--bands", options.bands, "Only these bands, counted from 0, in this order, such as 3,2,1")
-      ->delimiter(',')
-      ->allow_extra_args(false)
-      ->type_name("LIST");
+  const auto choose = [&options](const std::string &list) {
+    const std::vector<int> numbers = *NumbersOf(list);
+    options.bands.assign(numbers.begin(), numbers.end());
+  };
+  command->add_option_function<std::string>("--bands", choose, "Only these bands, counted from 0, in this order")
+      ->type_name("N,...")
+      ->check(CLI::Validator(CheckBands, ""));
   command->add_option("--compress", options.compression, "Compression: none or deflate")
       ->type_name("METHOD")
       ->check(CLI::IsMember({"none", "deflate"}).description(""))
@@ -231,25 +265,6 @@ void DefineCheck(CLI::App &app, ntf::CheckOptions &options) {
 }
 
 // ---- values -------------------------------------------------------------------------------------------------------
-
-/** The numbers of a list such as "3,-5"; none if it has another form, or another count of numbers. */
-std::optional<std::vector<int>> NumbersOf(const std::string &list, std::size_t count) {
-  std::vector<int> numbers;
-  for (std::size_t at = 0; at <= list.size();) {
-    const std::size_t comma = std::min(list.find(',', at), list.size());
-    const std::string text = list.substr(at, comma - at);
-    std::size_t used = 0;
-    try {
-      numbers.push_back(std::stoi(text, &used));
-    } catch (const std::logic_error &) {
-      return std::nullopt;
-    }
-    const bool isPlain = text[0] == '-' || (text[0] >= '0' && text[0] <= '9');
-    if (used != text.size() || !isPlain) return std::nullopt;
-    at = comma + 1;
-  }
-  return numbers.size() == count ? std::optional(numbers) : std::nullopt;
-}
 
 /** A number of a location has five characters, of which a minus sign is one. */
 bool FitsLocation(int number) {
