@@ -88,8 +88,8 @@ class Calls {
   }
 
  private:
-  template <class Record, class Get, class Set, class Free>
-  void ChangeRecord(const InfoTable &table, Get get, Set set, Free release) {
+  template <class Record, class Get, class Set>
+  void ChangeRecord(const InfoTable &table, Get get, Set set, std::int32_t (*release)(Record *)) {
     Record got{};
     if (get(&got) != SUCCESS) return;
     Record changed = got;
@@ -99,32 +99,25 @@ class Calls {
     Require(release(&got) == SUCCESS, "a record can be released");
   }
 
+  template <class Record>
+  void SetSegment(const InfoTable &table, std::int32_t (*get)(NitfHandle, std::uint32_t, Record *),
+                  std::int32_t (*set)(NitfHandle, std::uint32_t, const Record *), std::int32_t (*release)(Record *)) {
+    const std::uint32_t index = choices.Below(3);
+    ChangeRecord(
+        table, [&](auto *record) { return get(handle, index, record); },
+        [&](auto *record) { return set(handle, index, record); }, release);
+  }
+
   void SetFileHeader() {
-    ChangeRecord<NitfHeaderInfo>(
+    ChangeRecord(
         kFileHeaderInfo, [this](auto *record) { return K_NITFGetNITFHeader(handle, record); },
         [this](auto *record) { return K_NITFSetNITFHeader(handle, record); }, K_NITFFreeNITFHeader);
   }
-
-  void SetImage() {
-    const std::uint32_t index = choices.Below(3);
-    ChangeRecord<NitfImageHeaderInfo>(
-        kImageInfo, [&](auto *record) { return K_NITFGetImageHeader(handle, index, record); },
-        [&](auto *record) { return K_NITFSetImageHeader(handle, index, record); }, K_NITFFreeImageHeader);
-  }
-
+  void SetImage() { SetSegment(kImageInfo, K_NITFGetImageHeader, K_NITFSetImageHeader, K_NITFFreeImageHeader); }
   void SetGraphic() {
-    const std::uint32_t index = choices.Below(3);
-    ChangeRecord<NitfGraphicHeaderInfo>(
-        kGraphicInfo, [&](auto *record) { return K_NITFGetGraphicHeader(handle, index, record); },
-        [&](auto *record) { return K_NITFSetGraphicHeader(handle, index, record); }, K_NITFFreeGraphicHeader);
+    SetSegment(kGraphicInfo, K_NITFGetGraphicHeader, K_NITFSetGraphicHeader, K_NITFFreeGraphicHeader);
   }
-
-  void SetText() {
-    const std::uint32_t index = choices.Below(3);
-    ChangeRecord<NitfTextHeaderInfo>(
-        kTextInfo, [&](auto *record) { return K_NITFGetTextHeader(handle, index, record); },
-        [&](auto *record) { return K_NITFSetTextHeader(handle, index, record); }, K_NITFFreeTextHeader);
-  }
+  void SetText() { SetSegment(kTextInfo, K_NITFGetTextHeader, K_NITFSetTextHeader, K_NITFFreeTextHeader); }
 
   void AppendImage() {
     static constexpr std::uint32_t kDepths[] = {1, 8, 12, 16, 24, 32};

@@ -25,14 +25,14 @@ int main(int argc, char **argv) {
   KsLoadOptions options;
   KsLoadOptionsInit(&options, sizeof options);
 
-  KsFileInfo told = {0};
+  KsFileInfo size = {0};
   FilterInfoRecord info = {0};
   info.fileName = name;
   info.inputHandle = KS_INVALID_HANDLE;
-  info.fileInfo = &told;
+  info.fileInfo = &size;
   info.loadOptions = &options;
   int32_t status = name == NULL ? ERROR_NO_FILE : fltInfo(&info);
-  if (status == SUCCESS) printf("%u x %u pixels\n", told.width, told.height);
+  if (status == SUCCESS) printf("%u x %u pixels\n", size.width, size.height);
 
   FILE *const out = status == SUCCESS ? fopen(argv[2], "wb") : NULL;
   if (status == SUCCESS && out == NULL) status = ERROR_FILE_WRITE;

@@ -8,7 +8,7 @@ static int32_t PrintText(NitfHandle file, uint32_t index) {
   uint32_t size = 0;
   int32_t status = K_NITFGetTextHeader(file, index, &header);
   if (status == SUCCESS) status = K_NITFGetTextSegment(file, index, NULL, &size);
-  char *const text = malloc((size_t)size + 1); /* a zero stands behind the text */
+  char *const text = malloc((size_t)size + 1); /* a zero byte follows the text */
   if (text == NULL) status = ERROR_NO_MEMORY;
   if (status == SUCCESS) status = K_NITFGetTextSegment(file, index, text, NULL);
   if (status == SUCCESS) printf("text %u, \"%s\":\n%s\n", index, header.TXTITL, text);

@@ -13,6 +13,10 @@ bool IsHighSurrogate(char32_t unit) {
 bool IsLowSurrogate(char32_t unit) {
   return unit >= 0xDC00 && unit <= 0xDFFF;
 }
+/** A byte of a name that is not UTF-8. */
+bool IsEscapedByte(char32_t unit) {
+  return unit >= 0xDC80 && unit <= 0xDCFF;
+}
 bool IsSurrogate(char32_t unit) {
   return unit >= 0xD800 && unit <= 0xDFFF;
 }
@@ -91,6 +95,10 @@ NarrowName NarrowFromWide(const char16_t *name) {
   if (!narrow) return {};
   char *end = narrow.Get();
   while (*name != 0) {
+    if (IsEscapedByte(*name)) {
+      *end++ = static_cast<char>(*name++ & 0xFF);
+      continue;
+    }
     const char32_t character = NextOfWide(name);
     if (character == kNotACharacter) return {};
     end = PutNarrow(end, character);

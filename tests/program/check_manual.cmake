@@ -1,4 +1,4 @@
-# Compares the commands and options that the program tells with its manual and with the completion of the shell.
+# Compares the commands and options in the program's help with its manual and with the completion of the shell.
 #
 #   NTF         the program
 #   MANUAL      its manual, in which each command has a subsection
@@ -15,13 +15,13 @@ function(require_same what left right)
   endforeach()
 endfunction()
 
-# What the program tells: the commands, or the options of one.
+# What the help lists: the commands, or the options of one.
 function(read_help result pattern)
   execute_process(COMMAND "${NTF}" ${ARGN} --help OUTPUT_VARIABLE help COMMAND_ERROR_IS_FATAL ANY)
-  string(REGEX MATCHALL "\n  (-[a-z],)?${pattern}" lines "${help}")
-  list(TRANSFORM lines REPLACE "^\n  (-[a-z],)?" "")
+  string(REGEX MATCHALL "\n  (-[a-z], )?${pattern}" lines "${help}")
+  list(TRANSFORM lines REPLACE "^\n  (-[a-z], )?" "")
   if(NOT lines)
-    message(FATAL_ERROR "the help tells nothing of ${pattern}")
+    message(FATAL_ERROR "the help doesn't list ${pattern}")
   endif()
   set(${result} "${lines}" PARENT_SCOPE)
 endfunction()

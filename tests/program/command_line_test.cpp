@@ -59,11 +59,16 @@ TEST_P(WrongUsage, EndsWithCode2AndWritesNothing) {
 INSTANTIATE_TEST_SUITE_P(Commands, WrongUsage,
                          testing::Values(Line{{}, "no command"}, Line{{"rendr", "a.ntf"}, "did you mean 'render'?"},
                                          Line{{"draw", "a.ntf"}, "no command 'draw'; 'ntf --help'"},
-                                         Line{{"info"}, "FILE"}, Line{{"render", "a.ntf"}, "--output is required"}));
+                                         Line{{"info"}, "FILE"}, Line{{"info", "--foo", "a.ntf"}, "no option '--foo'"},
+                                         Line{{"--foo"}, "no option '--foo'"},
+                                         Line{{"info", "a.ntf", "--json=3"}, "--json has no value"},
+                                         Line{{"text", "a.ntf", "0", "1"}, "unexpected argument '1'"},
+                                         Line{{"render", "a.ntf"}, "--output is required"}));
 INSTANTIATE_TEST_SUITE_P(
     Render, WrongUsage,
     testing::Values(Line{{"render", "a.ntf", "-o", "a.jpg"}, ".png"}, Line{{"render", "a.ntf", "-o", "png"}, ".png"},
-                    Line{Render({"--depth", "16"}), "--depth: 16"}, Line{Render({"--compress", "10"}), "--compress"},
+                    Line{Render({"--depth", "16"}), "--depth: '16' is not 8 or 24"},
+                    Line{Render({"--compress", "10"}), "--compress"},
                     Line{Render({"--compress"}), "--compress requires a value"},
                     Line{{"render", "a.ntf", "-o", "b.ppm", "--compress", "1"}, "--compress"},
                     Line{Render({"--image", "-1"}), "--image: '-1'"}, Line{Render({"--padded"}), "--image"},
@@ -74,20 +79,22 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     Create, WrongUsage,
     testing::Values(Line{Create({"--quality", "10", "--image", "a.pgm"}), "--quality: must follow the --image"},
-                    Line{Placed("--quality", "1"), "--quality"}, Line{Placed("--at", "1"), "--at: '1'"},
-                    Line{Placed("--at", "1,"), "--at"}, Line{Placed("--at", "a,b"), "--at"},
-                    Line{Placed("--at", "1,2,3"), "--at"}, Line{Placed("--at", "1.5,2"), "--at"},
-                    Line{Placed("--at", "-10000,2"), "--at"}, Line{Placed("--level", "0"), "--level"},
-                    Line{Placed("--level", "1000"), "--level"}, Line{Placed("--attach", "999"), "--attach"},
+                    Line{Placed("--quality", "101"), "--quality: '101' is not a number from 1 to 100"},
+                    Line{Placed("--at", "1"), "--at: '1'"}, Line{Placed("--at", "1,"), "--at"},
+                    Line{Placed("--at", "a,b"), "--at"}, Line{Placed("--at", "1,2,3"), "--at"},
+                    Line{Placed("--at", "1.5,2"), "--at"}, Line{Placed("--at", "-10000,2"), "--at"},
+                    Line{Placed("--level", "0"), "--level"}, Line{Placed("--level", "1000"), "--level"},
+                    Line{Placed("--attach", "999"), "--attach"},
                     Line{Placed("--box", "1,2,3,4"), "--box: must follow the --graphic"},
                     Line{Create({"--graphic", "x.cgm", "--box", "1,2,3"}), "--box: '1,2,3'"},
                     Line{Create({"--graphic", "x.cgm", "--box", "9,9,5,5"}), "LEFT < RIGHT"},
                     Line{Create({"--security", "X"}), "--security"}, Line{Create({"--background", "red"}), "RRGGBB"},
                     Line{Create({"--title", std::string(81, 'x')}), "more than 80"},
                     Line{Create({"--origin", "elevenbytes"}), "more than 10"},
-                    Line{Create({"--title", "\xe6\x97\xa5"}), "it is not Latin-1"},
-                    Line{Create({"--image", "a.pgm", "--level", "999", "--image", "a.pgm"}),
-                         "no display level above"}));
+                    Line{Create({"--title", "a\xe6\x97\xa5"}), "has '\xe6\x97\xa5', which header"},
+                    Line{Create({"--title", "a", "--title", "b"}), "--title can be given only once"},
+                    Line{Create({"--image", "a.pgm", "--level", "999", "--image", "a.pgm"}), "no display level above"},
+                    Line{Create({"--image", "a.pgm", "--level", "2", "--attach", "2"}), "its own display level 2"}));
 
 // ---- inputs that would be overwritten, and fields -----------------------------------------------------------------
 
@@ -102,13 +109,19 @@ std::vector<std::string> Set(const std::string &field) {
 
 INSTANTIATE_TEST_SUITE_P(
     Set, WrongUsage,
-    testing::Values(Line{Set("FOO=1"), "the header has no field FOO"}, Line{Set("FL=1"), "FL depends on the data"},
-                    Line{Set("FSCLAS"), "is not FIELD=VALUE"}, Line{Set("FSCLAS=UU"), "FSCLAS can't hold 'UU'"},
-                    Line{Set("FSCLAS=X"), "FSCLAS is 'X', not one of"}, Line{Set("FSCOP=x"), "FSCOP can't hold 'x'"},
-                    Line{Set("FDT=yesterday"), "FDT is not a date"}, Line{Set("FTITLE=a\x07"), "FTITLE has characters"},
-                    Line{{"set", "a.ntf", "-o", "b.ntf", "TXTITL=x", "--text", "1"}, "there is no text 1"}));
+    testing::Values(
+        Line{Set("FOO=1"), "the file header has no field FOO"}, Line{Set("FL=1"), "FL depends on the data"},
+        Line{Set("FSCLAS"), "is not FIELD=VALUE"}, Line{Set("FSCLAS=UU"), "FSCLAS can't hold 'UU': it has more than 1"},
+        Line{Set("FSCLAS=X"), "FSCLAS is 'X', not one of"},
+        Line{Set("FSCOP=x"), "FSCOP can't hold 'x': it is not a number of up to 5"},
+        Line{Set("FDT=yesterday"), "FDT is not a date"},
+        Line{Set("FTITLE=a\x07"), "header fields can't have the byte 0x07"},
+        Line{{"set", "a.ntf", "-o", "b.ntf", "ILOC=a,b", "--image", "0"}, "ILOC can't hold 'a,b': it is not ROW"},
+        Line{{"set", "a.ntf", "-o", "b.ntf", "IDLVL=0", "--image", "0"}, "IDLVL is 0"},
+        Line{{"set", "a.ntf", "-o", "b.ntf", "IALVL=1", "--image", "0"}, "IALVL attaches image 0 to its own"},
+        Line{{"set", "a.ntf", "-o", "b.ntf", "TXTITL=x", "--text", "1"}, "there is no text 1"}));
 
-TEST_F(CommandLine, APictureNeverReplacesItsFile) {
+TEST_F(CommandLine, AnOutputNeverReplacesItsInput) {
   NitfBuilder().Image(SmallImage()).Write(PathOf("a.png"));
   const std::string before = ReadText("a.png");
   std::filesystem::create_symlink("a.png", PathOf("link.ppm"));
@@ -118,6 +131,9 @@ TEST_F(CommandLine, APictureNeverReplacesItsFile) {
     EXPECT_NE(run.errors.find("is an input of the command"), std::string::npos) << run.errors;
     EXPECT_EQ(ReadText("a.png"), before);
   }
+  std::filesystem::rename(PathOf("a.png"), PathOf("manifest.json"));
+  EXPECT_EQ(Run({"extract", "manifest.json", "-o", ".", "--force"}).exitCode, 2);
+  EXPECT_EQ(ReadText("manifest.json"), before);
 }
 
 }  // namespace

@@ -44,7 +44,7 @@ TEST_F(Create, BuildsWhatAllCommandsTake) {
   const ProgramRun run = Run({"create",     "-o",        "a.ntf",     "--title", "Gr\u00fc\u00dfe",
                               "--security", "R",         "--origin",  "HERE",    "--background",
                               "102030",     "--image",   "gray.pgm",  "--image", "color.ppm",
-                              "--at",       "3,5",       "--quality", "2",       "--attach",
+                              "--at",       "3,5",       "--quality", "100",     "--attach",
                               "1",          "--graphic", "box.cgm",   "--text",  "notes.txt"});
   ASSERT_EQ(run.exitCode, 0) << run.errors;
   const ProgramRun check = Run({"check", "a.ntf"});
@@ -98,6 +98,21 @@ TEST_F(Create, AppendsAndChangesAndKeepsTheRest) {
   EXPECT_EQ(file["images"][1]["IID1"], "Terrain");
   EXPECT_EQ(file["images"][1]["IDLVL"], 9);
   EXPECT_EQ(Run({"check", "c.ntf"}).output, "");
+}
+
+TEST_F(Create, QualityIsThatOfTheQuantisation) {
+  // The table of a gray picture, in one byte each: all 1 at the best quality, all 255 at the worst.
+  const auto table = [&](const std::vector<std::string> &quality) {
+    std::vector<std::string> command = {"create", "-o", "a.ntf", "--force", "--image", "gray.pgm"};
+    command.insert(command.end(), quality.begin(), quality.end());
+    EXPECT_EQ(Run(command).exitCode, 0);
+    const std::string file = ReadText("a.ntf");
+    return file.substr(file.find("\xFF\xDB") + 5, 64);
+  };
+  EXPECT_EQ(table({"--quality", "100"}), std::string(64, '\x01'));
+  EXPECT_EQ(table({"--quality", "1"}), std::string(64, '\xff'));
+  EXPECT_EQ(table({}), table({"--quality", "97"}));
+  EXPECT_NE(table({}), table({"--quality", "96"}));
 }
 
 TEST_F(Create, WarnsOfWhatAPictureLoses) {

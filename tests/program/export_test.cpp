@@ -260,7 +260,7 @@ TEST_P(RefusedExport, IsExplainedAndLeavesNothing) {
 
 INSTANTIATE_TEST_SUITE_P(
     Program, RefusedExport,
-    testing::Values(Refusal{{"a.ntf", "-o", "a.png"}, 2, "the name must end in .tif or .tiff"},
+    testing::Values(Refusal{{"a.ntf", "-o", "a.png"}, 2, "'a.png' doesn't end in .tif or .tiff"},
                     Refusal{{"a.ntf", "-o", "b.tif", "--image", "1"}, 2, "no image 1: the file has 1 image"},
                     Refusal{{"a.ntf", "-o", "b.tif", "--bands", "0,1"}, 2, "no band 1"},
                     Refusal{{"a.ntf", "-o", "b.tif", "--bands", "0,"}, 2, "'0,' is not a list of band numbers"},

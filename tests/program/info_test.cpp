@@ -124,6 +124,7 @@ TEST_F(Info, AnyBytesInTextsGiveValidJson) {
 
 TEST_F(Info, CanvasThatCanNotBeMeasuredIsNull) {
   GraphicSpec graphic;
+  graphic.fields = {{"SBND2", "0000000000"}}; /* its objects are its bounds */
   graphic.data = {'n', 'o', ' ', 'd', 'r', 'a', 'w', 'i', 'n', 'g'};
   const Json description = Describe(NitfBuilder().Graphic(graphic));
   EXPECT_TRUE(description["canvas"].is_null());

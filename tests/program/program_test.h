@@ -21,7 +21,7 @@ ImageSpec SmallImage(const FieldTexts &fields = {});
 /** Has an empty folder for the files of a test. */
 class ProgramTest : public testing::Test {
  protected:
-  /** Runs ntf in the folder; `outputFile` takes the standard output where the run is not to collect it. */
+  /** Runs ntf in the folder; `outputFile` receives the standard output if the run is not to collect it. */
   ProgramRun Run(const std::vector<std::string> &arguments, const std::string &outputFile = {}) const;
 
   std::string PathOf(const std::string &name) const { return folder.Path(name); }

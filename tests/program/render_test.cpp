@@ -194,7 +194,7 @@ TEST_P(ImageOfItsOwnDepth, CroppedAndPadded) {
   image.locationRow = image.locationColumn = 7;
   NitfBuilder().Image(other).Image(image).Write(PathOf("a.ntf"));
 
-  ASSERT_EQ(Run({"render", "a.ntf", "--image", "1", "-o", "out.png"}).exitCode, 0);
+  ASSERT_EQ(Run({"render", "--strict", "a.ntf", "--image", "1", "-o", "out.png"}).exitCode, 0);
   ExpectPicture(ReadText("out.png"), image.columns, image.rows);
   ASSERT_EQ(Run({"render", "a.ntf", "--image", "1", "--padded", "-o", "out.png", "--force"}).exitCode, 0);
   ExpectPicture(ReadText("out.png"), image.BlocksPerRow() * image.BlockWidth(),
@@ -300,7 +300,7 @@ TEST_F(Render, WideGraysStayWideInPpm) {
   image.bits = 16;
   image.data = {0x12, 0x34, 0xfe, 0xdc};
   NitfBuilder().Image(image).Write(PathOf("a.ntf"));
-  ASSERT_EQ(Run({"render", "a.ntf", "--image", "0", "-o", "out.ppm"}).exitCode, 0);
+  ASSERT_EQ(Run({"render", "--strict", "a.ntf", "--image", "0", "-o", "out.ppm"}).exitCode, 0);
   EXPECT_EQ(ReadText("out.ppm"), "P6\n2 1\n65535\n\x12\x34\x12\x34\x12\x34\xfe\xdc\xfe\xdc\xfe\xdc");
 }
 

@@ -103,9 +103,20 @@ TEST_F(Segments, CopyReplacesAFileOnlyWithForce) {
   EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"a.ntf", "b.ntf", "c.ntf"}));
 }
 
+TEST_F(Segments, NamesNeedNotBeUtf8) {
+  const std::string name = "n\xff\xc3.ntf";
+  ASSERT_EQ(Run({"copy", "a.ntf", name}).exitCode, 0);
+  EXPECT_EQ(ReadText(name), TextOf(FullFile().Build()));
+  EXPECT_EQ(Json::parse(Run({"info", "--json", name}).output)["name"], "n\uFFFD\uFFFD.ntf");
+  EXPECT_EQ(Run({"text", name, "0"}).output, "some words");
+  ASSERT_EQ(Run({"render", name, "--image", "0", "-o", "p\xff.png"}).exitCode, 0);
+  ASSERT_EQ(Run({"append", name, "-o", "b\xff.ntf", "--text", "p\xff.png"}).exitCode, 0);
+  EXPECT_EQ(Run({"text", "b\xff.ntf", "2"}).output, ReadText("p\xff.png"));
+}
+
 // ---- check --------------------------------------------------------------------------------------------------------
 
-/** A file with one fault, and what is told of it behind the file's name. */
+/** A file with one fault, and the words about it that follow the file's name. */
 struct Faulty {
   const char *name;
   NitfBuilder file;
@@ -114,7 +125,7 @@ struct Faulty {
 
 class FaultyFile : public ProgramTest, public testing::WithParamInterface<Faulty> {};
 
-TEST_P(FaultyFile, IsToldInOneLine) {
+TEST_P(FaultyFile, IsReportedInOneLine) {
   GetParam().file.Write(PathOf("a.ntf"));
   const ProgramRun run = Run({"check", "a.ntf"});
   EXPECT_EQ(run.exitCode, 1);
@@ -152,7 +163,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Faulty{"Date", NitfBuilder().Field("FDT", "20261340000000"),
                            "FDT at byte 25: is not a date: '20261340000000'"},
                     Faulty{"Characters", NitfBuilder().Field("FTITLE", "a\x07"),
-                           "FTITLE at byte 39: has characters that the format doesn't allow"},
+                           "FTITLE at byte 39: has the byte 0x07, which is no character of the format"},
                     Faulty{"Digits", NitfBuilder().Field("FSCOP", "x"), "FSCOP at byte 286: is not a number: 'x    '"},
                     Faulty{"Blocks", NitfBuilder().Image(TwoBlocks()),
                            "image 0 NBPR at byte 795: 2 blocks of 3 pixels, but 3 pixels need 1"},

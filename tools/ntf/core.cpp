@@ -77,13 +77,21 @@ FieldPlace FindRow(std::span<const HeaderRow> rows, char *base, std::string_view
   return {};
 }
 
+/** Digits, with or without a minus sign. */
+bool IsSignedNumber(const std::string &text) {
+  const std::string digits = text.substr(text.starts_with('-') ? 1 : 0);
+  return !digits.empty() && IsAllDigits(digits);
+}
+
 /** Two numbers of five characters, "ROW,COLUMN" or as the field holds them. */
 bool StoreHalves(const FieldPlace &place, const std::string &value) {
   const std::size_t comma = value.find(',');
   const bool split = comma != std::string::npos;
   if (!split && value.size() != 2 * kLocationHalf) return false;
-  const std::int32_t halves[] = {ParseNumber(value.substr(0, split ? comma : kLocationHalf)),
-                                 ParseNumber(value.substr(split ? comma + 1 : kLocationHalf))};
+  const std::string parts[] = {value.substr(0, split ? comma : kLocationHalf),
+                               value.substr(split ? comma + 1 : kLocationHalf)};
+  if (!std::all_of(std::begin(parts), std::end(parts), IsSignedNumber)) return false;
+  const std::int32_t halves[] = {ParseNumber(parts[0]), ParseNumber(parts[1])};
   std::string text;
   for (const std::int32_t half : halves) {
     char digits[16];

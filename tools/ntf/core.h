@@ -138,7 +138,7 @@ class FileView {
   /** The text of a field; empty if the header doesn't have it. */
   std::string FieldText(const HeaderChoice &header, std::string_view name) const;
   HeaderLayout Layout(const HeaderChoice &header) const;
-  /** Stores a value in a field in memory; FBKGC takes its three bytes. */
+  /** Stores a value in a field in memory; FBKGC requires three bytes. */
   FieldChange Store(const HeaderChoice &header, const std::string &name, const std::string &value) const;
 
   // ---- images and graphics

@@ -31,11 +31,20 @@ Outcome Date(const std::string &name, const FileView &file) {
   return ChangeField(name, file, {}, "FDT", text);
 }
 
+/** A quality as the library counts it: from 2, the best, to 255. */
+std::uint32_t LibraryQuality(int quality) {
+  constexpr int kBest = 2;
+  constexpr int kWorst = 255;
+  constexpr int kSteps = kBestQuality - kWorstQuality;
+  return static_cast<std::uint32_t>(kBest + ((kBestQuality - quality) * (kWorst - kBest) + kSteps / 2) / kSteps);
+}
+
 Outcome AppendImage(NitfHandle handle, const Item &item) {
   KsLocalBitmap bitmap;
   if (Outcome unreadable = ReadPicture(item.file, bitmap)) return unreadable;
   const std::uint32_t bits = bitmap->bitsPerPixel == 24 ? 24 : 8;
-  const std::int32_t status = K_NITFAppendImageSegment(handle, bitmap.Get(), KS_FORMAT_JPEG, bits, item.quality);
+  const std::int32_t status =
+      K_NITFAppendImageSegment(handle, bitmap.Get(), KS_FORMAT_JPEG, bits, LibraryQuality(item.quality));
   return OutcomeOf(item.file, status);
 }
 
@@ -70,7 +79,7 @@ Outcome AppendText(NitfHandle handle, const Item &item) {
     return Problem{item.file, "has " + std::to_string(bytes) + " bytes, but a text segment holds at most 99999",
                    ERROR_INVALID_VALUE};
   }
-  const std::int32_t status = K_NITFAppendTextSegmentA(handle, item.file.c_str());
+  const std::int32_t status = K_NITFAppendTextSegment(handle, Widen(item.file).c_str());
   return OutcomeOf(item.file, status);
 }
 
@@ -114,9 +123,12 @@ std::vector<ItemField> FieldsOf(const Item &item, const Stack &stack) {
   if (item.kind == ItemKind::Text) return {{"TXTALVL", lowest}};
   const bool isImage = item.kind == ItemKind::Image;
   const std::string prefix = isImage ? "I" : "S";
+  const std::string level = item.level.value_or(std::to_string(stack.highest + 1));
+  // Nothing is attached to itself.
+  const std::optional<std::string> base = lowest == level ? std::optional<std::string>("0") : lowest;
   return {{prefix + "LOC", item.location},
-          {prefix + "DLVL", item.level.value_or(std::to_string(stack.highest + 1))},
-          {prefix + "ALVL", item.attachment || isImage ? item.attachment : lowest}};
+          {prefix + "DLVL", level},
+          {prefix + "ALVL", item.attachment || isImage ? item.attachment : base}};
 }
 
 SegmentKind KindOf(const Item &item) {
@@ -127,6 +139,16 @@ SegmentKind KindOf(const Item &item) {
 Outcome AppendSegment(NitfHandle handle, const Item &item) {
   if (item.kind == ItemKind::Image) return AppendImage(handle, item);
   return item.kind == ItemKind::Graphic ? AppendGraphic(handle, item) : AppendText(handle, item);
+}
+
+/** The library stores the bounds of a drawing as column and row, where the format has row and column. */
+Outcome TurnBounds(const Item &item, const FileView &file, const HeaderChoice &header) {
+  for (const char *const name : {"SBND1", "SBND2"}) {
+    const std::string bound = file.FieldText(header, name);
+    const std::string turned = bound.substr(kLocationHalf) + bound.substr(0, kLocationHalf);
+    if (Outcome refused = ChangeField(item.file, file, header, name, turned)) return refused;
+  }
+  return {};
 }
 
 /** Adds a segment to the new file `added`, whose levels continue those of `base`. */
@@ -140,8 +162,9 @@ Outcome Append(const LocalHandle &added, const Stack &base, const Item &item) {
   for (const auto &[name, value] : FieldsOf(item, stack)) {
     if (!value) continue;
     if (Outcome refused = ChangeField(item.file, added.View(), header, name, *value)) return refused;
+    if (Outcome refused = CheckAttachment(item.file, added.View(), header, name)) return refused;
   }
-  return {};
+  return kind == SegmentKind::Graphic ? TurnBounds(item, added.View(), header) : Outcome();
 }
 
 Outcome AppendAll(const LocalHandle &added, const Stack &base, const std::vector<Item> &items) {
@@ -162,7 +185,7 @@ Outcome CreateNew(const CreateOptions &options) {
     if (Outcome refused = ChangeField(options.output, file.View(), {}, field.name, field.value)) return refused;
   }
   if (Outcome failed = AppendAll(file, {}, options.items)) return failed;
-  const auto write = [&](const std::string &place) { return K_NITFSaveFileA(file.Get(), place.c_str()); };
+  const auto write = [&](const std::string &place) { return K_NITFSaveFile(file.Get(), Widen(place).c_str()); };
   return SaveChecked(options.output, options.output, write, [&](const std::string &place) -> Outcome {
     LoadedFile saved;
     return LoadHeaders(place, saved, Door::Wide);

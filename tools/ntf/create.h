@@ -14,11 +14,16 @@ namespace ntf {
 
 enum class ItemKind : std::uint8_t { Image, Graphic, Text };
 
+/** The quality of a picture's JPEG stream. */
+constexpr int kWorstQuality = 1;
+constexpr int kBestQuality = 100;
+constexpr int kDefaultQuality = 97;
+
 /** One segment to append. */
 struct Item {
   ItemKind kind;
   std::string file;
-  std::uint32_t quality = 10; /* of an image: 2 (best) to 255 (smallest) */
+  int quality = kDefaultQuality; /* of an image */
   std::optional<std::string> location{};
   std::optional<std::string> level{};
   std::optional<std::string> attachment{};

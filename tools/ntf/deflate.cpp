@@ -53,7 +53,7 @@ void DeflateFast(std::span<const std::uint8_t> bytes, Search search, bool isLast
 
 /**
  * Drawings and texts repeat themselves far back. Photographs don't: there a search takes more than half of the time,
- * and finds short accidents that cost more than they save. A sample tells them apart.
+ * and finds short accidents that cost more than they save. A sample distinguishes them.
  */
 Search BestSearch(std::span<const std::uint8_t> bytes, DeflatedPart &part) {
   constexpr std::size_t kSample = 32 * 1024;

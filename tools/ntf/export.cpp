@@ -285,7 +285,8 @@ std::int64_t WriteOutput(void *output, std::uint64_t offset, const void *bytes, 
 
 Outcome TiffOutcome(const OutputFile &output, std::int32_t status) {
   if (status == ERROR_FILE_WRITE) return output.Failure();
-  if (status == ERROR_NOT_SUPPORTED) return Problem{output.Name(), "this build lacks libtiff, or libtiff's Deflate", status};
+  if (status == ERROR_NOT_SUPPORTED)
+    return Problem{output.Name(), "this build lacks libtiff, or libtiff's Deflate", status};
   return OutcomeOf(output.Name(), status);
 }
 

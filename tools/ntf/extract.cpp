@@ -208,6 +208,7 @@ Outcome Extract(const ExtractOptions &options) {
   if (Outcome missing = ChooseBodies(options, file, bodies)) return missing;
   const Folder folder(options);
   if (Outcome unmade = folder.Make()) return unmade;
+  if (Outcome same = CheckNotInput(folder.NameOf(kManifestName), {options.file})) return same;
   if (Outcome taken = folder.CheckFree(kManifestName)) return taken;
   for (const Body &body : bodies) {
     if (Outcome same = CheckNotInput(folder.NameOf(body.name), {options.file})) return same;

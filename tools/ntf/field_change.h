@@ -15,4 +15,8 @@ namespace ntf {
 Outcome ChangeField(const std::string &fileName, const FileView &file, const HeaderChoice &header,
                     const std::string &name, const std::string &value);
 
+/** Fails if a changed display level or attachment attaches an image or a graphic to its own level. */
+Outcome CheckAttachment(const std::string &fileName, const FileView &file, const HeaderChoice &header,
+                        const std::string &changedField);
+
 }  // namespace ntf

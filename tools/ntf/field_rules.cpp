@@ -1,8 +1,10 @@
 #include "field_rules.h"
 
 #include "digits.h"
+#include "printable.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <iterator>
 
 namespace ntf {
@@ -10,12 +12,6 @@ namespace {
 
 bool IsBlank(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char character) { return character == ' '; });
-}
-
-/** The format's extended character set: printable ASCII, and the upper half of Latin-1. */
-bool IsCharacter(char character) {
-  const auto byte = static_cast<unsigned char>(character);
-  return (byte >= 0x20 && byte < 0x7F) || byte >= 0xA0;
 }
 
 /** Year, month and day, optionally followed by the time of day. Unknown parts are hyphens. */
@@ -45,10 +41,6 @@ bool IsSecurityDate(const std::string &name) {
                      [&](std::string_view end) { return name.ends_with(end); });
 }
 
-bool IsLocation(const std::string &name) {
-  return name.ends_with("LOC") || name.starts_with("SBND");
-}
-
 bool IsLocationText(std::string_view text) {
   for (const std::string_view half : {text.substr(0, kLocationHalf), text.substr(kLocationHalf)}) {
     const std::string_view digits = half.starts_with('-') ? half.substr(1) : half;
@@ -72,6 +64,10 @@ std::string NotA(const char *what, std::string_view text) {
 
 }  // namespace
 
+bool IsLocation(const std::string &name) {
+  return name.ends_with("LOC") || name.starts_with("SBND");
+}
+
 std::optional<std::string> FaultOf(const Field &field) {
   if (field.content == FieldContent::Binary) return std::nullopt;
   const bool mayBeBlank = IsSecurityDate(field.name);
@@ -88,8 +84,12 @@ std::optional<std::string> FaultOf(const Field &field) {
   if (IsClassification(field.name) && std::string_view("TSCRU").find(field.text) == std::string_view::npos) {
     return "is '" + std::string(field.text) + "', not one of T, S, C, R, U";
   }
-  if (std::all_of(field.text.begin(), field.text.end(), IsCharacter)) return std::nullopt;
-  return "has characters that the format doesn't allow";
+  const auto strange = std::find_if_not(field.text.begin(), field.text.end(), IsHeaderCharacter);
+  if (strange == field.text.end()) return std::nullopt;
+  char words[64];
+  std::snprintf(words, sizeof words, "has the byte 0x%02X, which is no character of the format",
+                static_cast<unsigned>(*strange & 0xFF));
+  return words;
 }
 
 }  // namespace ntf

@@ -8,6 +8,9 @@
 
 namespace ntf {
 
+/** Whether a field has a location: a row and a column. */
+bool IsLocation(const std::string &name);
+
 /** What is wrong with the text of a field: "is not a date: '...'"; none if it is well-formed. */
 std::optional<std::string> FaultOf(const Field &field);
 

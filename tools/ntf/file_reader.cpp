@@ -1,15 +1,20 @@
 #include "file_reader.h"
 
 #include "input_file.h"
+#include "load_headers.h"
 
 namespace ntf {
 
 Outcome FileReader::Open(const std::string &fileName) {
   name = fileName;
   if (Outcome unreadable = CheckInput(fileName)) return unreadable;
-  const WideName wide = Widen(fileName);
-  const std::int32_t status = NitfReaderOpenUtf16(wide.get(), &reader);
-  return status == SUCCESS ? Outcome() : Failed(status);
+  const std::u16string wide = Widen(fileName);
+  const std::int32_t status = NitfReaderOpenUtf16(wide.c_str(), &reader);
+  if (status == SUCCESS) return {};
+  // The field that the headers can't be read beyond has words of its own.
+  LoadedFile loaded;
+  const Outcome failed = LoadHeaders(fileName, loaded, Door::Wide);
+  return failed && failed->status == status ? failed : Failed(status);
 }
 
 Problem FileReader::Failed(std::int32_t status) const {

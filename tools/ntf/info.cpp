@@ -17,11 +17,11 @@ namespace {
 
 /** The size of the picture through the filter, with a status. */
 std::int32_t MeasureStrictly(const std::string &fileName, std::uint64_t *rows, std::uint64_t *columns) {
-  const WideName name = Widen(fileName);
+  const std::u16string name = Widen(fileName);
   KsFileInfo answer = {};
   KsLoadOptions loadOptions = {};
   FilterInfoRecord request = {};
-  request.fileName = name.get();
+  request.fileName = name.c_str();
   request.inputHandle = KS_INVALID_HANDLE;
   request.fileInfo = &answer;
   request.loadOptions = &loadOptions;
@@ -35,7 +35,12 @@ std::int32_t Measure(const std::string &fileName, std::uint64_t *rows, std::uint
   FileReader reader;
   if (const Outcome failed = reader.Open(fileName)) return failed->status;
   NitfReaderSetOptions(reader.Get(), NITF_READER_KEEP_GOING);
-  return NitfReaderGetCanvas(reader.Get(), rows, columns);
+  const std::int32_t status = NitfReaderGetCanvas(reader.Get(), rows, columns);
+  if (status != SUCCESS || *rows != 0) return status;
+  // All that there is to draw is among the notes.
+  NitfNote note = {};
+  const std::uint32_t notes = NitfReaderNoteCount(reader.Get());
+  return NitfReaderGetNote(reader.Get(), notes - 1, &note) == SUCCESS ? note.status : status;
 }
 
 /** Adds the size of the picture: null if there is nothing to draw, or, with the status, if it can't be determined. */

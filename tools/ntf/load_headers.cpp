@@ -7,8 +7,8 @@ namespace ntf {
 
 Outcome LoadHeaders(const std::string &fileName, LoadedFile &file, Door door) {
   if (Outcome unreadable = CheckInput(fileName)) return unreadable;
-  const WideName name = Widen(fileName);
-  const std::int32_t status = file.Load(name.get(), door);
+  const std::u16string name = Widen(fileName);
+  const std::int32_t status = file.Load(name.c_str(), door);
   return status == SUCCESS ? Outcome() : LoadProblem(fileName, file.View(), status);
 }
 

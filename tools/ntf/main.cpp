@@ -4,8 +4,10 @@
 #include "create.h"
 #include "export.h"
 #include "extract.h"
+#include "help_format.h"
 #include "info.h"
 #include "ksntfx.h"
+#include "option_values.h"
 #include "picture.h"
 #include "problem.h"
 #include "render.h"
@@ -59,7 +61,9 @@ void SilenceLibrary() {
 CLI::App *AddCommand(CLI::App &app, const std::string &name, const std::string &description,
                      const std::vector<std::string> &examples) {
   CLI::App *command = app.add_subcommand(name, description);
-  command->set_version_flag("-v,--version", "ntf " NTF_VERSION);
+  command->set_help_flag("-h,--help", "Print this help and exit");
+  command->set_version_flag("-v,--version", "ntf " NTF_VERSION, "Print the version and exit");
+  command->group("Commands");
   std::string footer = "Examples:";
   for (const std::string &example : examples) footer += "\n    ntf " + example;
   command->footer(footer);
@@ -67,43 +71,20 @@ CLI::App *AddCommand(CLI::App &app, const std::string &name, const std::string &
 }
 
 void DefineForce(CLI::App &command, bool &force) {
-  command.add_flag("--force", force, "Overwrite existing files");
+  command.add_flag("--force", force, "Overwrite existing files")->disable_flag_override();
 }
 
 void DefineStrict(CLI::App &command, ntf::Door &door) {
   const auto set = [&door](std::int64_t count) { door = count > 0 ? ntf::Door::Strict : ntf::Door::Wide; };
-  command.add_flag_function("--strict", set, "Accept only what the library's filter accepts: NITF 02.10, level 03");
-}
-
-/** The numbers of a list such as "3,-5"; none if it has another form. */
-std::optional<std::vector<int>> NumbersOf(const std::string &list) {
-  std::vector<int> numbers;
-  for (std::size_t at = 0; at <= list.size();) {
-    const std::size_t comma = std::min(list.find(',', at), list.size());
-    const std::string text = list.substr(at, comma - at);
-    std::size_t used = 0;
-    try {
-      numbers.push_back(std::stoi(text, &used));
-    } catch (const std::logic_error &) {
-      return std::nullopt;
-    }
-    const bool isPlain = text[0] == '-' || (text[0] >= '0' && text[0] <= '9');
-    if (used != text.size() || !isPlain) return std::nullopt;
-    at = comma + 1;
-  }
-  return numbers;
-}
-
-/** The same; none if there is another count of numbers. */
-std::optional<std::vector<int>> NumbersOf(const std::string &list, std::size_t count) {
-  auto numbers = NumbersOf(list);
-  return numbers && numbers->size() == count ? numbers : std::nullopt;
+  command.add_flag_function("--strict", set, "Accept only what the library's filter accepts: NITF 02.10, level 03")
+      ->disable_flag_override();
 }
 
 void DefineInfo(CLI::App &app, ntf::InfoOptions &options) {
   CLI::App *info = AddCommand(app, "info", "Summarise files", {"info scene.ntf", "info --json *.ntf"});
   info->add_option("FILE", options.files, "NITF files")->required()->type_name("");
-  info->add_flag("--json", options.json, "Print all header fields as JSON: an object, or an array for several files");
+  info->add_flag("--json", options.json, "Print all header fields as JSON: an object, or an array for several files")
+      ->disable_flag_override();
   DefineStrict(*info, options.door);
 }
 
@@ -113,24 +94,25 @@ void DefineLoadFlag(CLI::App &render, ntf::RenderOptions &options, CLI::Option *
     options.loadFlags |= flag;
     options.door = ntf::Door::Strict;
   };
-  render.add_flag_function(name, set, description)->excludes(image);
+  render.add_flag_function(name, set, description)->excludes(image)->disable_flag_override();
 }
 
 void DefineRender(CLI::App &app, ntf::RenderOptions &options) {
-  const auto checkOutput = [](const std::string &name) {
-    return ntf::IsPictureName(name) ? std::string() : name + ": the name must end in .png or .ppm, or be -";
-  };
   CLI::App *render = AddCommand(app, "render", "Draw a file",
                                 {"render scene.ntf -o scene.png", "render scene.ntf --image 0 -o image.png"});
   render->add_option("FILE", options.file, "NITF file")->required()->type_name("");
   render->add_option("-o,--output", options.output, "Picture to write, .png or .ppm; - for PNG on standard output")
       ->required()
       ->type_name("OUT")
-      ->check(CLI::Validator(checkOutput, ""));
+      ->check(ntf::PictureName());
   DefineForce(*render, options.force);
-  CLI::Option *image = render->add_option("--image", options.image, "Only this image, counted from 0")->type_name("N");
+  CLI::Option *image = render->add_option("--image", options.image, "Draw only this image, counted from 0")
+                           ->type_name("N")
+                           ->check(ntf::SegmentNumber());
   CLI::Option *graphic =
-      render->add_option("--graphic", options.graphic, "Only this graphic, counted from 0, on white")->type_name("N");
+      render->add_option("--graphic", options.graphic, "Draw only this graphic, counted from 0, on white")
+          ->type_name("N")
+          ->check(ntf::SegmentNumber());
   graphic->excludes(image);
   const auto stretch = [&options](const std::string &value) {
     if (ntf::ParseStretch(value, options.show)) return;
@@ -150,7 +132,8 @@ void DefineRender(CLI::App &app, ntf::RenderOptions &options) {
   render->add_option_function<std::string>("--bands", bands, "Bands to show as red, green and blue, counted from 0")
       ->type_name("R,G,B")
       ->excludes(graphic);
-  render->add_flag("--keep-going", options.keepsGoing, "Leave out what can't be drawn, and list it");
+  render->add_flag("--keep-going", options.keepsGoing, "Leave out what can't be drawn, and list it")
+      ->disable_flag_override();
   DefineStrict(*render, options.door);
   const auto asStrict = [&options](std::int64_t) { options.door = ntf::Door::Strict; };
   render
@@ -161,18 +144,19 @@ void DefineRender(CLI::App &app, ntf::RenderOptions &options) {
             asStrict(count);
           },
           "With --image: include the pad pixels of the last blocks; implies --strict")
-      ->needs(image);
+      ->needs(image)
+      ->disable_flag_override();
   render->add_option("--depth", options.depth, "Bits per pixel of the canvas: 8 (gray) or 24; implies --strict")
       ->each([asStrict](const std::string &) { asStrict(1); })
       ->type_name("BITS")
-      ->check(CLI::IsMember({8, 24}).description(""))
+      ->check(ntf::OneOf({"8", "24"}))
       ->capture_default_str()
       ->excludes(image)
       ->excludes(graphic);
   CLI::Option *compress =
       render->add_option("--compress", options.compression, "PNG compression level: 0 none, 1 fastest, 9 smallest")
           ->type_name("LEVEL")
-          ->check(CLI::Range(ntf::kStored, ntf::kSmallest).description(""))
+          ->check(ntf::Between(ntf::kStored, ntf::kSmallest))
           ->capture_default_str();
   render->callback([compress, &options] {
     const bool isNeedless = compress->count() != 0 && !ntf::IsCompressedPicture(options.output);
@@ -190,7 +174,9 @@ void DefineText(CLI::App &app, ntf::TextOptions &options) {
   CLI::App *text =
       AddCommand(app, "text", "Print the texts of a file", {"text scene.ntf", "text scene.ntf 0 > notes.txt"});
   text->add_option("FILE", options.file, "NITF file")->required()->type_name("");
-  text->add_option("N", options.text, "Only this text, counted from 0, without a heading")->type_name("");
+  text->add_option("N", options.text, "Print only this text, counted from 0, without a heading")
+      ->type_name("")
+      ->check(ntf::SegmentNumber());
   DefineStrict(*text, options.door);
 }
 
@@ -203,8 +189,9 @@ void DefineExtract(CLI::App &app, ntf::ExtractOptions &options) {
       ->type_name("DIR");
   DefineForce(*extract, options.force);
   const auto choose = [&](const std::string &name, std::vector<std::uint32_t> &numbers, const std::string &what) {
-    extract->add_option(name, numbers, "Only this " + what + ", counted from 0; may be repeated")
+    extract->add_option(name, numbers, "Write only this " + what + ", counted from 0; can be repeated")
         ->allow_extra_args(false)
+        ->check(ntf::SegmentNumber())
         ->type_name("N");
   };
   choose("--image", options.images, "image");
@@ -214,16 +201,7 @@ void DefineExtract(CLI::App &app, ntf::ExtractOptions &options) {
   DefineStrict(*extract, options.door);
 }
 
-std::string CheckBands(const std::string &value) {
-  const auto numbers = NumbersOf(value);
-  const bool areBands = numbers && std::all_of(numbers->begin(), numbers->end(), [](int band) { return band >= 0; });
-  return areBands ? std::string() : "'" + value + "' is not a list of band numbers, such as 3,2,1";
-}
-
 void DefineExport(CLI::App &app, ntf::ExportOptions &options) {
-  const auto checkOutput = [](const std::string &name) {
-    return ntf::IsTiffName(name) ? std::string() : name + ": the name must end in .tif or .tiff";
-  };
   CLI::App *command = AddCommand(
       app, "export", "Write the samples of an image as TIFF",
       {"export scene.ntf -o scene.tif", "export scene.ntf -o part.tif --image 1 --bands 3,2,1 --compress deflate"});
@@ -231,25 +209,28 @@ void DefineExport(CLI::App &app, ntf::ExportOptions &options) {
   command->add_option("-o,--output", options.output, "File to write, .tif or .tiff")
       ->required()
       ->type_name("OUT")
-      ->check(CLI::Validator(checkOutput, ""));
+      ->check(ntf::TiffName());
   DefineForce(*command, options.force);
-  command->add_option("--image", options.image, "This image, counted from 0")->type_name("N")->capture_default_str();
+  command->add_option("--image", options.image, "This image, counted from 0")
+      ->type_name("N")
+      ->check(ntf::SegmentNumber())
+      ->capture_default_str();
   const auto choose = [&options](const std::string &list) {
-    const std::vector<int> numbers = *NumbersOf(list);
+    const std::vector<int> numbers = *ntf::NumbersOf(list);
     options.bands.assign(numbers.begin(), numbers.end());
   };
   command->add_option_function<std::string>("--bands", choose, "Only these bands, counted from 0, in this order")
       ->type_name("N,...")
-      ->check(CLI::Validator(CheckBands, ""));
+      ->check(ntf::BandList());
   command->add_option("--compress", options.compression, "Compression: none or deflate")
       ->type_name("METHOD")
-      ->check(CLI::IsMember({"none", "deflate"}).description(""))
+      ->check(ntf::OneOf({"none", "deflate"}))
       ->capture_default_str();
 }
 
 void DefineCopy(CLI::App &app, ntf::CopyOptions &options) {
   CLI::App *copy =
-      AddCommand(app, "copy", "Save a file under another name, and compare the data", {"copy scene.ntf other.ntf"});
+      AddCommand(app, "copy", "Copy a file byte for byte, and compare the copy with it", {"copy scene.ntf other.ntf"});
   copy->add_option("IN", options.input, "NITF file")->required()->type_name("");
   copy->add_option("OUT", options.output, "File to write")->required()->type_name("");
   DefineForce(*copy, options.force);
@@ -260,40 +241,9 @@ void DefineCheck(CLI::App &app, ntf::CheckOptions &options) {
   CLI::App *check =
       AddCommand(app, "check", "Report inconsistencies, one per line", {"check scene.ntf", "check --json *.ntf"});
   check->add_option("FILE", options.files, "NITF files")->required()->type_name("");
-  check->add_flag("--json", options.json, "Print JSON: an object, or an array for several files");
+  check->add_flag("--json", options.json, "Print JSON: an object, or an array for several files")
+      ->disable_flag_override();
   DefineStrict(*check, options.door);
-}
-
-// ---- values -------------------------------------------------------------------------------------------------------
-
-/** A number of a location has five characters, of which a minus sign is one. */
-bool FitsLocation(int number) {
-  return number >= -9999 && number <= 99999;
-}
-
-std::string CheckPlace(const std::string &value) {
-  const auto numbers = NumbersOf(value, 2);
-  const bool fits = numbers && std::all_of(numbers->begin(), numbers->end(), FitsLocation);
-  return fits ? std::string() : "'" + value + "' is not ROW,COLUMN, from -9999 to 99999 each";
-}
-
-std::string CheckBox(const std::string &value) {
-  const auto box = NumbersOf(value, 4);
-  const bool isBox = box && (*box)[0] < (*box)[2] && (*box)[1] < (*box)[3];
-  return isBox ? std::string() : "'" + value + "' is not LEFT,TOP,RIGHT,BOTTOM, with LEFT < RIGHT and TOP < BOTTOM";
-}
-
-std::string CheckColor(const std::string &value) {
-  const bool isColor = value.size() == 6 && value.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
-  return isColor ? std::string() : "'" + value + "' is not RRGGBB, in hexadecimal digits";
-}
-
-CLI::Validator AtMost(std::size_t characters) {
-  return {[characters](const std::string &value) {
-            const std::string most = std::to_string(characters);
-            return value.size() <= characters ? std::string() : "'" + value + "' has more than " + most + " characters";
-          },
-          ""};
 }
 
 // ---- segments to append -------------------------------------------------------------------------------------------
@@ -306,12 +256,12 @@ void RefineItem(ntf::Item *item, const std::string &name, const std::string &val
     const char *const owner = name == "--quality" ? "--image" : name == "--box" ? "--graphic" : "--image or --graphic";
     throw CLI::ValidationError(name, std::string("must follow the ") + owner + " that it belongs to");
   }
-  if (name == "--quality") item->quality = static_cast<std::uint32_t>(std::stoul(value));
+  if (name == "--quality") item->quality = std::stoi(value);
   if (name == "--at") item->location = value;
   if (name == "--level") item->level = value;
   if (name == "--attach") item->attachment = value;
   if (name != "--box") return;
-  const std::vector<int> box = *NumbersOf(value, 4);
+  const std::vector<int> box = *ntf::NumbersOf(value, 4);
   item->box = KsRect{box[0], box[1], box[2], box[3]};
 }
 
@@ -342,30 +292,33 @@ CLI::Option *DefineField(CLI::App &command, ntf::CreateOptions &options, const s
 void DefineItems(CLI::App &command, ntf::CreateOptions &options) {
   command.add_option("-o,--output", options.output, "File to write")->required()->type_name("OUT");
   DefineForce(command, options.force);
-  DefineField(command, options, "--title", "FTITLE", "Title of the file")->type_name("TEXT")->check(AtMost(80));
+  DefineField(command, options, "--title", "FTITLE", "Title of the file")
+      ->type_name("TEXT")
+      ->check(ntf::HeaderText(80));
   DefineField(command, options, "--security", "FSCLAS", "Classification: U, R, C, S or T")
       ->type_name("LETTER")
-      ->check(CLI::IsMember({"U", "R", "C", "S", "T"}).description(""));
+      ->check(ntf::OneOf({"U", "R", "C", "S", "T"}));
   DefineField(command, options, "--origin", "OSTAID", "Identifier of the originating station")
       ->type_name("ID")
-      ->check(AtMost(10));
+      ->check(ntf::HeaderText(10));
   DefineField(command, options, "--background", "FBKGC", "Background colour, in hexadecimal digits")
       ->type_name("RRGGBB")
-      ->check(CLI::Validator(CheckColor, ""));
+      ->check(ntf::Color());
   const auto segment = [&](const std::string &name, const char *value, const std::string &description) {
     return command.add_option(name, description)->expected(1)->take_all()->group("Segments")->type_name(value);
   };
   segment("--image", "FILE", "Append a picture (PNG, PPM or JPEG), stored as JPEG");
-  segment("--quality", "N", "Of the preceding picture: 2 (best) to 255 (smallest)")
-      ->check(CLI::Range(2, 255).description(""));
+  segment("--quality", "N", "Quality of the preceding picture, 1 (smallest) to 100 (best)")
+      ->check(ntf::Between(ntf::kWorstQuality, ntf::kBestQuality))
+      ->default_str(std::to_string(ntf::kDefaultQuality));
   segment("--graphic", "FILE", "Append a drawing (CGM)");
-  segment("--box", "L,T,R,B", "Of the preceding drawing: the box to fill, as left,top,right,bottom")
-      ->check(CLI::Validator(CheckBox, ""));
-  segment("--at", "ROW,COL", "Location of the preceding picture or drawing")->check(CLI::Validator(CheckPlace, ""));
-  segment("--level", "N", "Display level of the preceding picture or drawing, 1 to 999")
-      ->check(CLI::Range(1, 999).description(""));
+  segment("--box", "L,T,R,B", "Box that the preceding drawing fills: left,top,right,bottom, so columns come first")
+      ->check(ntf::Box());
+  segment("--at", "ROW,COL", "Location of the preceding picture or drawing: row,column, so the row comes first")
+      ->check(ntf::Location());
+  segment("--level", "N", "Display level of the preceding picture or drawing, 1 to 999")->check(ntf::Between(1, 999));
   segment("--attach", "N", "Display level that the preceding picture or drawing is attached to")
-      ->check(CLI::Range(0, 998).description(""));
+      ->check(ntf::Between(0, 998));
   segment("--text", "FILE", "Append a text");
 }
 
@@ -393,62 +346,21 @@ void DefineSet(CLI::App &app, ntf::SetOptions &options) {
   set->add_option("FIELD=VALUE", options.fields, "Fields, by their names in the standard")->required()->type_name("");
   set->add_option("-o,--output", options.output, "File to write")->required()->type_name("OUT");
   DefineForce(*set, options.force);
-  CLI::Option *image = set->add_option("--image", options.image, "Of this image, counted from 0")->type_name("N");
-  CLI::Option *graphic =
-      set->add_option("--graphic", options.graphic, "Of this graphic")->excludes(image)->type_name("N");
-  set->add_option("--text", options.text, "Of this text")->excludes(image)->excludes(graphic)->type_name("N");
+  CLI::Option *image = set->add_option("--image", options.image, "Change the subheader of this image, counted from 0")
+                           ->type_name("N")
+                           ->check(ntf::SegmentNumber());
+  CLI::Option *graphic = set->add_option("--graphic", options.graphic, "Change the subheader of this graphic")
+                             ->excludes(image)
+                             ->type_name("N")
+                             ->check(ntf::SegmentNumber());
+  set->add_option("--text", options.text, "Change the subheader of this text")
+      ->excludes(image)
+      ->excludes(graphic)
+      ->type_name("N")
+      ->check(ntf::SegmentNumber());
 }
 
-// ---- usage errors -------------------------------------------------------------------------------------------------
-
-/** The words of an error of the command line, where those of the parser are not a user's. */
-std::string UsageWords(const CLI::Error &error) {
-  std::string words = error.what();
-  if (error.get_name() == "ArgumentMismatch") return words.substr(0, words.find_first_of(": ")) + " requires a value";
-  constexpr std::string_view kUnconverted = "Could not convert: ";
-  const std::size_t equals = words.find(" = ");
-  if (words.starts_with(kUnconverted) && equals != std::string::npos) {
-    const std::string name = words.substr(kUnconverted.size(), equals - kUnconverted.size());
-    return name + ": '" + words.substr(equals + 3) + "' is not a number, 0 or greater";
-  }
-  return words;
-}
-
-std::string UsageError(const CLI::App *app, const CLI::Error &error) {
-  std::string command = "ntf";
-  for (const CLI::App *chosen : app->get_subcommands()) command += " " + chosen->get_name();
-  return "ntf: " + UsageWords(error) + "\nTry '" + command + " --help'.\n";
-}
-
-/** How many characters have to be added, removed or replaced. */
-std::size_t Distance(std::string_view one, std::string_view other) {
-  std::vector<std::size_t> row(other.size() + 1);
-  for (std::size_t column = 0; column < row.size(); ++column) row[column] = column;
-  for (const char character : one) {
-    std::size_t diagonal = row[0]++;
-    for (std::size_t column = 1; column < row.size(); ++column) {
-      const std::size_t replaced = diagonal + (character == other[column - 1] ? 0 : 1);
-      diagonal = row[column];
-      row[column] = std::min({replaced, row[column] + 1, row[column - 1] + 1});
-    }
-  }
-  return row.back();
-}
-
-/** The words for a first argument that is no command; none if it is one, or an option. */
-std::optional<std::string> UnknownCommand(const CLI::App &app, const std::vector<std::string> &arguments) {
-  if (arguments.empty()) return "no command; 'ntf --help' lists them";
-  const std::string &name = arguments[0];
-  if (name[0] == '-') return std::nullopt;
-  constexpr std::size_t kSimilar = 2;
-  std::string hint = "'ntf --help' lists them";
-  for (const CLI::App *command : app.get_subcommands([](const CLI::App *) { return true; })) {
-    const std::size_t distance = Distance(name, command->get_name());
-    if (distance == 0) return std::nullopt;
-    if (distance <= kSimilar) hint = "did you mean '" + command->get_name() + "'?";
-  }
-  return "no command '" + name + "'; " + hint;
-}
+// ---- running ------------------------------------------------------------------------------------------------------
 
 ntf::Outcome RunFileCommand(const CLI::App &app, const Request &request) {
   if (app.got_subcommand("text")) return ntf::PrintTexts(request.text);
@@ -474,10 +386,12 @@ int Run(const CLI::App &app, const Request &request) {
 int RunCommandLine(int argc, char **argv) {
   Request request;
   CLI::App app("Inspect, draw, create, change and check NITF 2.1 files.", "ntf");
-  app.set_version_flag("-v,--version", "ntf " NTF_VERSION);
+  app.set_help_flag("-h,--help", "Print this help and exit");
+  app.set_version_flag("-v,--version", "ntf " NTF_VERSION, "Print the version and exit");
   app.footer("'ntf COMMAND --help' documents a command, and 'man ntf' all of them.");
   app.require_subcommand(1);
-  app.failure_message(UsageError);
+  app.failure_message(ntf::UsageError);
+  app.formatter(std::make_shared<ntf::HelpFormat>());
   DefineInfo(app, request.info);
   DefineRender(app, request.render);
   DefineText(app, request.text);
@@ -495,7 +409,7 @@ int RunCommandLine(int argc, char **argv) {
     arguments.erase(arguments.begin());
     arguments.emplace_back("--help");
   }
-  if (const auto words = UnknownCommand(app, arguments)) {
+  if (const auto words = ntf::UnknownCommand(app, arguments)) {
     std::fprintf(stderr, "ntf: %s\n", words->c_str());
     return kWrongUsage;
   }

@@ -1,5 +1,7 @@
 #include "printable.h"
 
+#include <cstdio>
+
 namespace ntf {
 namespace {
 
@@ -11,14 +13,6 @@ bool IsContinuation(unsigned char byte) {
   return byte >= 0x80 && byte < 0xC0;
 }
 
-/** The number of bytes of the first UTF-8 character; 1 if there is none. */
-std::size_t CharacterBytes(std::string_view text) {
-  std::size_t bytes = 1;
-  if (static_cast<unsigned char>(text[0]) < 0xC2) return bytes;
-  while (bytes < text.size() && bytes < 4 && IsContinuation(static_cast<unsigned char>(text[bytes]))) ++bytes;
-  return bytes;
-}
-
 /** Control characters of ASCII, of Latin-1, and of Latin-1 in UTF-8. */
 bool IsControl(std::string_view character) {
   const auto first = static_cast<unsigned char>(character[0]);
@@ -27,6 +21,13 @@ bool IsControl(std::string_view character) {
 }
 
 }  // namespace
+
+std::size_t CharacterBytes(std::string_view text) {
+  std::size_t bytes = 1;
+  if (static_cast<unsigned char>(text[0]) < 0xC2) return bytes;
+  while (bytes < text.size() && bytes < 4 && IsContinuation(static_cast<unsigned char>(text[bytes]))) ++bytes;
+  return bytes;
+}
 
 std::string_view Trim(std::string_view text) {
   while (!text.empty() && IsFill(text.front())) text.remove_prefix(1);
@@ -62,6 +63,26 @@ std::optional<std::string> Utf8ToLatin1(std::string_view text) {
     latin1 += static_cast<char>((byte & 3U) << 6 | (static_cast<unsigned char>(text[++at]) & 0x3FU));
   }
   return latin1;
+}
+
+bool IsHeaderCharacter(char byte) {
+  const auto code = static_cast<unsigned char>(byte);
+  return (code >= 0x20 && code < 0x7F) || code >= 0xA0;
+}
+
+std::optional<std::string> StrangeCharacter(std::string_view text) {
+  while (!text.empty()) {
+    const std::string_view character = text.substr(0, CharacterBytes(text));
+    const std::optional<std::string> latin1 = Utf8ToLatin1(character);
+    if (!latin1 && character.size() > 1) return "'" + std::string(character) + "'";
+    if (!latin1 || !IsHeaderCharacter(latin1->front())) {
+      char words[32];
+      std::snprintf(words, sizeof words, "the byte 0x%02X", static_cast<unsigned>(character.back() & 0xFF));
+      return words;
+    }
+    text.remove_prefix(character.size());
+  }
+  return {};
 }
 
 bool HasControls(std::string_view text) {

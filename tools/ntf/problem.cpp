@@ -25,8 +25,9 @@ Problem SystemProblem(const std::string &subject, int error, std::int32_t status
 }
 
 void Report(const Problem &problem) {
-  std::fprintf(stderr, "ntf: %s: %s (status %d)\n", WithoutControls(problem.subject).c_str(),
-               WithoutControls(problem.words).c_str(), problem.status);
+  const std::string subject = problem.subject.empty() ? "''" : WithoutControls(problem.subject);
+  std::fprintf(stderr, "ntf: %s: %s (status %d)\n", subject.c_str(), WithoutControls(problem.words).c_str(),
+               problem.status);
 }
 
 void Warn(const std::string &subject, const std::string &words) {

@@ -1,6 +1,7 @@
 #include "render.h"
 
 #include "bitmap_picture.h"
+#include "host.h"
 #include "input_file.h"
 #include "internal/ksclasses_.h"
 #include "ksntfx.h"
@@ -85,7 +86,7 @@ Problem CompositionProblem(const std::string &fileName, std::int32_t status) {
 }
 
 Outcome WriteComposition(const RenderOptions &options, OutputFile &output) {
-  const WideName name = Widen(options.file);
+  const std::u16string name = Widen(options.file);
   Delivery delivery{PictureSink(options, output), Progress("composing"), {}, false};
   FilterTargetInfo target = {};
   target.bitsPerPixel = options.depth;
@@ -93,7 +94,7 @@ Outcome WriteComposition(const RenderOptions &options, OutputFile &output) {
   loadOptions.loadFlags = options.loadFlags;
 
   FilterLoadRecord request = {};
-  request.fileName = name.get();
+  request.fileName = name.c_str();
   request.targetInfo = &target;
   request.rowCallback = TakeRow;
   request.rowUserData = reinterpret_cast<std::uint64_t>(&delivery);
@@ -152,7 +153,11 @@ Outcome Write(const RenderOptions &options, OutputFile &output) {
 
 Outcome Render(const RenderOptions &options) {
   if (Outcome unreadable = CheckInput(options.file)) return unreadable;
-  if (options.output != "-") {
+  if (options.output == "-") {
+    if (StandardOutputIsTerminal()) {
+      return Problem{"standard output", "is a terminal, which can't show a picture", ERROR_FILE_WRITE, true};
+    }
+  } else {
     if (Outcome same = CheckNotInput(options.output, {options.file})) return same;
     if (Outcome taken = CheckFree(options.output, options.force)) return taken;
   }

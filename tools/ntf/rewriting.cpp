@@ -38,23 +38,26 @@ Outcome RewriteFields(const std::string &fileName, const FileView &file, const H
     }
     if (std::find(names.begin(), names.end(), field.name) == names.end()) names.push_back(field.name);
   }
+  for (const std::string &name : names) {
+    if (Outcome refused = CheckAttachment(fileName, file, header, name)) return refused;
+  }
   const std::uint64_t start = header.kind ? file.Place(*header.kind, header.index).subheader : 0;
   for (const std::string &name : names) rewrite.Replace(start + layout.offsets.at(name), file.FieldText(header, name));
   return {};
 }
 
 void WarnOfLength(const std::string &fileName, const FileView &file) {
-  const std::uint64_t told = file.Numbers().fileLength;
+  const std::uint64_t declared = file.Numbers().fileLength;
   const std::uint64_t bytes = file.SourceBytes();
-  if (told == bytes) return;
-  Warn(fileName, "FL is " + std::to_string(told) + ", but the file has " + std::to_string(bytes) + " bytes");
+  if (declared == bytes) return;
+  Warn(fileName, "FL is " + std::to_string(declared) + ", but the file has " + std::to_string(bytes) + " bytes");
 }
 
 Outcome SaveRewritten(const std::string &fileName, const FileView &file, const FileRewrite &rewrite,
                       const std::string &output, const HeaderChoice &header, const std::vector<FieldValue> &fields) {
-  const auto write = [&](const std::string &place) -> std::int32_t { return rewrite.Write(Widen(place).get()); };
+  const auto write = [&](const std::string &place) -> std::int32_t { return rewrite.Write(Widen(place).c_str()); };
   return SaveChecked(fileName, output, write, [&](const std::string &place) -> Outcome {
-    const std::int32_t status = rewrite.Compare(Widen(place).get());
+    const std::int32_t status = rewrite.Compare(Widen(place).c_str());
     if (status == ERROR_FILE_WRITE) return Problem{output, "differs from what was written", ERROR_FILE_WRITE};
     if (status != SUCCESS) return StatusProblem(fileName, status);
     return CheckFields(fileName, place, file, header, fields);

@@ -44,15 +44,7 @@ Outcome SaveChecked(const std::string &source, const std::string &name, const Sa
   return output.Commit();
 }
 
-Outcome LocalHandle::Open(const std::string &name) {
-  if (Outcome unreadable = CheckInput(name)) return unreadable;
-  opened = name;
-  const std::int32_t status = K_NITFCreateA(&handle, name.c_str());
-  return OutcomeOf(name, status);
-}
-
 Outcome LocalHandle::Make(const std::string &name) {
-  opened = name;
   const std::int32_t status = K_NITFCreate(&handle, nullptr);
   return OutcomeOf(name, status);
 }

@@ -37,18 +37,13 @@ class LocalHandle {
     if (handle != nullptr) K_NITFDestroy(&handle);
   }
 
-  /** Opens a file. */
-  Outcome Open(const std::string &name);
   /** Creates a file with a header and no segments; `name` is for error messages. */
   Outcome Make(const std::string &name);
   NitfHandle Get() const { return handle; }
   FileView View() const { return FileView(handle); }
-  /** The name of the opened file. */
-  const std::string &Name() const { return opened; }
 
  private:
   NitfHandle handle = nullptr;
-  std::string opened;
 };
 
 /**

@@ -28,7 +28,9 @@ Outcome Set(const SetOptions &options) {
   std::vector<FieldValue> fields;
   for (const std::string &field : options.fields) {
     const std::size_t equals = field.find('=');
-    if (equals == std::string::npos) return Problem{field, "is not FIELD=VALUE", ERROR_INVALID_VALUE, true};
+    if (equals == std::string::npos || equals == 0) {
+      return Problem{"'" + field + "'", "is not FIELD=VALUE", ERROR_INVALID_VALUE, true};
+    }
     fields.push_back({field.substr(0, equals), field.substr(equals + 1)});
   }
   FileRewrite rewrite(file);

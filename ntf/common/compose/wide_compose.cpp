@@ -116,9 +116,10 @@ Status WideComposition::MeasureGraphicObject(std::uint32_t index, const DisplayO
     return SUCCESS;
   }
   const Status status = PlaceGraphic(file.Get(), index, place);
+  if (status != SUCCESS) return status;
   place->right = Add(place->right, Add(offset.column, 1));
   place->bottom = Add(place->bottom, Add(offset.row, 1));
-  return status;
+  return SUCCESS;
 }
 
 /** Lines are as high as DrawLabel draws them, and about as wide. */
@@ -141,7 +142,9 @@ Status WideComposition::Draw(std::uint32_t background, KsBitmap *canvas) {
   if (right > INT32_MAX || bottom > INT32_MAX) return ERROR_NO_MEMORY;
   Status status = KsBitmapCreate(canvas, sizeof *canvas, KS_BITMAP_OWN, static_cast<std::uint32_t>(right),
                                  static_cast<std::uint32_t>(bottom), 24, KS_ORDER_BGR, nullptr, 1, nullptr, 0);
-  if (status == SUCCESS && background != 0) status = KsBitmapFill(canvas, background);
+  // The framework's colors have red in the lowest byte.
+  const std::uint32_t color = background >> 16 | (background & 0xFF00U) | (background & 0xFFU) << 16;
+  if (status == SUCCESS && color != 0) status = KsBitmapFill(canvas, color);
   if (status == SUCCESS) status = KsBitmapAccess(canvas, 0);
   if (status != SUCCESS) return status;
   const KsLocalContext context(canvas);

@@ -139,7 +139,8 @@ Status WriteCode(HeaderWriter &writer, std::string_view text, std::uint32_t widt
 
 Status WritePixelValueType(HeaderWriter &writer) {
   const std::uint32_t type = Image(writer).pixelValueType;
-  if (type < kStrictPixelValueTypes) return WriteCode(writer, kPixelValueTypes[type].text, 3);
+  const std::size_t known = writer.Sink().isWide ? std::size(kPixelValueTypes) : kStrictPixelValueTypes;
+  if (type < known) return WriteCode(writer, kPixelValueTypes[type].text, 3);
   platform::MessageBoxA(nullptr, "Unsupported PVTYPE", "Error", platform::MB_OK);
   return NITF_UNSUPPORTED_PVTYPE;
 }

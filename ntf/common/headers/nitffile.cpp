@@ -250,7 +250,7 @@ Status ReadSubheader(NitfFile *file, SegmentKind kind, void *record, StreamFileH
 }
 
 HeaderSink SinkFor(const NitfFile *file, KsHandle out) {
-  HeaderSink sink{.out = out, .nitf20 = file->nitf20Layout != 0};
+  HeaderSink sink{.out = out, .nitf20 = file->nitf20Layout != 0, .isWide = file->notes != nullptr};
   for (const SegmentKind kind : kSegmentKinds) sink.listed[kind] = CountSegments(file, kind);
   return sink;
 }

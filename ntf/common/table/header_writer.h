@@ -22,6 +22,7 @@ struct HeaderSink {
   KsHandle out = KS_INVALID_HANDLE;
   std::string *memory = nullptr; /**< collects the bytes; then `out` is not used */
   bool nitf20 = false;           /**< the header has the layout of NITF 2.0 */
+  bool isWide = false;           /**< the header may hold what the strict interfaces refuse */
   CountsOfKinds listed{};        /**< the segments of each kind, which the file header counts */
   HeaderMarks marks{};
 };

@@ -6,6 +6,7 @@
 #include "table/header_writer.h"
 
 #include <algorithm>
+#include <array>
 
 #include <gtest/gtest.h>
 
@@ -275,7 +276,13 @@ std::uint64_t PlaceOf(const Member &member, NitfFile *file) {
   return place;
 }
 
-class Members : public testing::TestWithParam<Member> {};
+class Members : public testing::TestWithParam<Member> {
+ protected:
+  ~Members() override { EXPECT_EQ(LiveBlocks(), before) << "what a record held is released"; }
+
+ private:
+  const std::array<std::int64_t, KS_MEMORY_KINDS> before = LiveBlocks();
+};
 
 TEST_P(Members, AreReadSetAndSaved) {
   const Member &member = GetParam();

@@ -480,10 +480,17 @@ TEST(TextSegments, ComeFromTheFileOrFromMemory) {
   EXPECT_EQ(text(0), "some\nwords");
   EXPECT_EQ(text(1), "");
   EXPECT_EQ(text(2), "end");
-  TextSubheader &last = *FindText(file, 2);
-  CopyOutString(&last.memoryData, "end");
-  last.hasMemoryData = 1;
-  EXPECT_EQ(text(2), "end");
+  // Those in memory are as long as they are, whatever the header says.
+  WriteFile(opened.Path("text"), {'t', 'e', 'x', 't'});
+  ASSERT_EQ(K_NITFAppendTextSegmentA(file, opened.Path("text").c_str()), SUCCESS);
+  for (const std::uint32_t told : {2U, 4U, 6U}) {
+    opened->header.textDataLengths[3] = told;
+    std::memset(buffer, '#', sizeof buffer);
+    EXPECT_EQ(K_NITFGetTextSegment(file, 3, buffer, &size), SUCCESS);
+    EXPECT_EQ(size, told);
+    EXPECT_STREQ(buffer, "text");
+    EXPECT_EQ(buffer[5], '#');
+  }
 
   Bytes cut = NitfBuilder().Text({"end", {}}).Build();
   cut.pop_back();

@@ -366,8 +366,18 @@ TEST_F(GraphicsOf20, LabelsAreLinesOfText) {
   const KsRect ink = InkBox();
   EXPECT_NEAR(ink.left, 24, 2);
   EXPECT_GE(ink.top, 15);
-  EXPECT_LT(ink.bottom, 15 + 40) << "empty lines leave no gap";
-  EXPECT_GT(ink.bottom, 15 + 20);
+  // Lines are 20 rows apart, and empty ones leave no gap.
+  const auto isInked = [this](std::int32_t row) {
+    const auto y = static_cast<std::uint32_t>(row);
+    std::uint32_t column = 0;
+    while (column < 100 && At(y, column) == kWhite) ++column;
+    return column < 100;
+  };
+  std::int32_t second = ink.top;
+  while (isInked(second)) ++second;
+  while (second < ink.bottom && !isInked(second)) ++second;
+  EXPECT_EQ(second, ink.top + 20);
+  EXPECT_LT(ink.bottom, 15 + 40);
   EXPECT_EQ(At(16, 24), kWhite) << "a black background is none";
   label.backgroundColor = 0x00FFFF;
   ASSERT_EQ(DrawLabel(context.Get(), file.Get(), 0, {5, 3}), SUCCESS);

@@ -1,6 +1,7 @@
 #include "harness.h"
 #include "headers/strmfhdr.h"
 
+#include <cstring>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -93,6 +94,27 @@ TEST(StreamFile, DataThatTheReplayDoesNotReachStayBesideTheirNewLength) {
     ASSERT_EQ(file.status, SUCCESS);
     EXPECT_STREQ(file->header.UDHDL, "00015");
     EXPECT_STREQ(file->header.userHeaderData, "four") << bytes;
+  }
+}
+
+TEST(StreamFile, LengthsThatAReplayDoesNotReachStay) {
+  NitfBuilder builder;
+  builder.Image(SixPixels()).Image(SixPixels());
+  Bytes header = builder.Header();
+  constexpr std::size_t kFirstLengths = 363;
+  constexpr std::size_t kRow = 16;
+  std::memcpy(header.data() + kFirstLengths + kRow + 6, "0000000004", 10);
+  const Bytes file = builder.Field("FL", "999999999999").Build();
+  for (const std::size_t read : {std::size_t{0}, std::size_t{6}, kRow, kRow + 6, 2 * kRow}) {
+    const std::size_t bytes = kFirstLengths + read;
+    const Bytes cut(header.begin(), header.begin() + static_cast<std::ptrdiff_t>(bytes));
+    LoadedFile loaded(WithStreamHeader(file, cut));
+    ASSERT_EQ(loaded.status, SUCCESS) << bytes;
+    ASSERT_EQ(loaded->header.imageTableCount, 2U);
+    EXPECT_EQ(loaded->header.imageDataLengths[0], 6U) << bytes;
+    EXPECT_EQ(loaded->header.imageDataLengths[1], read < 2 * kRow ? 6U : 4U) << bytes;
+    EXPECT_EQ(loaded->header.imageDataLengthsOut[1], read < 2 * kRow ? 6U : 4U) << bytes;
+    EXPECT_GT(loaded->header.imageSubheaderLengths[1], 400U) << bytes;
   }
 }
 

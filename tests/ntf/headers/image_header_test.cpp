@@ -1,6 +1,5 @@
 #include "harness.h"
 
-#include <functional>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -55,39 +54,6 @@ TEST(ImageHeader, NoBandsAtAllGoOnWithTheNextField) {
   EXPECT_EQ(file.Image(0).bandRepresentation, nullptr);
   EXPECT_EQ(file.Image(0).bitsPerPixel, 8U);
 }
-
-struct TextCase {
-  const char *field;
-  const char *text;
-  std::function<double(const ImageSubheader &)> member;
-  double expected;
-};
-
-class ImageMember : public testing::TestWithParam<TextCase> {};
-
-TEST_P(ImageMember, IsDecodedFromItsText) {
-  const TextCase &given = GetParam();
-  LoadedFile file(NitfBuilder().Image(Tiny({{given.field, given.text}})));
-  ASSERT_EQ(file.status, SUCCESS);
-  EXPECT_DOUBLE_EQ(given.member(file.Image(0)), given.expected) << given.field << " = " << given.text;
-}
-
-#define MEMBER(name) [](const ImageSubheader &image) -> double { return image.name; }
-
-INSTANTIATE_TEST_SUITE_P(
-    ImageHeader, ImageMember,
-    testing::Values(
-        TextCase{"IREP", "RGB/LUT", MEMBER(representation), kRgbLut},
-        TextCase{"IREP", "RGB", MEMBER(representation), kRgb},
-        TextCase{"IREP", "YCbCr601", MEMBER(representation), kYCbCr601},
-        TextCase{"IREP", "WHATEVER", MEMBER(representation), kRgb}, TextCase{"PJUST", "L", MEMBER(rightJustified), 0},
-        TextCase{"PJUST", "?", MEMBER(rightJustified), 1}, TextCase{"ILOC", "-010000020", MEMBER(locationRow), -100},
-        TextCase{"ILOC", "-010000020", MEMBER(locationColumn), 20},
-        TextCase{"ILOC", "00012-0007", MEMBER(locationColumn), -7},
-        TextCase{"IMAG", "/2  ", MEMBER(magnification), 0.5}, TextCase{"IMAG", "12.5", MEMBER(magnification), 12.5},
-        TextCase{"IMAG", "1.0 ", MEMBER(magnification), 1.0}, TextCase{"NPPBH", "0000", MEMBER(blockWidth), 2},
-        TextCase{"NPPBV", "0000", MEMBER(blockHeight), 2}, TextCase{"IDLVL", "007", MEMBER(displayLevel), 7},
-        TextCase{"IALVL", " 12", MEMBER(attachmentLevel), 12}, TextCase{"ABPP", "xx", MEMBER(actualBits), 0}));
 
 TEST(ImageHeader, OneRowIsGrayAndTheLastTableWins) {
   ImageSpec image = Tiny();

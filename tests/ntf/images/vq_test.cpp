@@ -256,7 +256,7 @@ TEST(VectorQuantised, ReadsBehindAMaskTableOfAnyKind) {
   VqCase given{"", 4, 4, 3, 3, 2, 2, 12, 90, 4, {}};
   ImageSpec image = given.Image();
   image.compression = "M4";
-  image.mask = MaskSpec{{}, {0, 1, 2, kNotRecorded}, Bytes{200}};
+  image.mask = MaskSpec{{}, {0, 1, 2, kNotRecorded}, Bytes(9, 200)};
   ExpectPicture(given, Decoded(image), 24, 24);
   image.mask = MaskSpec{};
   ExpectPicture(given, Decoded(image), 24, 24);

@@ -61,12 +61,12 @@ class Authored : public Opened {
     return status;
   }
   /** A red box above the x axis. */
-  static void Draw(KsVector *drawing, double width = 8) {
+  static void Draw(KsVector *drawing, double width = 8, double bottom = 3) {
     KsVectorObject box;
     KsVectorObjectInit(&box);
     box.box.structureSize = sizeof box.box;
     box.box.kind = KS_VECTOR_BOX;
-    box.box.corner = {2, 3, 0, 0};
+    box.box.corner = {2, bottom, 0, 0};
     box.box.width = width;
     box.box.height = 4;
     box.box.brush = {sizeof box.box.brush, 1, 0x0000FF, {}};
@@ -274,15 +274,18 @@ TEST(Append, RefusalsComeInTheirOrderAndChangeNothing) {
   const KsRect rectangle = {0, 0, 10, 10};
   KsLocalVector drawing;
   KsLocalVector far;
+  KsLocalVector deep;
   KsLocalVector empty;
   Authored::Draw(drawing.Get());
   Authored::Draw(far.Get(), 99998);
+  Authored::Draw(deep.Get(), 8, -100000);
   const auto graphic = [&](KsVector *vector) { return K_NITFAppendGraphicSegment(file.Get(), vector, &rectangle); };
   EXPECT_EQ(K_NITFAppendGraphicSegment(nullptr, nullptr, &rectangle), NITF_NULL_HANDLE);
   EXPECT_EQ(K_NITFAppendGraphicSegment(file.Get(), nullptr, nullptr), NITF_NULL_HANDLE);
   EXPECT_EQ(graphic(nullptr), NITF_NULL_DATA);
   EXPECT_EQ(graphic(empty.Get()), NITF_EMPTY_DRAWING);
   EXPECT_EQ(graphic(far.Get()), ERROR_INVALID_VALUE);
+  EXPECT_EQ(graphic(deep.Get()), ERROR_INVALID_VALUE);
   EXPECT_EQ(K_NITFSetVectorHandle(nullptr, 0, drawing.Get()), NITF_NULL_HANDLE);
   EXPECT_EQ(K_NITFSetVectorHandle(file.Get(), 1, nullptr), ERROR_INVALID_VALUE);
   EXPECT_EQ(K_NITFSetVectorHandle(file.Get(), 0, nullptr), NITF_NULL_DATA);
@@ -295,6 +298,8 @@ TEST(Append, RefusalsComeInTheirOrderAndChangeNothing) {
   EXPECT_EQ(file.Text(std::string(100000, 'x')), ERROR_INVALID_VALUE);
   EXPECT_EQ(file.Saved(), before);
   EXPECT_EQ(file.Text(std::string(99999, 'x')), SUCCESS);
+  Authored::Draw(drawing.Get(), 99997, -99999);
+  EXPECT_EQ(graphic(drawing.Get()), SUCCESS);
 }
 
 /** Lets every allocation of a call fail in turn, and then none. */

@@ -4,6 +4,7 @@
 #include "table/header_writer.h"
 #include "vq_builder.h"
 
+#include <cmath>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
@@ -296,10 +297,16 @@ TEST(Save, NumbersWiderThanTheirFieldAreRefusedBeforeAnythingIsWritten) {
     EXPECT_EQ(opened.Save(), ERROR_INVALID_VALUE);
     image = before;
   };
-  refused(&ImageSubheader::rows, 100000000);
-  refused(&ImageSubheader::bitsPerPixel, 100);
-  refused(&ImageSubheader::blocksPerColumn, 10000);
-  refused(&ImageSubheader::blockWidth, 10000);
+  for (const auto &[member, digits] : {std::pair{&ImageSubheader::rows, 8},
+                                       {&ImageSubheader::columns, 8},
+                                       {&ImageSubheader::actualBits, 2},
+                                       {&ImageSubheader::bitsPerPixel, 2},
+                                       {&ImageSubheader::blocksPerRow, 4},
+                                       {&ImageSubheader::blocksPerColumn, 4},
+                                       {&ImageSubheader::blockWidth, 4},
+                                       {&ImageSubheader::blockHeight, 4}}) {
+    refused(member, static_cast<std::uint32_t>(std::lround(std::pow(10, digits))));
+  }
   EXPECT_EQ(ReadFile(opened.Path("out.ntf")), (Bytes{1, 2, 3}));
 }
 

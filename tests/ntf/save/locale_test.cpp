@@ -1,18 +1,15 @@
-// Headers where locales, replays and lengths are unusual.
+// Numbers in a process whose locale has a decimal comma.
 #include "opened_file.h"
 
 #include <algorithm>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 
 #include <gtest/gtest.h>
 
 namespace {
-
-// ---- locale ---------------------------------------------------------------------------------------------------------
 
 /**
  * The process's numbers with a decimal comma: a category file of the C library's own format, whose strings are the
@@ -61,44 +58,6 @@ TEST(Decimals, AreWrittenWithAPointInEveryLocale) {
   const Bytes saved = opened.Saved();
   EXPECT_NE(TextOf(saved).find("0.5 "), std::string::npos);
   EXPECT_TRUE(std::equal(before.begin() + 342, before.end(), saved.begin() + 342, saved.end())) << "all behind OPHONE";
-}
-
-// ---- replays and counts ---------------------------------------------------------------------------------------------
-
-TEST(StreamFile, LengthsThatAReplayDoesNotReachStay) {
-  NitfBuilder builder;
-  builder.Image(SixPixels()).Image(SixPixels());
-  Bytes header = builder.Header();
-  constexpr std::size_t kFirstLengths = 363;
-  constexpr std::size_t kRow = 16;
-  std::memcpy(header.data() + kFirstLengths + kRow + 6, "0000000004", 10);
-  const Bytes file = builder.Field("FL", "999999999999").Build();
-  for (const std::size_t read : {std::size_t{0}, std::size_t{6}, kRow, kRow + 6, 2 * kRow}) {
-    const std::size_t bytes = kFirstLengths + read;
-    const Bytes cut(header.begin(), header.begin() + static_cast<std::ptrdiff_t>(bytes));
-    LoadedFile loaded(WithStreamHeader(file, cut));
-    ASSERT_EQ(loaded.status, SUCCESS) << bytes;
-    ASSERT_EQ(loaded->header.imageTableCount, 2U);
-    EXPECT_EQ(loaded->header.imageDataLengths[0], 6U) << bytes;
-    EXPECT_EQ(loaded->header.imageDataLengths[1], read < 2 * kRow ? 6U : 4U) << bytes;
-    EXPECT_EQ(loaded->header.imageDataLengthsOut[1], read < 2 * kRow ? 6U : 4U) << bytes;
-    EXPECT_GT(loaded->header.imageSubheaderLengths[1], 400U) << bytes;
-  }
-}
-
-TEST(TextSegments, InMemoryAreAsLongAsTheyAre) {
-  const Opened blank;
-  WriteFile(blank.Path("text"), {'t', 'e', 'x', 't'});
-  ASSERT_EQ(K_NITFAppendTextSegmentA(blank.Get(), blank.Path("text").c_str()), SUCCESS);
-  for (const std::uint32_t told : {2U, 4U, 6U}) {
-    blank->header.textDataLengths[0] = told;
-    char buffer[8] = "#######";
-    std::uint32_t size = 0;
-    EXPECT_EQ(K_NITFGetTextSegment(blank.Get(), 0, buffer, &size), SUCCESS);
-    EXPECT_EQ(size, told);
-    EXPECT_STREQ(buffer, "text");
-    EXPECT_EQ(buffer[5], '#');
-  }
 }
 
 }  // namespace
