@@ -8,6 +8,16 @@
 
 namespace {
 
+constexpr unsigned kBits = 258;
+constexpr unsigned kPhotometric = 262;
+constexpr unsigned kDescription = 270;
+constexpr unsigned kStripOffsets = 273;
+constexpr unsigned kStripByteCounts = 279;
+constexpr unsigned kPlanarConfiguration = 284;
+constexpr unsigned kColorMap = 320;
+constexpr unsigned kExtraSamples = 338;
+constexpr unsigned kSampleFormat = 339;
+
 /** A TIFF file of this machine's kind (little-endian, not BigTIFF), without compression. */
 class TiffFile {
  public:
@@ -32,8 +42,8 @@ class TiffFile {
   /** The bytes of all strips, one after the other. */
   Bytes Strips() const {
     Bytes all;
-    const auto offsets = Values(273);
-    const auto counts = Values(279);
+    const auto offsets = Values(kStripOffsets);
+    const auto counts = Values(kStripByteCounts);
     for (std::size_t strip = 0; strip < offsets.size(); ++strip) {
       const auto from = bytes.begin() + static_cast<std::ptrdiff_t>(offsets[strip]);
       all.insert(all.end(), from, from + static_cast<std::ptrdiff_t>(counts.at(strip)));
@@ -60,14 +70,6 @@ class TiffFile {
   Bytes bytes;
   std::map<unsigned, std::vector<std::uint64_t>> tags;
 };
-
-constexpr unsigned kBits = 258;
-constexpr unsigned kPhotometric = 262;
-constexpr unsigned kDescription = 270;
-constexpr unsigned kPlanarConfiguration = 284;
-constexpr unsigned kColorMap = 320;
-constexpr unsigned kExtraSamples = 338;
-constexpr unsigned kSampleFormat = 339;
 
 /** A byte of a sample, the most significant one first. */
 std::uint8_t ByteOf(std::uint32_t band, std::uint32_t row, std::uint32_t column, std::uint32_t byte) {
@@ -220,19 +222,36 @@ TEST_F(Export, ColorsAreThoseOfTheImage) {
   EXPECT_EQ(bilevel.Strips(), (Bytes{1, 0, 1, 1, 0, 1}));
 }
 
-/** Rows are read by blocks of 1500 rows, and written by strips of 1677, so that strips are made of several reads. */
-TEST_F(Export, StripsGoAcrossBlocks) {
+struct LargeCase {
+  const char *name;
+  std::uint32_t rows;
+  std::uint32_t columns;
+  std::uint32_t blockRows;
+  std::size_t strips;
+};
+
+class LargeExport : public ProgramTest, public testing::WithParamInterface<LargeCase> {};
+
+/** Five bands of bytes, in as many planes. */
+TEST_P(LargeExport, HasTheSamplesInSeveralStrips) {
   ImageSpec image = BlockedImage("INT", 8, 5);
-  image.rows = 4000;
-  image.columns = image.blockWidth = 1000;
-  image.blockHeight = 1500;
+  image.rows = GetParam().rows;
+  image.columns = image.blockWidth = GetParam().columns;
+  image.blockHeight = GetParam().blockRows;
+  image.fields["NPPBH"] = "0000";
   image.data = Blocks(image);
   NitfBuilder().Image(image).Write(PathOf("a.ntf"));
-  ASSERT_EQ(Run({"export", "a.ntf", "-o", "a.tif"}).exitCode, 0);
+  const ProgramRun run = Run({"export", "a.ntf", "-o", "a.tif"});
+  ASSERT_EQ(run.exitCode, 0) << run.errors;
   const TiffFile tiff(ReadFile(PathOf("a.tif")));
-  EXPECT_EQ(tiff.Values(273).size(), 15U);
+  EXPECT_EQ(tiff.Values(kStripOffsets).size(), GetParam().strips);
   EXPECT_TRUE(tiff.Strips() == Expected(image, {0, 1, 2, 3, 4}));
 }
+
+INSTANTIATE_TEST_SUITE_P(Program, LargeExport,
+                         testing::Values(LargeCase{"StripsAcrossReads", 4000, 1000, 1500, 15},
+                                         LargeCase{"PlanesInTwoGroups", 1, 14000000, 1, 5}),
+                         [](const auto &test) { return std::string(test.param.name); });
 
 struct Refusal {
   std::vector<std::string> options;
