@@ -21,6 +21,7 @@ _ntf_value() {
     render:--depth) _ntf_words 8 24 ;;
     render:-o | render:--output) _ntf_files png ppm ;;
     extract:-o | extract:--output) _ntf_files ;;
+    export:-o | export:--output) _ntf_files tif tiff ;;
     *:-o | *:--output) _ntf_files ntf nsf ;;
     create:--image | append:--image) _ntf_files png ppm jpg jpeg ;;
     create:--graphic | append:--graphic) _ntf_files cgm ;;
@@ -30,6 +31,7 @@ _ntf_value() {
     render:--compress) _ntf_words {0..9} ;;
     *:--box | *:--at | *:--level | *:--attach | *:--bands) ;;
     render:--stretch) _ntf_words percent:2,98 minmax none ;;
+    export:--compress) _ntf_words none deflate ;;
     *) return 1 ;;
   esac
 }
@@ -45,6 +47,7 @@ _ntf() {
     [extract]='--output --force --strict --image --graphic --text --data-extension'
     [copy]='--force --strict'
     [check]='--json --strict'
+    [export]='--output --force --image --bands --compress'
     [create]=$building
     [append]=$building
     [set]='--output --force --image --graphic --text'
