@@ -35,7 +35,7 @@ class Seeds {
 
 void AddFiles(const Seeds &seeds) {
   for (const SmallFile &file : SmallFiles()) {
-    for (const char *target : {"headers", "compose", "resave"}) seeds.Add(target, file.name, file.bytes);
+    for (const char *target : {"headers", "compose", "resave", "reader"}) seeds.Add(target, file.name, file.bytes);
     if (file.streamBytes == 0) continue;
     const Bytes stream(file.bytes.end() - static_cast<std::ptrdiff_t>(file.streamBytes), file.bytes.end());
     for (std::uint8_t road = 0; road < kCodecRoads; ++road) {

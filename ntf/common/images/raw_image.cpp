@@ -36,8 +36,11 @@ Status RawImage::MakeReader() {
 }
 
 Status RawImage::Open() {
-  const Status status = MakeReader();
-  return status == SUCCESS ? reader->Open() : status;
+  Status status = MakeReader();
+  if (status == SUCCESS) status = reader->Open();
+  if (status != SUCCESS) return status;
+  const SampleShape &shape = reader->Shape();
+  return shape.rows == 0 || shape.columns == 0 || shape.bands == 0 ? ERROR_FILE_FORMAT : SUCCESS;
 }
 
 Status RawImage::Read(const PixelWindow &window, std::span<const std::uint32_t> bands, const SampleTarget &target,
@@ -58,13 +61,31 @@ Status RawImage::Read(const PixelWindow &window, std::span<const std::uint32_t> 
       const PixelWindow place = {row - window.firstRow, column - window.firstColumn, rows, columns};
       const SampleTarget to = target.At(place.firstRow, place.firstColumn);
       bool recorded = false;
-      const Status status = reader->Read(part, bands, to, &recorded);
+      const Status status = ReadBlock(part, bands, to, &recorded);
       if (status != SUCCESS) return status;
-      if (!recorded) Fill(to, bands.size(), part);
       if (!recorded && absent != nullptr) absent->Add(place);
       column += columns;
     }
     row += rows;
+  }
+  return SUCCESS;
+}
+
+/** In mode S a block may be recorded in some of the bands alone, so they are read one by one. */
+Status RawImage::ReadBlock(const BlockPart &part, std::span<const std::uint32_t> bands, const SampleTarget &target,
+                           bool *recorded) {
+  const ImageLayout layout = KindOf(*data.image).layout;
+  const bool hasPlanes =
+      data.image->mode == kBandSequential && (layout == ImageLayout::PlainBlocks || layout == ImageLayout::Tiles);
+  const std::size_t step = hasPlanes ? 1 : bands.size();
+  for (std::size_t at = 0; at < bands.size(); at += step) {
+    SampleTarget plane = target;
+    plane.samples = target.Row(at, 0);
+    bool isHeld = false;
+    const Status status = reader->Read(part, bands.subspan(at, step), plane, &isHeld);
+    if (status != SUCCESS) return status;
+    if (!isHeld) Fill(plane, step, part);
+    *recorded = *recorded || isHeld;
   }
   return SUCCESS;
 }

@@ -28,13 +28,16 @@ class RawImage {
 
   /**
    * Reads a window that lies in the image, of the bands in `bands`. Where blocks aren't recorded, samples are those of
-   * the pad value of the mask table, or 0, and `absent`, which may be null, gets the places. See SampleReader::Read.
+   * the pad value of the mask table, or 0, and `absent`, which may be null, gets the places that none of the bands has.
+   * See SampleReader::Read.
    */
   Status Read(const PixelWindow &window, std::span<const std::uint32_t> bands, const SampleTarget &target,
               AbsentPixels *absent = nullptr);
 
  private:
   Status MakeReader();
+  Status ReadBlock(const BlockPart &part, std::span<const std::uint32_t> bands, const SampleTarget &target,
+                   bool *recorded);
   void Fill(const SampleTarget &target, std::size_t bands, const BlockPart &part) const;
 
   ImageData data;
