@@ -158,7 +158,7 @@ std::int32_t VisitHeader(NitfReader *reader, std::uint32_t kind, std::uint32_t i
   if (!isFile && !SpanOf(reader, kind, index).hasSubheader) {
     return reader->FailSegment(static_cast<SegmentKind>(kind), index, ERROR_FILE_READ);
   }
-  const HeaderTable &table = isFile ? kFileHeaderTable : SubheaderTable(static_cast<SegmentKind>(kind));
+  const HeaderTable &table = isFile ? kFileHeaderTable : SubheaderTable(file, static_cast<SegmentKind>(kind));
   const void *const record = isFile ? &file->header : FindSubheader(file, static_cast<SegmentKind>(kind), index);
   ListFields(table, record, file->nitf20Layout != 0, visit);
   return SUCCESS;
