@@ -267,6 +267,8 @@ TEST_P(RefusedExport, IsExplainedAndLeavesNothing) {
   std::filesystem::create_symlink("/dev/full", PathOf("full.tif"));
   const std::string cut = ReadText("a.ntf");
   WriteText("cut.ntf", cut.substr(0, cut.size() - 2));
+  NitfBuilder().Image(SmallImage({{"NROWS", "00000000"}})).Write(PathOf("flat.ntf"));
+  NitfBuilder().Image(SmallImage({{"NCOLS", "00000000"}})).Write(PathOf("thin.ntf"));
   const std::vector<std::string> before = FilesInFolder();
   std::vector<std::string> command = {"export"};
   command.insert(command.end(), GetParam().options.begin(), GetParam().options.end());
@@ -288,6 +290,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Refusal{{"a.ntf", "-o", "full.tif"}, 1, "full.tif: already exists"},
                     Refusal{{"a.ntf", "-o", "full.tif", "--force"}, 1, "full.tif: no space left on device (status -5)"},
                     Refusal{{"none.ntf", "-o", "b.tif"}, 1, "none.ntf: no such file"},
+                    Refusal{{"flat.ntf", "-o", "b.tif"}, 1, "flat.ntf: "},
+                    Refusal{{"thin.ntf", "-o", "b.tif"}, 1, "thin.ntf: "},
                     Refusal{{"cut.ntf", "-o", "b.tif"}, 1, "cut.ntf: "}));
 
 }  // namespace

@@ -84,6 +84,9 @@ Outcome OpenSource(const ExportOptions &options, Source &source) {
   if (source.image >= images) return MissingImage(options.file, source.image, images);
   const std::int32_t status = NitfReaderGetImage(reader, source.image, &source.shape);
   if (status != SUCCESS) return source.reader.Failed(status);
+  if (source.shape.rows == 0 || source.shape.columns == 0 || source.shape.bands == 0) {
+    return Problem{options.file, "the image is empty", ERROR_FILE_FORMAT};
+  }
   return ChooseBands(options, source);
 }
 
