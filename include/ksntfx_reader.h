@@ -204,6 +204,17 @@ KSNTFX_API int32_t NitfReaderGetImage(NitfReader *reader, uint32_t image, NitfIm
 /** Describes a band. ERROR_INVALID_VALUE if there is no such image or band. */
 KSNTFX_API int32_t NitfReaderGetBand(NitfReader *reader, uint32_t image, uint32_t band, NitfBand *description);
 
+/**
+ * Copies the lookup table of a band: the colour of each sample value, gray if the band has one table instead of three.
+ *
+ * @param red receives `capacity` entries, of which those beyond the table are 0; likewise `green` and `blue`
+ * @retval SUCCESS
+ * @retval ERROR_INVALID_VALUE there is no such image or band, the band has no table, or a null argument
+ * @retval ERROR_NOT_SUPPORTED the table isn't kept: it has two or more than three columns, or a later band has one too
+ */
+KSNTFX_API int32_t NitfReaderGetTable(NitfReader *reader, uint32_t image, uint32_t band, uint8_t *red, uint8_t *green,
+                                      uint8_t *blue, uint64_t capacity);
+
 /** A rectangle of pixels. */
 typedef struct NitfWindow {
   uint64_t firstRow;

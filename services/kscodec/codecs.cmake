@@ -11,9 +11,9 @@ option(KSNTFX_CODEC_JPEG2000 "Decode JPEG 2000, with OpenJPEG" ON)
 set(KSNTFX_CODEC_JPEG2000_SOURCES /kscodec/jpeg2000/)
 set(KSNTFX_CODEC_JPEG2000_TESTS /kscodec/jpeg2000_test /kscodec/jpeg2000_samples_test /support_codecs/jpeg2000_)
 
-option(KSNTFX_CODEC_T4 "Decode bi-level T.4 streams, with libtiff" ON)
-set(KSNTFX_CODEC_T4_SOURCES /kscodec/t4)
-set(KSNTFX_CODEC_T4_TESTS /kscodec/t4_test /support_codecs/t4_)
+option(KSNTFX_CODEC_T4 "Decode bi-level T.4 streams and write TIFF files, with libtiff" ON)
+set(KSNTFX_CODEC_T4_SOURCES /kscodec/t4 /kscodec/tiff_writer)
+set(KSNTFX_CODEC_T4_TESTS /kscodec/t4_test /kscodec/tiff_test /program/export_test /support_codecs/t4_)
 
 # For codecs.cpp, the one source that asks.
 set(KSNTFX_CODEC_DEFINITIONS "")

@@ -13,6 +13,7 @@ constinit const Libraries kLibraries = {
 #endif
 #ifdef KSNTFX_CODEC_T4
     .loadT4 = LoadT4,
+    .startTiff = StartTiff,
 #endif
 };
 

@@ -2,10 +2,12 @@
 #pragma once
 
 #include "kscodec/codec.h"
+#include "kstiff.h"
 
 namespace kscodec {
 
 struct SampleOrder;
+class TiffWriter;
 
 namespace jpeg {
 struct Plan;
@@ -70,6 +72,12 @@ struct Libraries {
    *   ERROR_NO_MEMORY
    */
   Status (*loadT4)(Stream stream, const KsRawFormatInfo &info, KsBitmap *target) = nullptr;
+
+  /**
+   * Starts a TIFF file, whose shape has been checked. KSNTFX_CODEC_T4 likewise.
+   */
+  Status (*startTiff)(const KsTiffTarget &target, const KsTiffShape &shape,
+                      std::unique_ptr<TiffWriter> *writer) = nullptr;
 };
 
 extern const Libraries kLibraries;
@@ -85,5 +93,6 @@ Status Encode(const KsBitmap &bitmap, const SaveOrder &order, void **handle, std
 }  // namespace jpeg
 extern const Codec kJpeg2000Codec;
 Status LoadT4(Stream stream, const KsRawFormatInfo &info, KsBitmap *target);
+Status StartTiff(const KsTiffTarget &target, const KsTiffShape &shape, std::unique_ptr<TiffWriter> *writer);
 
 }  // namespace kscodec

@@ -30,7 +30,11 @@ Checked CheckFile(const std::string &name, Door door) {
   Checked checked;
   checked.problem = LoadHeaders(name, file, door);
   if (!checked.problem) {
-    checked.findings = FindFaults(file.View());
+    std::vector<HeaderChoice> unread;
+    for (const FileNote &note : file.Notes()) {
+      if (note.isUnread) unread.push_back(note.header);
+    }
+    checked.findings = FindFaults(file.View(), unread);
     AddNotes(file, checked.findings);
   } else if (auto fault = FindLoadFault(file.View(), checked.problem->status)) {
     checked.findings.push_back(std::move(*fault));

@@ -44,8 +44,8 @@ FieldContent ContentOf(ksntfx::FieldContent content) {
 static_assert(kMaskHeaderBytes == ksntfx::kMaskHeaderBytes && kBlockNotRecorded == ksntfx::kNotRecorded &&
               kLocationHalf == ksntfx::kLocationHalf);
 
-const HeaderTable &TableFor(const HeaderChoice &header) {
-  return header.kind ? SubheaderTable(Core(*header.kind)) : kFileHeaderTable;
+const HeaderTable &TableFor(const NitfFile *file, const HeaderChoice &header) {
+  return header.kind ? SubheaderTable(file, Core(*header.kind)) : kFileHeaderTable;
 }
 
 void *RecordOf(NitfFile &file, const HeaderChoice &header) {
@@ -184,6 +184,7 @@ FileNumbers FileView::Numbers() const {
   const NitfHeader &header = file->header;
   FileNumbers numbers;
   numbers.headerRead = header.valid != 0;
+  numbers.isNitf20 = file->nitf20Layout != 0;
   numbers.fileLength = static_cast<std::uint64_t>(ParseLongNumber(header.FL));
   numbers.headerLength = header.headerLength;
   numbers.reservedExtensions = file->reservedExtensionCount;
@@ -197,7 +198,7 @@ FileNumbers FileView::Numbers() const {
 void FileView::ListFields(const HeaderChoice &header, const std::function<void(const Field &)> &visit) const {
   const void *const record = RecordOf(*file, header);
   if (record == nullptr) return;
-  ksntfx::ListFields(TableFor(header), record, file->nitf20Layout != 0, [&](const FieldView &field) {
+  ksntfx::ListFields(TableFor(file, header), record, file->nitf20Layout != 0, [&](const FieldView &field) {
     visit({field.name, field.text, ContentOf(field.content)});
   });
 }
@@ -214,7 +215,7 @@ HeaderLayout FileView::Layout(const HeaderChoice &header) const {
   HeaderLayout layout;
   const void *const record = RecordOf(*file, header);
   if (record == nullptr) return layout;
-  layout.length = VisitFields(TableFor(header), record, SinkFor(file, KS_INVALID_HANDLE),
+  layout.length = VisitFields(TableFor(file, header), record, SinkFor(file, KS_INVALID_HANDLE),
                               [&](const std::string &field, std::uint64_t offset) { layout.offsets[field] = offset; });
   // The mask table is part of the data.
   if (header.kind == SegmentKind::Image) layout.length -= MaskTableBytes(*FindImage(file, header.index));
@@ -223,7 +224,7 @@ HeaderLayout FileView::Layout(const HeaderChoice &header) const {
 
 FieldChange FileView::Store(const HeaderChoice &header, const std::string &name, const std::string &value) const {
   if (!header.kind && name == "FBKGC") return StoreBackground(file, value);
-  const FieldPlace place = FindRow(TableFor(header).rows, static_cast<char *>(RecordOf(*file, header)), {}, name);
+  const FieldPlace place = FindRow(TableFor(file, header).rows, static_cast<char *>(RecordOf(*file, header)), {}, name);
   if (place.row == nullptr) return FieldChange::NoSuchField;
   return StoreText(place, value) ? FieldChange::Stored : FieldChange::Refused;
 }
@@ -393,7 +394,8 @@ std::vector<FileNote> LoadedFile::Notes() const {
   for (const ksntfx::FileNote &found : held->wide.Notes()) {
     HeaderChoice header;
     if (found.kind) header = {static_cast<SegmentKind>(*found.kind), found.index};
-    notes.push_back({header, found.note.field, found.note.offset, WordsOf(found)});
+    notes.push_back({header, found.note.field, found.note.offset, WordsOf(found),
+                     found.note.field.empty() && found.note.value.empty()});
   }
   return notes;
 }

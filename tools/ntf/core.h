@@ -62,6 +62,7 @@ struct SegmentPlace {
 /** Numbers of the file header. */
 struct FileNumbers {
   bool headerRead = false;
+  bool isNitf20 = false;                  /* the headers have the layout of NITF 02.00 */
   std::uint64_t fileLength = 0;           /* FL */
   std::uint32_t headerLength = 0;         /* HL */
   std::uint32_t reservedExtensions = 0;   /* NUMRES */
@@ -207,7 +208,8 @@ struct FileNote {
   HeaderChoice header;
   std::string field; /* the standard's name; empty for a whole segment */
   std::uint64_t offset = 0;
-  std::string words; /* the whole note, with segment, field and value */
+  std::string words;     /* the whole note, with segment, field and value */
+  bool isUnread = false; /* the segment's subheader can't be read */
 };
 
 /** A file that is opened for its headers alone. */

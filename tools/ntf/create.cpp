@@ -204,6 +204,9 @@ Outcome AppendToFile(const CreateOptions &options) {
   const std::string &input = *options.input;
   LoadedFile loaded;
   if (Outcome failed = LoadHeaders(input, loaded, Door::Wide)) return failed;
+  if (loaded.View().Numbers().isNitf20) {
+    return Problem{input, "segments can't be appended to a file of NITF 02.00", NITF_UNSUPPORTED_VERSION};
+  }
   if (Outcome taken = CheckOutput(options.output, options.force)) return taken;
   const FileView file = loaded.View();
   FileRewrite rewrite(file);

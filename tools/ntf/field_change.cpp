@@ -64,7 +64,7 @@ Outcome CheckStored(const std::string &fileName, const FileView &file, const Hea
   std::optional<std::string> fault;
   file.ListFields(header, [&](const Field &field) {
     if (field.name != name) return;
-    fault = FaultOf(field);
+    fault = FaultOf(field, file.Numbers().isNitf20);
     if (IsLevelZero(name, field.text)) fault = "is 0, but display levels start at 1";
   });
   if (!fault) return {};

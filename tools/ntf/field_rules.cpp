@@ -32,6 +32,16 @@ bool IsDate(std::string_view text) {
   return true;
 }
 
+/** Day, time, Z, month and year, such as 06165926ZAPR93 (MIL-STD-2500A). */
+bool IsOldDate(std::string_view text) {
+  constexpr std::string_view kMonths = "JAN FEB MAR APR MAY JUN JUL AUG SEP OCT NOV DEC";
+  constexpr std::size_t kTime = 8;
+  if (text.size() != kTime + 6 || text[kTime] != 'Z') return false;
+  const std::string_view month = text.substr(kTime + 1, 3);
+  return IsAllDigits(text.substr(0, kTime)) && IsAllDigits(text.substr(kTime + 4)) &&
+         month.find(' ') == std::string_view::npos && kMonths.find(month) != std::string_view::npos;
+}
+
 constexpr std::string_view kDateTimes[] = {"FDT", "IDATIM", "TXTDT"};
 /** The ends of the names of the dates among the security fields. */
 constexpr std::string_view kSecurityDates[] = {"SDCDT", "SDGDT", "SSRDT"};
@@ -68,11 +78,11 @@ bool IsLocation(const std::string &name) {
   return name.ends_with("LOC") || name.starts_with("SBND");
 }
 
-std::optional<std::string> FaultOf(const Field &field) {
+std::optional<std::string> FaultOf(const Field &field, bool isNitf20) {
   if (field.content == FieldContent::Binary) return std::nullopt;
   const bool mayBeBlank = IsSecurityDate(field.name);
   if (IsDateField(field.name) || mayBeBlank) {
-    const bool isDate = (mayBeBlank && IsBlank(field.text)) || IsDate(field.text);
+    const bool isDate = (mayBeBlank && IsBlank(field.text)) || (isNitf20 ? IsOldDate(field.text) : IsDate(field.text));
     return isDate ? std::nullopt : std::optional(NotA("date", field.text));
   }
   if (IsLocation(field.name)) {

@@ -18,15 +18,29 @@ struct CheckedKind {
 };
 
 constexpr CheckedKind kKinds[] = {
-    {SegmentKind::Image, "IM"},
-    {SegmentKind::Graphic, "SY"},
-    {SegmentKind::Text, "TE"},
-    {SegmentKind::DataExtension, "DE"},
+    {SegmentKind::Image, "IM"}, {SegmentKind::Graphic, "SY"},       {SegmentKind::Label, "LA"},
+    {SegmentKind::Text, "TE"},  {SegmentKind::DataExtension, "DE"},
 };
 
 /** What a compliance level allows (MIL-STD-2500C, table A-10). */
-constexpr std::uint64_t kLevel3Pixels = 2048;
-constexpr std::uint64_t kLevel3Bytes = 52428799;
+struct LevelBounds {
+  std::string_view name;
+  std::uint64_t pixels; /* rows, and columns, of an image */
+  std::uint64_t bytes;  /* of the file */
+};
+
+constexpr LevelBounds kLevels[] = {
+    {"03", 2048, 52428799}, {"05", 8192, 1073741823}, {"06", 65536, 2147483647}, {"07", 99999999, 10737418239}};
+
+/** The bounds of the file's level; none of a level without bounds, and of NITF 02.00, whose levels are others. */
+LevelBounds BoundsOf(const FileView &file) {
+  constexpr LevelBounds kUnbounded = {"", UINT64_MAX, UINT64_MAX};
+  if (file.Numbers().isNitf20) return kUnbounded;
+  const std::string name = file.FieldText({}, "CLEVEL");
+  const auto *const bounds =
+      std::find_if(std::begin(kLevels), std::end(kLevels), [&](const LevelBounds &one) { return one.name == name; });
+  return bounds == std::end(kLevels) ? kUnbounded : *bounds;
+}
 
 /** A header with the offsets of its fields. */
 class Header {
@@ -57,7 +71,8 @@ std::string Number(std::uint64_t number) {
 
 class Checker {
  public:
-  explicit Checker(const FileView &source) : file(source), size(source.SourceBytes()) {}
+  Checker(const FileView &source, const std::vector<HeaderChoice> &cutSegments)
+      : file(source), unread(cutSegments), size(source.SourceBytes()), bounds(BoundsOf(source)) {}
 
   std::vector<Finding> Run();
 
@@ -78,7 +93,7 @@ class Checker {
   }
 
   /** A display level, and where it is stored. */
-  struct Level {
+  struct DisplayPlace {
     std::uint32_t level;
     std::uint32_t attachment;
     Finding levelPlace;
@@ -86,15 +101,17 @@ class Checker {
   };
 
   FileView file;
+  const std::vector<HeaderChoice> &unread;
   std::uint64_t size;
+  LevelBounds bounds;
   std::vector<Finding> findings;
-  std::vector<Level> levels;
+  std::vector<DisplayPlace> levels;
 };
 
 // ---- texts --------------------------------------------------------------------------------------------------------
 
 void Checker::CheckText(const Header &header, const Field &field) {
-  if (const std::optional<std::string> fault = FaultOf(field)) Add(header, field.name, *fault);
+  if (const std::optional<std::string> fault = FaultOf(field, file.Numbers().isNitf20)) Add(header, field.name, *fault);
 }
 
 /** Fields whose data isn't text. */
@@ -139,12 +156,17 @@ void Checker::CheckFileHeader() {
     Add(header, "NUMI",
         "the lengths of header and segments add up to " + Number(sum) + " bytes, but the file has " + Number(size));
   }
-  if (size > kLevel3Bytes) Add(header, "CLEVEL", "the file is longer than compliance level 03 allows");
+  if (size > bounds.bytes) {
+    Add(header, "CLEVEL", "the file is longer than compliance level " + std::string(bounds.name) + " allows");
+  }
   CheckTexts(header);
 }
 
 void Checker::CheckSegment(const CheckedKind &kind, std::uint32_t index) {
-  if (!file.Has(kind.kind, index)) return;
+  const bool isUnread = std::any_of(unread.begin(), unread.end(), [&](const HeaderChoice &cut) {
+    return cut.kind == kind.kind && cut.index == index;
+  });
+  if (isUnread || !file.Has(kind.kind, index)) return;
   const SegmentPlace place = file.Place(kind.kind, index);
   const Header header(file, {kind.kind, index}, place.subheader, KindWord(kind.kind) + (" " + std::to_string(index)));
   if (place.subheaderLength != header.Length()) {
@@ -157,21 +179,19 @@ void Checker::CheckSegment(const CheckedKind &kind, std::uint32_t index) {
   if (isImage) CheckImage(header, index);
   if (!isImage && kind.kind != SegmentKind::Graphic) return;
   if (kind.kind == SegmentKind::Graphic) CheckDrawing(header, index);
-  const DisplayLevel level = file.LevelOf(kind.kind, index);
+  const DisplayLevel shown = file.LevelOf(kind.kind, index);
   const std::string prefix = isImage ? "I" : "S";
   levels.push_back(
-      {level.level, level.attachment, header.Found(prefix + "DLVL", {}), header.Found(prefix + "ALVL", {})});
+      {shown.level, shown.attachment, header.Found(prefix + "DLVL", {}), header.Found(prefix + "ALVL", {})});
 }
 
 // ---- images -------------------------------------------------------------------------------------------------------
 
 void Checker::CheckImage(const Header &header, std::uint32_t index) {
   const ImageNumbers image = file.Image(index);
-  if (image.rows > kLevel3Pixels)
-    Add(header, "NROWS", Number(image.rows) + " rows are more than compliance level 03 allows");
-  if (image.columns > kLevel3Pixels) {
-    Add(header, "NCOLS", Number(image.columns) + " columns are more than compliance level 03 allows");
-  }
+  const std::string allowed = " are more than compliance level " + std::string(bounds.name) + " allows";
+  if (image.rows > bounds.pixels) Add(header, "NROWS", Number(image.rows) + " rows" + allowed);
+  if (image.columns > bounds.pixels) Add(header, "NCOLS", Number(image.columns) + " columns" + allowed);
   CheckBlocks(header, image);
   CheckRate(header);
   CheckMask(header, image);
@@ -227,7 +247,9 @@ void Checker::CheckMask(const Header &header, const ImageNumbers &image) {
       std::uint64_t{image.blocksPerRow} * image.blocksPerColumn * (image.bandSequential ? image.bands : 1);
   const std::uint64_t tables = (mask.blockRecordLength != 0 ? 1 : 0) + (mask.padRecordLength != 0 ? 1 : 0);
   const std::uint64_t bytes = kMaskHeaderBytes + mask.padCodeBytes + tables * records * kMaskRecordBytes;
-  if (mask.dataOffset != bytes) {
+  // Of quantised images, the tables of the codes are in front of the offset too.
+  const bool isQuantised = file.FieldText(header.choice, "IC") == "M4";
+  if (isQuantised ? mask.dataOffset < bytes : mask.dataOffset != bytes) {
     add("IMDATOFF", 0, "is " + Number(mask.dataOffset) + ", but the mask table has " + Number(bytes) + " bytes");
   }
   const std::uint64_t data = place.dataLength > mask.dataOffset ? place.dataLength - mask.dataOffset : 0;
@@ -276,7 +298,7 @@ void Checker::CheckDrawing(const Header &header, std::uint32_t index) {
 
 void Checker::CheckLevels() {
   std::map<std::uint32_t, int> used;
-  for (const Level &level : levels) {
+  for (const DisplayPlace &level : levels) {
     if (level.level == 0) {
       findings.push_back({level.levelPlace.field, level.levelPlace.offset, "is 0, but display levels start at 1"});
     }
@@ -285,7 +307,7 @@ void Checker::CheckLevels() {
           {level.levelPlace.field, level.levelPlace.offset, "display level " + Number(level.level) + " is used twice"});
     }
   }
-  for (const Level &level : levels) {
+  for (const DisplayPlace &level : levels) {
     if (level.attachment != 0 && level.attachment == level.level) {
       findings.push_back({level.attachmentPlace.field, level.attachmentPlace.offset,
                           "is attached to its own level " + Number(level.level)});
@@ -310,8 +332,8 @@ std::vector<Finding> Checker::Run() {
 
 }  // namespace
 
-std::vector<Finding> FindFaults(const FileView &file) {
-  return Checker(file).Run();
+std::vector<Finding> FindFaults(const FileView &file, const std::vector<HeaderChoice> &unread) {
+  return Checker(file, unread).Run();
 }
 
 }  // namespace ntf

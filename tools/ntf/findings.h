@@ -16,7 +16,7 @@ struct Finding {
   std::string words;
 };
 
-/** The inconsistencies of a loaded file, in the order of the file. */
-std::vector<Finding> FindFaults(const FileView &file);
+/** The inconsistencies of a loaded file, in the order of the file, without those of the segments in `unread`. */
+std::vector<Finding> FindFaults(const FileView &file, const std::vector<HeaderChoice> &unread);
 
 }  // namespace ntf

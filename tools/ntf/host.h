@@ -1,12 +1,17 @@
 // Functions of the operating system beyond the C++ library.
 #pragma once
 
+#include <cstdint>
+#include <cstdio>
 #include <string>
 
 namespace ntf {
 
 bool StandardErrorIsTerminal();
 bool StandardOutputIsTerminal();
+
+/** Moves to `offset` of a file. Returns false with an errno if that is impossible, as in a pipe. */
+[[nodiscard]] bool SeekTo(std::FILE *stream, std::uint64_t offset);
 
 /** Writes line ends to standard output unchanged. */
 void MakeStandardOutputBinary();

@@ -45,6 +45,10 @@ bool StandardOutputIsTerminal() {
   return isatty(STDOUT_FILENO) == 1;
 }
 
+bool SeekTo(std::FILE *stream, std::uint64_t offset) {
+  return fseeko(stream, static_cast<off_t>(offset), SEEK_SET) == 0;
+}
+
 void MakeStandardOutputBinary() {}
 
 void RemoveOnInterrupt(const std::string &name) {

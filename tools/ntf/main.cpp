@@ -2,6 +2,7 @@
 #include "check.h"
 #include "copy.h"
 #include "create.h"
+#include "export.h"
 #include "extract.h"
 #include "help_format.h"
 #include "info.h"
@@ -37,6 +38,7 @@ struct Request {
   ntf::RenderOptions render;
   ntf::TextOptions text;
   ntf::ExtractOptions extract;
+  ntf::ExportOptions exported;
   ntf::CopyOptions copy;
   ntf::CheckOptions check;
   ntf::CreateOptions create;
@@ -199,6 +201,33 @@ void DefineExtract(CLI::App &app, ntf::ExtractOptions &options) {
   DefineStrict(*extract, options.door);
 }
 
+void DefineExport(CLI::App &app, ntf::ExportOptions &options) {
+  CLI::App *command = AddCommand(
+      app, "export", "Write the samples of an image as TIFF",
+      {"export scene.ntf -o scene.tif", "export scene.ntf -o part.tif --image 1 --bands 3,2,1 --compress deflate"});
+  command->add_option("FILE", options.file, "NITF file")->required()->type_name("");
+  command->add_option("-o,--output", options.output, "File to write, .tif or .tiff")
+      ->required()
+      ->type_name("OUT")
+      ->check(ntf::TiffName());
+  DefineForce(*command, options.force);
+  command->add_option("--image", options.image, "This image, counted from 0")
+      ->type_name("N")
+      ->check(ntf::SegmentNumber())
+      ->capture_default_str();
+  const auto choose = [&options](const std::string &list) {
+    const std::vector<int> numbers = *ntf::NumbersOf(list);
+    options.bands.assign(numbers.begin(), numbers.end());
+  };
+  command->add_option_function<std::string>("--bands", choose, "Only these bands, counted from 0, in this order")
+      ->type_name("N,...")
+      ->check(ntf::BandList());
+  command->add_option("--compress", options.compression, "Compression: none or deflate")
+      ->type_name("METHOD")
+      ->check(ntf::OneOf({"none", "deflate"}))
+      ->capture_default_str();
+}
+
 void DefineCopy(CLI::App &app, ntf::CopyOptions &options) {
   CLI::App *copy =
       AddCommand(app, "copy", "Copy a file byte for byte, and compare the copy with it", {"copy scene.ntf other.ntf"});
@@ -336,6 +365,7 @@ void DefineSet(CLI::App &app, ntf::SetOptions &options) {
 ntf::Outcome RunFileCommand(const CLI::App &app, const Request &request) {
   if (app.got_subcommand("text")) return ntf::PrintTexts(request.text);
   if (app.got_subcommand("extract")) return ntf::Extract(request.extract);
+  if (app.got_subcommand("export")) return ntf::Export(request.exported);
   if (app.got_subcommand("copy")) return ntf::Copy(request.copy);
   if (app.got_subcommand("create")) return ntf::Create(request.create);
   if (app.got_subcommand("append")) return ntf::Create(request.append);
@@ -366,6 +396,7 @@ int RunCommandLine(int argc, char **argv) {
   DefineRender(app, request.render);
   DefineText(app, request.text);
   DefineExtract(app, request.extract);
+  DefineExport(app, request.exported);
   DefineCopy(app, request.copy);
   DefineCheck(app, request.check);
   DefineCreate(app, request.create);

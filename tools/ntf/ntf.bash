@@ -21,6 +21,7 @@ _ntf_value() {
     render:--depth) _ntf_words 8 24 ;;
     render:-o | render:--output) _ntf_files png ppm ;;
     extract:-o | extract:--output) _ntf_files ;;
+    export:-o | export:--output) _ntf_files tif tiff ;;
     *:-o | *:--output) _ntf_files ntf nsf ;;
     create:--image | append:--image) _ntf_files png ppm jpg jpeg ;;
     create:--graphic | append:--graphic) _ntf_files cgm ;;
@@ -28,7 +29,9 @@ _ntf_value() {
     *:--security) _ntf_words U R C S T ;;
     *:--image | *:--graphic | *:--text | *:--data-extension | *:--title | *:--origin | *:--background | *:--quality) ;;
     render:--compress) _ntf_words {0..9} ;;
-    *:--box | *:--at | *:--level | *:--attach) ;;
+    *:--box | *:--at | *:--level | *:--attach | *:--bands) ;;
+    render:--stretch) _ntf_words percent:2,98 minmax none ;;
+    export:--compress) _ntf_words none deflate ;;
     *) return 1 ;;
   esac
 }
@@ -37,12 +40,14 @@ _ntf() {
   local segments='--image --quality --graphic --box --at --level --attach --text'
   local building="--output --force --title --security --origin --background $segments"
   local -A options=(
-    [info]='--json'
-    [render]='--output --force --depth --compress --fixed-canvas --tone-check --vector-render --image --padded --graphic'
-    [text]=''
-    [extract]='--output --force --image --graphic --text --data-extension'
-    [copy]='--force'
-    [check]='--json'
+    [info]='--json --strict'
+    [render]='--output --force --strict --image --graphic --stretch --bands --keep-going --compress --depth --fixed-canvas
+      --tone-check --vector-render --padded'
+    [text]='--strict'
+    [extract]='--output --force --strict --image --graphic --text --data-extension'
+    [copy]='--force --strict'
+    [check]='--json --strict'
+    [export]='--output --force --image --bands --compress'
     [create]=$building
     [append]=$building
     [set]='--output --force --image --graphic --text'

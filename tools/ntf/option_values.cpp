@@ -1,5 +1,6 @@
 #include "option_values.h"
 
+#include "export.h"
 #include "picture.h"
 #include "printable.h"
 
@@ -86,7 +87,21 @@ CLI::Validator PictureName() {
   });
 }
 
-std::optional<std::vector<int>> NumbersOf(const std::string &list, std::size_t count) {
+CLI::Validator TiffName() {
+  return Checked([](const std::string &name) {
+    return IsTiffName(name) ? std::string() : Quoted(name) + " doesn't end in .tif or .tiff";
+  });
+}
+
+CLI::Validator BandList() {
+  return Checked([](const std::string &value) {
+    const auto bands = NumbersOf(value);
+    const bool areBands = bands && std::all_of(bands->begin(), bands->end(), [](int band) { return band >= 0; });
+    return areBands ? std::string() : Quoted(value) + " is not a list of band numbers, such as 3,2,1";
+  });
+}
+
+std::optional<std::vector<int>> NumbersOf(const std::string &list) {
   std::vector<int> numbers;
   for (std::size_t at = 0; at <= list.size();) {
     const std::size_t comma = std::min(list.find(',', at), list.size());
@@ -101,7 +116,12 @@ std::optional<std::vector<int>> NumbersOf(const std::string &list, std::size_t c
     if (used != text.size() || !isPlain) return std::nullopt;
     at = comma + 1;
   }
-  return numbers.size() == count ? std::optional(numbers) : std::nullopt;
+  return numbers;
+}
+
+std::optional<std::vector<int>> NumbersOf(const std::string &list, std::size_t count) {
+  auto numbers = NumbersOf(list);
+  return numbers && numbers->size() == count ? numbers : std::nullopt;
 }
 
 }  // namespace ntf

@@ -35,7 +35,16 @@ CLI::Validator Color();
 /** The name of a picture that can be written. */
 CLI::Validator PictureName();
 
-/** The numbers of a list such as "3,-5"; none if it has another form, or another count of numbers. */
+/** The name of a TIFF file. */
+CLI::Validator TiffName();
+
+/** Numbers of bands from 0, such as "3,2,1". */
+CLI::Validator BandList();
+
+/** The numbers of a list such as "3,-5"; none if it has another form. */
+std::optional<std::vector<int>> NumbersOf(const std::string &list);
+
+/** The same; none if there is another count of numbers. */
 std::optional<std::vector<int>> NumbersOf(const std::string &list, std::size_t count);
 
 }  // namespace ntf

@@ -63,9 +63,20 @@ Outcome OutputFile::CreateBesideTarget() {
 }
 
 bool OutputFile::Write(const void *bytes, std::size_t size) {
+  position += size;
   if (std::fwrite(bytes, 1, size, stream) == size) return true;
   lastError = errno;
   return false;
+}
+
+bool OutputFile::WriteAt(std::uint64_t offset, const void *bytes, std::size_t size) {
+  // Every move empties the stream's buffer.
+  if (offset != position && !SeekTo(stream, offset)) {
+    lastError = errno;
+    return false;
+  }
+  position = offset;
+  return Write(bytes, size);
 }
 
 Outcome OutputFile::Commit() {

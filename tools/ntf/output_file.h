@@ -4,6 +4,7 @@
 #include "problem.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -26,6 +27,8 @@ class OutputFile {
   Outcome Open();
   /** Returns false on error; Failure has the reason. */
   [[nodiscard]] bool Write(const void *bytes, std::size_t size);
+  /** The same at `offset`, which is at most the size of the file so far. Pipes can't be written so. */
+  [[nodiscard]] bool WriteAt(std::uint64_t offset, const void *bytes, std::size_t size);
   /** Flushes the file and renames it to the target. */
   Outcome Commit();
 
@@ -51,7 +54,8 @@ class OutputFile {
   std::filesystem::path target;
   std::filesystem::path temporary; /* empty if the target is written directly */
   std::FILE *stream = nullptr;
-  int lastError = 0; /* an errno */
+  std::uint64_t position = 0; /* in the stream */
+  int lastError = 0;          /* an errno */
 };
 
 }  // namespace ntf

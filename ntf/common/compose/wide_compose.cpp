@@ -116,9 +116,10 @@ Status WideComposition::MeasureGraphicObject(std::uint32_t index, const DisplayO
     return SUCCESS;
   }
   const Status status = PlaceGraphic(file.Get(), index, place);
+  if (status != SUCCESS) return status;
   place->right = Add(place->right, Add(offset.column, 1));
   place->bottom = Add(place->bottom, Add(offset.row, 1));
-  return status;
+  return SUCCESS;
 }
 
 /** Lines are as high as DrawLabel draws them, and about as wide. */

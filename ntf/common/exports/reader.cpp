@@ -158,7 +158,7 @@ std::int32_t VisitHeader(NitfReader *reader, std::uint32_t kind, std::uint32_t i
   if (!isFile && !SpanOf(reader, kind, index).hasSubheader) {
     return reader->FailSegment(static_cast<SegmentKind>(kind), index, ERROR_FILE_READ);
   }
-  const HeaderTable &table = isFile ? kFileHeaderTable : SubheaderTable(static_cast<SegmentKind>(kind));
+  const HeaderTable &table = isFile ? kFileHeaderTable : SubheaderTable(file, static_cast<SegmentKind>(kind));
   const void *const record = isFile ? &file->header : FindSubheader(file, static_cast<SegmentKind>(kind), index);
   ListFields(table, record, file->nitf20Layout != 0, visit);
   return SUCCESS;
@@ -353,6 +353,27 @@ std::int32_t NitfReaderGetBand(NitfReader *reader, std::uint32_t image, std::uin
   CopyText(description->subcategory, BufferText(header.bandSubcategories[band], 6));
   description->tableColumns = header.bandLutCounts[band];
   description->tableEntries = header.bandLutEntries != nullptr ? header.bandLutEntries[band] : 0;
+  return SUCCESS;
+}
+
+std::int32_t NitfReaderGetTable(NitfReader *reader, std::uint32_t image, std::uint32_t band, std::uint8_t *red,
+                                std::uint8_t *green, std::uint8_t *blue, std::uint64_t capacity) {
+  NitfBand description;
+  if (red == nullptr || green == nullptr || blue == nullptr) return ERROR_INVALID_VALUE;
+  const std::int32_t status = NitfReaderGetBand(reader, image, band, &description);
+  if (status != SUCCESS) return status;
+  if (description.tableColumns == 0) return ERROR_INVALID_VALUE;
+  const ImageSubheader &header = *FindImage(reader->file.Get(), image);
+  const auto hasTable = [](std::uint32_t columns) { return columns != 0; };
+  const bool isLast = std::none_of(header.bandLutCounts + band + 1, header.bandLutCounts + header.bandsHeld, hasTable);
+  const bool isColor = description.tableColumns == 1 || description.tableColumns == 3;
+  if (!isLast || !isColor || header.lut == nullptr) return ERROR_NOT_SUPPORTED;
+  for (std::uint64_t entry = 0; entry < capacity; ++entry) {
+    const std::uint32_t color = entry < header.lutCount ? header.lut[entry] : 0;
+    red[entry] = static_cast<std::uint8_t>(color >> 16);
+    green[entry] = static_cast<std::uint8_t>(color >> 8);
+    blue[entry] = static_cast<std::uint8_t>(color);
+  }
   return SUCCESS;
 }
 

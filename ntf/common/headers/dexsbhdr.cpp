@@ -4,8 +4,7 @@
 #include "table/fields.h"
 #include "table/header_reader.h"
 
-#include <algorithm>
-#include <iterator>
+#include <array>
 
 namespace ksntfx {
 
@@ -18,33 +17,40 @@ Status CheckVersion(HeaderReader &, std::string_view text) {
   return static_cast<std::uint32_t>(ParseNumber(text)) > 99 ? ERROR_FILE_FORMAT : SUCCESS;
 }
 
-/** In files of version 02.00. */
-constexpr std::string_view kOldOverflowIdentifiers[] = {"Registered Extensions    ", "Controlled Extensions    "};
+bool IsOverflow(const void *record, bool) {
+  const char *identifier = static_cast<const DataExtensionSubheader *>(record)->DESID;
+  return std::string_view(identifier, kOverflowIdentifier.size()) == kOverflowIdentifier;
+}
 
-bool IsOverflow(const void *record, bool nitf20) {
-  const std::string_view identifier(static_cast<const DataExtensionSubheader *>(record)->DESID,
-                                    kOverflowIdentifier.size());
-  if (identifier == kOverflowIdentifier) return true;
-  return nitf20 && std::find(std::begin(kOldOverflowIdentifiers), std::end(kOldOverflowIdentifiers), identifier) !=
-                       std::end(kOldOverflowIdentifiers);
+/** In the 2.0 layout the segments for overflow are named after what they hold (MIL-STD-2500A, 5.8.1.3). */
+bool IsOverflowOfItsVersion(const void *record, bool nitf20) {
+  if (!nitf20) return IsOverflow(record, nitf20);
+  const std::string_view identifier(static_cast<const DataExtensionSubheader *>(record)->DESID, 25);
+  return identifier == "Registered Extensions    " || identifier == "Controlled Extensions    ";
 }
 
 using Record = DataExtensionSubheader;
 
-constexpr HeaderRow kRows[] = {
-    MarkerRow(NITF_TEXT(Record, DE), "DE", NITF_MEMBER(Record, valid)).NoDefault(),
-    TextRow(NITF_TEXT(Record, DESID), 25),
-    TextRow(NITF_TEXT(Record, DESVER), 2).Digits().Then(CheckVersion),
-    SecurityRow("DE", offsetof(Record, security), kCheckClassification | kCheckOnly21 | kEventAlways),
-    TextRow(NITF_TEXT(Record, DESOFLW), 6).If(IsOverflow),
-    TextRow(NITF_TEXT(Record, DESITEM), 3).Digits().If(IsOverflow),
-    TextRow(NITF_TEXT(Record, DESSHL), 4).Digits(),
-    BytesRow("DESSHF", offsetof(Record, userData), offsetof(Record, DESSHL), 0).WrittenAsText(),
-};
+constexpr auto MakeRows(unsigned securityRules, bool (*isOverflow)(const void *, bool)) {
+  return std::array{
+      MarkerRow(NITF_TEXT(Record, DE), "DE", NITF_MEMBER(Record, valid)).NoDefault(),
+      TextRow(NITF_TEXT(Record, DESID), 25),
+      TextRow(NITF_TEXT(Record, DESVER), 2).Digits().Then(CheckVersion),
+      SecurityRow("DE", offsetof(Record, security), securityRules),
+      TextRow(NITF_TEXT(Record, DESOFLW), 6).If(isOverflow),
+      TextRow(NITF_TEXT(Record, DESITEM), 3).Digits().If(isOverflow),
+      TextRow(NITF_TEXT(Record, DESSHL), 4).Digits(),
+      BytesRow("DESSHF", offsetof(Record, userData), offsetof(Record, DESSHL), 0).WrittenAsText(),
+  };
+}
+
+constexpr auto kRows = MakeRows(kCheckClassification | kCheckOnly21 | kEventAlways, IsOverflow);
+constexpr auto kWideRows = MakeRows(kCheckClassification, IsOverflowOfItsVersion);
 
 }  // namespace
 
 const HeaderTable kDataExtensionTable = TableOf<kRows>();
+const HeaderTable kWideDataExtensionTable = TableOf<kWideRows>();
 
 void DataExtensionSubheaderInit(DataExtensionSubheader *record) {
   *record = DataExtensionSubheader{};

@@ -18,8 +18,12 @@ struct DataExtensionSubheader {
   std::uint32_t userDataHeld;
 };
 
-/** The format of the data extension subheader. */
+/**
+ * The format of the data extension subheader, as the strict interfaces read it; and as it is, which in the 2.0 layout
+ * is another one.
+ */
 extern const HeaderTable kDataExtensionTable;
+extern const HeaderTable kWideDataExtensionTable;
 
 /** Gives a record the state of one that was never read: all bytes 0. */
 void DataExtensionSubheaderInit(DataExtensionSubheader *record);

@@ -231,7 +231,7 @@ Status ReadFileHeader(NitfFile *file, StreamFileHeader *stream) {
 
 Status ReadSubheader(NitfFile *file, SegmentKind kind, void *record, StreamFileHeader *stream) {
   const bool nitf20 = file->nitf20Layout != 0 || kind == SegmentKind::Label;
-  const HeaderTable &table = SubheaderTable(kind);
+  const HeaderTable &table = SubheaderTable(file, kind);
   const std::int64_t start = KsSeek(file->fileHandle, 0, KS_SEEK_CURRENT);
   HeaderReader reader({.file = file->fileHandle, .nitf20 = nitf20, .notes = file->notes}, record);
   const Status status = reader.Read(table);
@@ -381,7 +381,8 @@ std::uint32_t TextDataLength(const NitfFile *file, std::uint32_t index) {
   return FindText(file, index) == nullptr ? 0 : DataLength(file, SegmentKind::Text, index);
 }
 
-const HeaderTable &SubheaderTable(SegmentKind kind) {
+const HeaderTable &SubheaderTable(const NitfFile *file, SegmentKind kind) {
+  if (kind == SegmentKind::DataExtension && file->notes != nullptr) return kWideDataExtensionTable;
   return *Traits(kind).table;
 }
 

@@ -152,8 +152,8 @@ Status ReadSubheader(NitfFile *file, SegmentKind kind, void *record, StreamFileH
 /** Where a header of the file is written. */
 HeaderSink SinkFor(const NitfFile *file, KsHandle out);
 
-/** The format of a kind's subheaders. */
-const HeaderTable &SubheaderTable(SegmentKind kind);
+/** The format of a kind's subheaders in a file. */
+const HeaderTable &SubheaderTable(const NitfFile *file, SegmentKind kind);
 
 /** The record of a segment, or null. */
 void *FindSubheader(const NitfFile *file, SegmentKind kind, std::uint32_t index);

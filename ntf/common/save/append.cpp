@@ -46,7 +46,7 @@ class NewSegment {
 
   /** The length of the subheader, which is counted in the 2.1 layout whatever that of the file is. */
   std::uint64_t SubheaderBytes() const {
-    return VisitFields(SubheaderTable(kind.kind), Get(), HeaderSink{}, [](auto &&, auto) {});
+    return VisitFields(SubheaderTable(file, kind.kind), Get(), HeaderSink{}, [](auto &&, auto) {});
   }
 
   /** The last step: puts the segment into its list and its lengths into the header, or fails with nothing changed. */

@@ -29,7 +29,7 @@ Status WriteSubheader(KNitfSaveFile &save, KsHandle out, NitfFile *file, Segment
   if (record == nullptr) return ERROR_INVALID_VALUE;
   KsSeek(out, 0, KS_SEEK_END);
   HeaderSink sink{.out = out, .nitf20 = file->nitf20Layout != 0 || kind == SegmentKind::Label};
-  const Status status = HeaderWriter(sink, record).Write(SubheaderTable(kind));
+  const Status status = HeaderWriter(sink, record).Write(SubheaderTable(file, kind));
   save.marks.maskBytes = sink.marks.maskBytes;
   return status;
 }

@@ -44,7 +44,7 @@ NewSegment SegmentOf(const NitfFile *file, SegmentKind kind, std::uint32_t index
   HeaderSink sink = SinkFor(file, KS_INVALID_HANDLE);
   sink.memory = &segment.subheader;
   // Writing to memory can't fail.
-  static_cast<void>(HeaderWriter(sink, FindSubheader(file, kind, index)).Write(SubheaderTable(kind)));
+  static_cast<void>(HeaderWriter(sink, FindSubheader(file, kind, index)).Write(SubheaderTable(file, kind)));
   if (kind == SegmentKind::Image) segment.data = HeldData<ImageSubheader>(file, kind, index);
   if (kind == SegmentKind::Graphic) segment.data = HeldData<GraphicSubheader>(file, kind, index);
   if (kind == SegmentKind::Text) segment.data = HeldData<TextSubheader>(file, kind, index);

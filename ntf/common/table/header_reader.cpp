@@ -40,8 +40,6 @@ bool HeaderReader::NoteFault(const HeaderRow &row, const char *base, Status &sta
 
 Status HeaderReader::ReadSecurity(const HeaderRow &row, char *base) {
   securityRules = row.securityRules;
-  // A downgrade event is there only with its downgrade field, whatever the strict interfaces expect.
-  if (notes != nullptr) securityRules &= static_cast<std::uint8_t>(~kEventAlways);
   group = row.name;
   const Status status = row.fields->read(*this, base + row.place);
   group = {};

@@ -64,11 +64,9 @@ void SetDefaults(const HeaderTable &table, void *record) {
 
 namespace {
 
-/** A downgrade event that nothing but the rules of its group calls for is listed where it was read. */
 bool IsListed(const HeaderRow &row, const char *base, bool nitf20, std::uint8_t securityRules) {
   if (row.kind == HeaderRow::Kind::Data && DataAt(base, row.place) == nullptr) return false;
-  if (IsPresent(row, base, nitf20, 0)) return true;
-  return IsPresent(row, base, nitf20, securityRules) && base[row.place] != '\0';
+  return IsPresent(row, base, nitf20, securityRules);
 }
 
 std::string_view FieldBytes(const HeaderRow &row, const char *base, bool nitf20) {

@@ -185,7 +185,7 @@ class WholeFiles : public testing::TestWithParam<bool> {
     for (Segment &segment : segments) {
       void *const record = FindSubheader(file.Get(), segment.kind, index[segment.kind]++);
       ASSERT_NE(record, nullptr);
-      visit(segment.subheader, SubheaderTable(segment.kind), static_cast<char *>(record));
+      visit(segment.subheader, SubheaderTable(file.Get(), segment.kind), static_cast<char *>(record));
     }
   }
 

@@ -19,7 +19,7 @@ T4Picture RandomPicture(uint32_t width, uint32_t height) {
 
 Bytes Encode(const T4Picture &picture, bool twoDimensional) {
   const std::string path = std::filesystem::temp_directory_path() / ("ksntfx-t4-" + std::to_string(getpid()) + ".tif");
-  const Bytes stream = EncodeT4(picture, twoDimensional, path);
+  Bytes stream = EncodeT4(picture, twoDimensional, path);
   std::filesystem::remove(path);
   return stream;
 }
