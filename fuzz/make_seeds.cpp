@@ -1,6 +1,7 @@
 // Writes inputs to begin with, a folder a target: small sound files of every kind, and what is inside of them.
 #include "cgm_builder.h"
 #include "small_files.h"
+#include "version20.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -47,6 +48,40 @@ void AddFiles(const Seeds &seeds) {
       seeds.Add("codecs", file.name + std::to_string(road), Joined({road, 16, 5}, stream));
     }
   }
+}
+
+/** Kinds of samples that only the wide reader has, plain and masked in each mode. */
+void AddSamples(const Seeds &seeds) {
+  struct Kind {
+    const char *type;
+    std::uint32_t bits;
+  };
+  constexpr Kind kKinds[] = {{"INT", 13}, {"INT", 64}, {"SI", 12}, {"SI", 32}, {"R", 32}, {"R", 64}, {"C", 64}};
+  for (const Kind &kind : kKinds) {
+    for (const char mode : {'B', 'P', 'R', 'S'}) {
+      for (const bool isMasked : {false, true}) {
+        ImageSpec image = isMasked ? SmallMaskedImage(mode, 3) : SmallImage(mode, 3, "NC");
+        image.pixelValueType = kind.type;
+        image.bits = kind.bits;
+        image.data.resize(std::size_t{9} * kind.bits, 0x3C);
+        const std::string name = kind.type + std::to_string(kind.bits) + mode + (isMasked ? "-masked" : "");
+        seeds.Add("reader", name, NitfBuilder().Image(image).Build());
+      }
+    }
+  }
+}
+
+/** A file of version 02.00 with segments of all kinds: image, symbols, label, text, data extension. */
+void AddVersion20(const Seeds &seeds) {
+  const Bytes metafile = SmallMetafile();
+  seeds.Add("reader", "version20",
+            File20({{0, Image20(), "pixels"},
+                    {1, With(Symbol20('B', 2), {{"SCOLOR", "R"}}), "ab"},
+                    {1, Symbol20('C', 3), {metafile.begin(), metafile.end()}},
+                    {1, Symbol20('O', 4), ""},
+                    {2, Label20(), "words"},
+                    {3, Text20(), "text"},
+                    {4, Overflow20(), "data"}}));
 }
 
 void AddDrawings(const Seeds &seeds) {
@@ -100,6 +135,8 @@ int main(int count, char **arguments) {
   }
   const Seeds seeds(arguments[1]);
   AddFiles(seeds);
+  AddSamples(seeds);
+  AddVersion20(seeds);
   AddDrawings(seeds);
   AddCalls(seeds);
   return 0;

@@ -49,7 +49,8 @@ class BilevelSamples final : public SampleReader {
  private:
   Status Decode() {
     KsArray<std::uint8_t> stream;
-    const std::uint64_t bytes = data.fillsMissing ? data.HeldBytes() : data.SampleBytes();
+    const std::uint64_t bytes = data.HeldBytes();
+    if (bytes < data.SampleBytes() && !data.fillsMissing) return ERROR_FILE_READ;
     if (!stream.Allocate(bytes)) return ERROR_NO_MEMORY;
     Status status = data.Read(0, stream.Get(), bytes);
     if (status == SUCCESS) {
