@@ -87,6 +87,26 @@ TEST(Version0200, HasAllSegmentsAndFieldsThatWereWritten) {
   EXPECT_EQ(samples[5], 0x0F);
 }
 
+TEST(ReaderArguments, AreWithinTheImage) {
+  const OpenReader reader(NitfBuilder().Image(SixPixels()));
+  Bytes samples(100);
+  const NitfSampleTarget target = {samples.data(), 2, 1, 0};
+  constexpr std::uint64_t kFar = ~std::uint64_t{0};
+  for (const NitfWindow &window : {NitfWindow{0, 0, 0, 1}, NitfWindow{0, 0, 1, 0}, NitfWindow{0, 0, 4, 1},
+                                   NitfWindow{2, 1, 1, 2}, NitfWindow{kFar, 0, 2, 1}, NitfWindow{0, 1, 1, kFar}}) {
+    EXPECT_EQ(NitfReaderReadSamples(reader.Get(), 0, &window, nullptr, 0, &target), ERROR_INVALID_VALUE);
+    EXPECT_EQ(NitfReaderShowImage(reader.Get(), 0, nullptr, &window, samples.data(), 8), ERROR_INVALID_VALUE);
+  }
+  const std::uint32_t bands[] = {0, 1};
+  EXPECT_EQ(NitfReaderReadSamples(reader.Get(), 0, nullptr, bands, 2, &target), ERROR_INVALID_VALUE);
+  EXPECT_EQ(NitfReaderReadSamples(reader.Get(), 0, nullptr, bands, 0, &target), ERROR_INVALID_VALUE);
+  EXPECT_EQ(NitfReaderReadSamples(reader.Get(), 1, nullptr, nullptr, 0, &target), ERROR_INVALID_VALUE);
+  NitfImageShape shape{};
+  NitfBand band{};
+  EXPECT_EQ(NitfReaderGetImage(reader.Get(), 1, &shape), ERROR_INVALID_VALUE);
+  EXPECT_EQ(NitfReaderGetBand(reader.Get(), 0, 1, &band), ERROR_INVALID_VALUE);
+}
+
 // ---- notes --------------------------------------------------------------------------------------------------------
 
 struct NotedCase {

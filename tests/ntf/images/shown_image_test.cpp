@@ -124,6 +124,7 @@ std::vector<ShownCase> ShownCases() {
       // R = Y + 1.402 (Cr - 128), and so on: 76, 85, 255 is pure red, and 29, 255, 107 pure blue.
       {"Ycc", InBands(Row(3, {76, 29, 128, 85, 255, 128, 255, 107, 128}), "YCbCr601", {"Y", "Cb", "Cr"}),
        "fe0000 0000fe 808080"},
+      {"YccWithoutTags", InBands(Row(1, {76, 85, 255}), "YCbCr601", {"", "", ""}), "fe0000"},
       {"YccByTags", InBands(Row(1, {255, 76, 85}), "MULTI", {"Cr", "Y", "Cb"}), "fe0000"},
       {"MonoOfMulti", InBands(Row(2, {1, 2, 3, 4}), "MULTI", {"", "M"}), Grays({3, 4})},
       {"WideNone", Row(4, Numbers(2, {0, 0x0800, 0x8000, 0xFFFF}), 16), Grays({0, 8, 128, 255}), kNone},
@@ -183,11 +184,14 @@ TEST(ShownStretch, LeavesOutTheOutermostPercents) {
 }
 
 TEST(ShownStretch, IsThatOfPixelsThatAreRecorded) {
-  // Pads of 0xFFFF and an absent block would widen the range.
+  // Pads of 0xFFFF, and an absent block without pad value, which reads as 0, would widen the range.
   ImageSpec image = Padded(Numbers(2, {0xFFFF, 10, 265, 61}), {0xFF, 0xFF}, 16);
   image.columns = 6;
   image.blockWidth = 4;
   EXPECT_EQ(Shown(image, &kMinMax), "none 000000 ffffff 333333 none none");
+  image.mask->padCode.reset();
+  image.data = Numbers(2, {265, 10, 265, 61});
+  EXPECT_EQ(Shown(image, &kMinMax), "ffffff 000000 ffffff 333333 none none");
 }
 
 }  // namespace
