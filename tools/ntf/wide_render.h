@@ -2,7 +2,9 @@
 #pragma once
 
 #include "output_file.h"
-#include "render.h"
+#include "render_options.h"
+
+#include <string>
 
 namespace ntf {
 
