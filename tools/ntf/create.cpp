@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 
@@ -141,11 +142,29 @@ Outcome AppendSegment(NitfHandle handle, const Item &item) {
   return item.kind == ItemKind::Graphic ? AppendGraphic(handle, item) : AppendText(handle, item);
 }
 
-/** The library stores the bounds of a drawing as column and row, where the format has row and column. */
+/** The halves of a location or a bound. */
+struct Halves {
+  int first;
+  int second;
+};
+
+Halves HalvesOf(const std::string &text) {
+  const auto number = [&](std::size_t at) {
+    return static_cast<int>(std::strtol(text.substr(at, kLocationHalf).c_str(), nullptr, 10));
+  };
+  return {number(0), number(kLocationHalf)};
+}
+
+/**
+ * The library stores the bounds of a drawing as column and row, counted from its location, where the format has row and
+ * column, counted like the location.
+ */
 Outcome TurnBounds(const Item &item, const FileView &file, const HeaderChoice &header) {
+  const Halves location = HalvesOf(file.FieldText(header, "SLOC"));
   for (const char *const name : {"SBND1", "SBND2"}) {
-    const std::string bound = file.FieldText(header, name);
-    const std::string turned = bound.substr(kLocationHalf) + bound.substr(0, kLocationHalf);
+    const Halves bound = HalvesOf(file.FieldText(header, name));
+    const std::string turned =
+        std::to_string(bound.second + location.first) + "," + std::to_string(bound.first + location.second);
     if (Outcome refused = ChangeField(item.file, file, header, name, turned)) return refused;
   }
   return {};

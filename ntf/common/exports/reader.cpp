@@ -8,7 +8,6 @@
 #include "table/fields.h"
 
 #include <algorithm>
-#include <cstring>
 #include <map>
 #include <memory>
 #include <new>
@@ -129,12 +128,16 @@ ShowChoice ChoiceOf(const NitfShowOptions *options) {
   return choice;
 }
 
+bool AreEqual(const NitfShowOptions &one, const NitfShowOptions &other) {
+  return one.stretch == other.stretch && one.stretchesAll == other.stretchesAll && one.low == other.low &&
+         one.high == other.high && one.hasBands == other.hasBands &&
+         std::equal(std::begin(one.bands), std::end(one.bands), std::begin(other.bands));
+}
+
 /** Prepares to show an image; one that is shown window by window is measured once. */
 Status ShowWith(NitfReader *reader, RawImage *image, const NitfShowOptions *options) {
   const NitfShowOptions chosen = options == nullptr ? NitfShowOptions{} : *options;
-  const bool isSame = reader->shown != nullptr && reader->shownImage == image &&
-                      std::memcmp(&chosen, &reader->shownOptions, sizeof chosen) == 0;
-  if (isSame) return SUCCESS;
+  if (reader->shown != nullptr && reader->shownImage == image && AreEqual(chosen, reader->shownOptions)) return SUCCESS;
   reader->shown = std::make_unique<WideShown>(*image, ChoiceOf(options));
   const Status status = reader->shown->Open();
   reader->shownImage = status == SUCCESS ? image : nullptr;

@@ -10,13 +10,16 @@ namespace ksntfx {
 namespace {
 
 /**
- * The bounds of a drawing are row and column in the file (MIL-STD-2500C, table A-5, SBND1), where the strict interfaces
- * read column and row.
+ * The bounds of a drawing are row and column in the file, counted like its location (MIL-STD-2500C, table A-5, SBND1).
+ * The strict interfaces, for which drawings are painted, read column and row, counted from the location.
  */
 void TurnBounds(GraphicSubheader &graphic) {
   if (graphic.SFMT[0] != 'C') return;
-  std::swap(graphic.firstBound[0], graphic.firstBound[1]);
-  std::swap(graphic.secondBound[0], graphic.secondBound[1]);
+  for (auto *const bound : {&graphic.firstBound, &graphic.secondBound}) {
+    const std::int32_t row = (*bound)[0] - graphic.locationRow;
+    (*bound)[0] = (*bound)[1] - graphic.locationColumn;
+    (*bound)[1] = row;
+  }
 }
 
 }  // namespace

@@ -105,7 +105,7 @@ Stretch FixedRange(const ImageSubheader &image, const SampleShape &shape) {
 std::uint8_t Stretch::Map(double value) const {
   if (isDecibels) value = value > 0 ? std::log10(value) : low;
   if (!(value > low)) return 0;  // nor what is no number
-  return value >= high ? 255 : static_cast<std::uint8_t>((value - low) / (high - low) * 255 + 0.5);
+  return value >= high ? 255 : static_cast<std::uint8_t>(std::lround((value - low) / (high - low) * 255));
 }
 
 Status MeasureStretch(RawImage &image, std::uint32_t band, const StretchChoice &choice, Stretch *stretch) {

@@ -63,7 +63,8 @@ void Picture::SetExtent(Point first, Point second) {
 
 Drawing Picture::Take() {
   drawing.downwards = axes.y < 0;
-  drawing.inPixels = extent && !coding.vdcIsReal && !isMetric && axes == Point{1, -1};
+  drawing.mayBePixels = extent && !coding.vdcIsReal && !isMetric && axes.x > 0;
+  drawing.inPixels = drawing.mayBePixels && axes.y < 0;
   return std::move(drawing);
 }
 

@@ -267,10 +267,11 @@ struct Pattern {
 };
 
 struct Drawing {
-  bool hasExtent = false; /**< otherwise the bounds of the objects take its place */
-  Box extent;             /**< the part of the drawing's space that a picture shows */
-  bool downwards = false; /**< y ran down in the metafile: a level line lies below its place, otherwise above it */
-  bool inPixels = false;  /**< the metafile's units are meant as pixels, as its descriptors show */
+  bool hasExtent = false;   /**< otherwise the bounds of the objects take its place */
+  Box extent;               /**< the part of the drawing's space that a picture shows */
+  bool downwards = false;   /**< y ran down in the metafile: a level line lies below its place, otherwise above it */
+  bool inPixels = false;    /**< the metafile's units are meant as pixels, as its descriptors show */
+  bool mayBePixels = false; /**< so they are if the bounds of the drawing are within its extent */
   bool hasBackground = false;
   Color background = 0xFFFFFF;
   std::vector<Style> styles;

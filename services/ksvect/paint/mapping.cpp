@@ -14,6 +14,11 @@ bool HasRoom(Point outer, Point inner) {
   return (inner.x <= outer.x && inner.y <= outer.y) || (inner.y <= outer.x && inner.x <= outer.y);
 }
 
+bool IsWithin(const Box &outer, const Box &inner) {
+  return inner.low.x >= outer.low.x && inner.low.y >= outer.low.y && inner.high.x <= outer.high.x &&
+         inner.high.y <= outer.high.y;
+}
+
 }  // namespace
 
 Mapping MappingOf(const Box &window, const Placement &placement) {
@@ -34,7 +39,9 @@ Box WindowOn(const Drawing &drawing, const KsRect &bounds) {
   const Point size = pixels.high - pixels.low;
   const Point extent = drawing.extent.high - drawing.extent.low;
   if (!drawing.hasExtent || size.x <= 0 || size.y <= 0 || extent.x <= 0 || extent.y <= 0) return pixels;
-  return drawing.inPixels && HasRoom(extent * kSlack, size) ? pixels : drawing.extent;
+  // With y upwards, the origin is the lower left corner, and only bounds that are counted from it fit the extent.
+  const bool isInPixels = drawing.inPixels || (drawing.mayBePixels && IsWithin(drawing.extent, pixels));
+  return isInPixels && HasRoom(extent * kSlack, size) ? pixels : drawing.extent;
 }
 
 }  // namespace ksvect
