@@ -341,6 +341,7 @@ struct WindowCase {
   bool inPixels;
   KsRect bounds;
   Box window;
+  bool mayBePixels = false;
 };
 
 class WindowTest : public ServiceTestWith<WindowCase> {};
@@ -349,6 +350,7 @@ TEST_P(WindowTest, DependsOnTheMetafileAndNotOnItsObjects) {
   const WindowCase &given = GetParam();
   Drawing drawing = DrawingOf(Rectangle{{10, -10}, {30, -20}}, Solid(0), given.extent);
   drawing.inPixels = given.inPixels;
+  drawing.mayBePixels = given.mayBePixels;
   drawing.hasExtent = !(given.extent == Box{});
   for (const double y : {-20, -5000}) {
     std::get<Rectangle>(drawing.layers[0].objects[0].shape).second.y = y;
@@ -358,13 +360,16 @@ TEST_P(WindowTest, DependsOnTheMetafileAndNotOnItsObjects) {
 
 INSTANTIATE_TEST_SUITE_P(
     Painter, WindowTest,
-    testing::Values(WindowCase{"WholeSpace", {{0, -32767}, {32767, 0}}, true, {20, 10, 80, 40}, {{20, -40}, {80, -10}}},
-                    WindowCase{"BoundsTurned", {{0, -50}, {100, 0}}, true, {0, 0, 50, 100}, {{0, -100}, {50, 0}}},
-                    WindowCase{"BoundsWithLines", {{0, -50}, {100, 0}}, true, {-2, -2, 102, 52}, {{-2, -52}, {102, 2}}},
-                    WindowCase{"ExtentTooSmall", {{0, -50}, {100, 0}}, true, {0, 0, 200, 100}, {{0, -50}, {100, 0}}},
-                    WindowCase{"Scaled", {{0, 0}, {1, 1}}, false, {0, 0, 200, 100}, {{0, 0}, {1, 1}}},
-                    WindowCase{"NoExtent", {}, false, {10, 20, 200, 100}, {{10, -100}, {200, -20}}},
-                    WindowCase{"NoBounds", {{0, 0}, {1, 1}}, false, {7, 7, 7, 7}, {{7, -7}, {7, -7}}}),
+    testing::Values(
+        WindowCase{"WholeSpace", {{0, -32767}, {32767, 0}}, true, {20, 10, 80, 40}, {{20, -40}, {80, -10}}},
+        WindowCase{"BoundsTurned", {{0, -50}, {100, 0}}, true, {0, 0, 50, 100}, {{0, -100}, {50, 0}}},
+        WindowCase{"BoundsWithLines", {{0, -50}, {100, 0}}, true, {-2, -2, 102, 52}, {{-2, -52}, {102, 2}}},
+        WindowCase{"ExtentTooSmall", {{0, -50}, {100, 0}}, true, {0, 0, 200, 100}, {{0, -50}, {100, 0}}},
+        WindowCase{"Scaled", {{0, 0}, {1, 1}}, false, {0, 0, 200, 100}, {{0, 0}, {1, 1}}},
+        WindowCase{"Upwards", {{0, 0}, {999, 999}}, false, {25, -925, 725, -25}, {{25, 25}, {725, 925}}, true},
+        WindowCase{"UpwardsFromTheTop", {{0, 0}, {99, 99}}, false, {5, 5, 50, 50}, {{0, 0}, {99, 99}}, true},
+        WindowCase{"NoExtent", {}, false, {10, 20, 200, 100}, {{10, -100}, {200, -20}}},
+        WindowCase{"NoBounds", {{0, 0}, {1, 1}}, false, {7, 7, 7, 7}, {{7, -7}, {7, -7}}}),
     [](const auto &given) { return std::string(given.param.name); });
 
 /** A drawing larger than a tile, of everything that could show where tiles meet. */
