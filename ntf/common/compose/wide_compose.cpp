@@ -68,8 +68,9 @@ bool WideComposition::IsReadable(const DisplayObject &object) const {
   return file.Spans().Of(KindOfObject(object))[object.index].hasSubheader;
 }
 
-Status WideComposition::Skip(const DisplayObject &object, Status status) const {
+Status WideComposition::Skip(const DisplayObject &object, Status status) {
   if (status == SUCCESS) return SUCCESS;
+  leftOut.insert({KindOfObject(object), object.index});
   return undrawn({KindOfObject(object), object.index, status}) ? SUCCESS : status;
 }
 
@@ -77,6 +78,7 @@ Status WideComposition::Measure() {
   const Status built = list.Build(file.Get());
   if (built != SUCCESS) return built;
   right = bottom = 0;
+  leftOut.clear();
   for (const DisplayObject &object : list.Objects()) {
     KsRect place = {};
     const Status measured =
@@ -150,7 +152,8 @@ Status WideComposition::Draw(std::uint32_t background, KsBitmap *canvas) {
   const KsLocalContext context(canvas);
   if (context.Get() == nullptr) status = ERROR_NO_MEMORY;
   for (const DisplayObject &object : list.Objects()) {
-    if (status == SUCCESS && IsReadable(object)) status = Skip(object, DrawObject(object, context.Get(), canvas));
+    const bool isLeftOut = leftOut.contains({KindOfObject(object), object.index});
+    if (status == SUCCESS && !isLeftOut) status = Skip(object, DrawObject(object, context.Get(), canvas));
   }
   KsBitmapRelease(canvas, 1, 1);
   return status;

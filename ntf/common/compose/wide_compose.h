@@ -6,6 +6,8 @@
 #include "images/shown_image.h"
 
 #include <functional>
+#include <set>
+#include <utility>
 
 namespace ksntfx {
 
@@ -41,7 +43,7 @@ class WideComposition {
   Status DrawObject(const DisplayObject &object, KsDeviceContext *context, KsBitmap *canvas);
   Status DrawWideImage(std::uint32_t index, const DisplayOffset &offset, KsBitmap *canvas);
   /** SUCCESS where the composition goes on without a segment that has failed. */
-  Status Skip(const DisplayObject &object, Status status) const;
+  Status Skip(const DisplayObject &object, Status status);
   bool IsReadable(const DisplayObject &object) const;
 
   WideFile &file;
@@ -49,6 +51,7 @@ class WideComposition {
   bool fillsMissing;
   std::function<bool(const UndrawnSegment &)> undrawn;
   DisplayList list;
+  std::set<std::pair<SegmentKind, std::uint32_t>> leftOut; /**< segments that could not be measured */
   std::int64_t right = 0;
   std::int64_t bottom = 0;
 };

@@ -25,6 +25,7 @@ class StreamSamples final : public SampleReader {
     shape.columns = image.columns;
     shape.bands = image.bandCount;
     if (shape.rows == 0 || shape.columns == 0 || shape.bands == 0) return ERROR_FILE_FORMAT;
+    if (IsFarLarger(image.rows, info.rows) || IsFarLarger(image.columns, info.columns)) return ERROR_FILE_FORMAT;
     if (!stream.FindType(&shape.type, &shape.bits)) return ERROR_NOT_SUPPORTED;
     shape.blockWidth = image.columns;
     // Rows of tiles that begin above the picture don't line up with blocks from its corner.
@@ -57,6 +58,12 @@ class StreamSamples final : public SampleReader {
         std::memcmp(start, kCodestream, sizeof start) == 0 || std::memcmp(start, kFile, sizeof start) == 0;
     const std::uint64_t offset = BigEndian32(start);
     return isStream || offset >= whole.bytes ? whole : StreamPlace{offset, whole.bytes - offset};
+  }
+
+  /** The header's size is that of the stream, so that a small stream can't ask for much memory. */
+  static bool IsFarLarger(std::uint32_t size, std::uint32_t streamSize) {
+    constexpr std::uint64_t kMostReduction = 16;
+    return size > kMostReduction * streamSize;
   }
 
   /** The stream holds the picture made smaller; each of its pixels covers several of the image. */

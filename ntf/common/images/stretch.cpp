@@ -121,7 +121,7 @@ Status MeasureStretch(RawImage &image, std::uint32_t band, const StretchChoice &
   if (isMagnitude && stretch->low > 0 && stretch->high / stretch->low > kRangeForDecibels) {
     *stretch = {std::log10(stretch->low), std::log10(stretch->high), true};
   }
-  // One value alone is in the middle of nothing: it is shown as it is, as far as 8 bits can.
+  // One value alone is shown black.
   if (stretch->high <= stretch->low) stretch->high = stretch->low + 1;
   return SUCCESS;
 }
