@@ -8,6 +8,7 @@
 #include "printable.h"
 #include "progress.h"
 #include "saving.h"
+#include "segment_choice.h"
 
 #include <algorithm>
 #include <array>
@@ -70,18 +71,15 @@ Outcome ChooseBands(const ExportOptions &options, Source &source) {
   return Problem{source.name, words, ERROR_NOT_SUPPORTED, true};
 }
 
-Problem MissingImage(const std::string &file, std::uint32_t image, std::uint32_t images) {
-  const std::string held = images == 0 ? "no image" : std::to_string(images) + (images == 1 ? " image" : " images");
-  return {file, "there is no image " + std::to_string(image) + ": the file has " + held, NITF_OUT_OF_RANGE, true};
-}
-
 Outcome OpenSource(const ExportOptions &options, Source &source) {
   source.name = options.file;
   source.image = options.image;
   if (Outcome unopened = source.reader.Open(options.file)) return unopened;
   NitfReader *const reader = source.reader.Get();
   const std::uint32_t images = NitfReaderCount(reader, NITF_SEGMENT_IMAGE);
-  if (source.image >= images) return MissingImage(options.file, source.image, images);
+  if (source.image >= images) {
+    return MissingSegment(options.file, SegmentKind::Image, source.image, images);
+  }
   const std::int32_t status = NitfReaderGetImage(reader, source.image, &source.shape);
   if (status != SUCCESS) return source.reader.Failed(status);
   if (source.shape.rows == 0 || source.shape.columns == 0 || source.shape.bands == 0) {
