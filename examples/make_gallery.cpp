@@ -68,7 +68,7 @@ std::string Pair(int first, int second) {
 }
 
 GraphicSpec Graphic(const Sheet &sheet, int level, int width, int height) {
-  return {level, 0, 0, 0, 'C', sheet.metafile.Finish(), {{"SBND1", Pair(0, 0)}, {"SBND2", Pair(width, height)}}};
+  return {level, 0, 0, 0, 'C', sheet.metafile.Finish(), {{"SBND1", Pair(0, 0)}, {"SBND2", Pair(height, width)}}};
 }
 
 /** One cell of the sheet: a name, and what is drawn above it in a box of 100 by 70. */

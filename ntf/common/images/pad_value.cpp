@@ -1,15 +1,19 @@
 #include "images/pad_value.h"
 
+#include "headers/mask_table.h"
 #include "images/sample_unpack.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace ksntfx {
 
 PadValue::PadValue(const ImageSubheader &image, const SampleShape &shape) : bytes(BytesOf(shape.type)) {
-  const std::uint32_t bits = image.padCodeBits;
-  const std::uint32_t codeBytes = (bits + 7) / 8;
-  exists = image.padCode != nullptr && bits == shape.bits && bits >= 1 && bits <= bytes * 8 &&
+  // Codes of whole bytes are common for samples of fewer bits, which are the last ones of the code.
+  const bool isInteger = shape.type < SampleType::Float32;
+  const std::uint32_t bits = isInteger ? std::min<std::uint32_t>(image.padCodeBits, shape.bits) : image.padCodeBits;
+  const std::uint32_t codeBytes = PadCodeBytes(image);
+  exists = image.padCode != nullptr && bits >= 1 && bits <= bytes * 8 && (isInteger || bits == shape.bits) &&
            image.padCodeHeld >= codeBytes;
   if (!exists) return;
   // The code is at the end of its bytes.

@@ -134,6 +134,7 @@ std::vector<ShownCase> ShownCases() {
       {"Stretched", Row(4, {100, 110, 120, 151}), Grays({0, 50, 100, 255}), kMinMaxOfAll},
       {"AbsentBlock", Padded({1, 2}, {}), "010101 020202 none none"},
       {"PadPixels", Padded({5, 2}, {5}), "none 020202 none none"},
+      {"PadBits", Padded({0b10000000}, {1}, 1), "none 000000 none none"},
       {"WidePads", Padded(Numbers(2, {5, 2}), {0, 5}, 16), "none 000000 none none", kNone},
   };
   // 11 bits: the high 8 of those that count.
