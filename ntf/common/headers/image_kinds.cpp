@@ -31,23 +31,25 @@ constexpr ImageKind kKinds[] = {
     {.text = "M6", .compression = kM6, .layout = Tiles, .hasRate = true, .hasMaskTable = false},
     {.text = "M8", .compression = kM8, .layout = OneStream, .hasRate = true, .hasMaskTable = false},
     {.text = "", .compression = kUnknownCompression, .layout = None, .hasRate = true, .hasMaskTable = false},
+    {.text = "CD", .compression = kCD, .layout = OneStream, .hasRate = true, .hasMaskTable = false},
+    {.text = "MD", .compression = kMD, .layout = OneStream, .hasRate = true, .hasMaskTable = false},
 };
-static_assert(std::size(kKinds) == kUnknownCompression + 1);
+static_assert(std::size(kKinds) == kMD + 1);
 
 }  // namespace
 
 const ImageKind &ImageKindOf(std::uint32_t compression) {
-  return kKinds[std::min<std::uint32_t>(compression, kUnknownCompression)];
+  return kKinds[compression < std::size(kKinds) ? compression : kUnknownCompression];
 }
 
 bool HasSamples(const ImageKind &kind) {
   return kind.layout != ImageLayout::None && kind.compression != kC6 && kind.compression != kM6;
 }
 
-const ImageKind *FindImageKind(std::string_view text) {
-  const ImageKind *const end = std::end(kKinds) - 1;
-  const ImageKind *const kind =
-      std::find_if(std::begin(kKinds), end, [&](const ImageKind &entry) { return text.starts_with(entry.text); });
+const ImageKind *FindImageKind(std::string_view text, bool isWide) {
+  const auto matches = [&](const ImageKind &kind) { return !kind.text.empty() && text.starts_with(kind.text); };
+  const ImageKind *const end = isWide ? std::end(kKinds) : std::begin(kKinds) + kUnknownCompression;
+  const ImageKind *const kind = std::find_if(std::begin(kKinds), end, matches);
   return kind == end ? nullptr : kind;
 }
 

@@ -28,7 +28,9 @@ enum ImageCompression : std::uint32_t {
   kM5,
   kM6,
   kM8,
-  kUnknownCompression
+  kUnknownCompression,
+  kCD, /**< this and what follows is known to the wide reader alone */
+  kMD
 };
 
 /** How the data of an image are laid out, which decides their reader. */
@@ -60,7 +62,7 @@ const ImageKind &ImageKindOf(std::uint32_t compression);
  */
 bool HasSamples(const ImageKind &kind);
 
-/** The row of a text of two characters, or null. */
-const ImageKind *FindImageKind(std::string_view text);
+/** The row of a text of two characters, or null. With `isWide`, also of those that the wide reader alone knows. */
+const ImageKind *FindImageKind(std::string_view text, bool isWide = false);
 
 }  // namespace ksntfx

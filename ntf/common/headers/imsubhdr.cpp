@@ -49,7 +49,7 @@ Status DecodeJustification(HeaderReader &reader, std::string_view text) {
 }
 
 Status DecodeCompression(HeaderReader &reader, std::string_view text) {
-  const ImageKind *const kind = FindImageKind(text);
+  const ImageKind *const kind = FindImageKind(text, reader.Notes() != nullptr);
   if (kind != nullptr) Image(reader).compression = kind->compression;
   return SUCCESS;
 }

@@ -32,7 +32,7 @@ Component ComponentOf(Stream bytes) {
   return {(bytes[0] & 0x7FU) + 1, (bytes[0] & 0x80) != 0, bytes[1], bytes[2]};
 }
 
-/** The colour space of the first specification: method, precedence, approximation, and the number of the space. */
+/** The colour space of the first box colr: method, precedence, approximation, and the number of the space. */
 void ReadSpace(PieceReader &pieces, const Box &box, Colors *colors) {
   constexpr std::uint32_t kEnumerated = 1;
   constexpr std::uint32_t kSycc = 18;

@@ -239,10 +239,20 @@ TEST(Jpeg2000Samples, AreThoseOfTheStream) {
   ImageSpec image{.rows = spec.height, .columns = spec.width, .pixelValueType = "SI", .compression = "C8", .bits = 12};
   image.bands = std::vector<BandSpec>(3);
   image.representation = "MULTI";
-  image.data = EncodeJpeg2000(spec, samples);
-  for (const char mode : {'B', 'S'}) {
-    image.mode = mode;
-    ExpectSamples(image, NITF_SAMPLE_INT16, sample);
+  const Bytes stream = EncodeJpeg2000(spec, samples);
+  // In front of masked images there may be a mask table: IMDATOFF and three lengths of 0.
+  Bytes withTable = {0, 0, 0, 10, 0, 0, 0, 0, 0, 0};
+  withTable.insert(withTable.end(), stream.begin(), stream.end());
+  const std::pair<const char *, Bytes> forms[] = {
+      {"C8", stream}, {"M8", stream}, {"M8", withTable}, {"CD", stream}, {"MD", withTable}};
+  for (const auto &[compression, data] : forms) {
+    SCOPED_TRACE(compression);
+    image.compression = compression;
+    image.data = data;
+    for (const char mode : {'B', 'S'}) {
+      image.mode = mode;
+      ExpectSamples(image, NITF_SAMPLE_INT16, sample);
+    }
   }
 }
 #endif
