@@ -8,6 +8,8 @@
 #include "segment_choice.h"
 #include "standard_output.h"
 
+#include <algorithm>
+
 namespace ntf {
 namespace {
 
@@ -20,7 +22,11 @@ struct Checked {
 void AddNotes(const LoadedFile &file, std::vector<Finding> &findings) {
   std::vector<Finding> notes;
   for (const FileNote &note : file.Notes()) {
-    notes.push_back({note.field.empty() ? "segment" : NameIn(note.header, note.field), note.offset, note.words});
+    const Finding found = {NameIn(note.header, note.field), note.offset, note.fault};
+    const bool isKnown = std::any_of(findings.begin(), findings.end(), [&](const Finding &other) {
+      return other.field == found.field && other.offset == found.offset;
+    });
+    if (!isKnown) notes.push_back(found);
   }
   findings.insert(findings.begin(), notes.begin(), notes.end());
 }

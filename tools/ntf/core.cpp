@@ -394,7 +394,7 @@ std::vector<FileNote> LoadedFile::Notes() const {
   for (const ksntfx::FileNote &found : held->wide.Notes()) {
     HeaderChoice header;
     if (found.kind) header = {static_cast<SegmentKind>(*found.kind), found.index};
-    notes.push_back({header, found.note.field, found.note.offset, WordsOf(found),
+    notes.push_back({header, found.note.field, found.note.offset, WordsOf(found), FaultOf(found.note),
                      found.note.field.empty() && found.note.value.empty()});
   }
   return notes;

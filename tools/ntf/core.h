@@ -209,6 +209,7 @@ struct FileNote {
   std::string field; /* the standard's name; empty for a whole segment */
   std::uint64_t offset = 0;
   std::string words;     /* the whole note, with segment, field and value */
+  std::string fault;     /* what is wrong with the field or the segment */
   bool isUnread = false; /* the segment's subheader can't be read */
 };
 

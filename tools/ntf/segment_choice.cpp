@@ -19,7 +19,8 @@ const char *KindWord(SegmentKind kind) {
 }
 
 std::string NameIn(const HeaderChoice &header, const std::string &field) {
-  return header.kind ? KindWord(*header.kind) + (" " + std::to_string(header.index)) + " " + field : field;
+  if (!header.kind) return field;
+  return KindWord(*header.kind) + (" " + std::to_string(header.index)) + (field.empty() ? "" : " " + field);
 }
 
 Problem MissingSegment(const std::string &fileName, SegmentKind kind, std::uint32_t index, std::uint32_t count) {

@@ -11,7 +11,7 @@ namespace ntf {
 /** The name of a kind of segments: "image", "data extension". */
 const char *KindWord(SegmentKind kind);
 
-/** The name of a header's field: "image 0 IDLVL"; that of the file header alone. */
+/** The name of a header's field: "image 0 IDLVL"; that of the file header alone. Without a field, of the segment. */
 std::string NameIn(const HeaderChoice &header, const std::string &field);
 
 /** The problem of a segment that a file with `count` segments of its kind doesn't have. */

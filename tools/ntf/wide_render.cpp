@@ -144,6 +144,7 @@ Outcome RenderWide(const RenderOptions &options, OutputFile &output) {
   if (Outcome failed = reader.Open(options.file)) return failed;
   NitfReaderSetOptions(reader.Get(), options.keepsGoing ? NITF_READER_KEEP_GOING : 0);
   Outcome failed = options.image ? WriteImage(options, reader, output) : WriteCanvas(options, reader, output);
+  if (failed && failed->status == ERROR_INVALID_VALUE && options.show.hasBands != 0) failed->isUsage = true;
   if (!failed) reader.WarnOfNotes();
   return failed;
 }

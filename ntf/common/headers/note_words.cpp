@@ -35,10 +35,6 @@ const char *MeaningOf(std::int32_t status) {
       return "not supported";
     case NITF_UNSUPPORTED_VERSION:
       return "unsupported version";
-    case NITF_UNSUPPORTED_PVTYPE:
-      return "not one of INT, B, SI, R and C";
-    case NITF_UNSUPPORTED_CLEVEL:
-      return "not a compliance level";
     default:
       return "can't be read";
   }
@@ -49,19 +45,28 @@ std::string WordsOf(std::optional<SegmentKind> kind, std::uint32_t index) {
   return std::string(kNames[static_cast<std::size_t>(*kind)]) + " " + std::to_string(index);
 }
 
+std::string FaultOf(const HeaderNote &note) {
+  if (note.field.empty()) {
+    if (note.value.empty()) return std::string("has a subheader that can't be read: ") + MeaningOf(note.status);
+    return "has " + note.value + " bytes of data, which are not all in the file";
+  }
+  const std::string value = "is '" + Printable(note.value) + "', ";
+  switch (note.status) {
+    case NITF_UNSUPPORTED_VERSION:
+      return value + "not a known version";
+    case NITF_UNSUPPORTED_CLEVEL:
+      return value + "not a compliance level";
+    case NITF_UNSUPPORTED_PVTYPE:
+      return value + "not one of INT, B, SI, R, C";
+    default:
+      return value + "which is not allowed";
+  }
+}
+
 std::string WordsOf(const FileNote &found) {
-  const HeaderNote &note = found.note;
-  const std::string segment = WordsOf(found.kind, found.index);
-  if (!note.field.empty()) {
-    return segment + ": " + note.field + " at byte " + std::to_string(note.offset) + " is '" + Printable(note.value) +
-           "': " + MeaningOf(note.status);
-  }
-  if (!note.value.empty()) {
-    return segment + ": the file ends before its data, " + note.value + " bytes from byte " +
-           std::to_string(note.offset);
-  }
-  return segment + ": the subheader at byte " + std::to_string(note.offset) +
-         " can't be read: " + MeaningOf(note.status);
+  const std::string field = found.note.field.empty() ? "" : ": " + found.note.field;
+  return WordsOf(found.kind, found.index) + field + " at byte " + std::to_string(found.note.offset) + " " +
+         FaultOf(found.note);
 }
 
 std::string WordsOf(WideFile &file, SegmentKind kind, std::uint32_t index, Status status) {
@@ -74,6 +79,10 @@ std::string WordsOf(WideFile &file, SegmentKind kind, std::uint32_t index, Statu
                                                                     Printable({image.PVTYPE, 3}) + "' and NBPP '" +
                                                                     Printable({image.NBPP, 2}) + "'";
     return words + kindOfData + " is not supported";
+  }
+  if (isImage && status == ERROR_INVALID_VALUE) {
+    return words + "the bands to show are not all there: it has " +
+           std::to_string(FindImage(file.Get(), index)->bandCount);
   }
   return words + MeaningOf(status.Code());
 }

@@ -10,6 +10,9 @@ namespace ksntfx {
 /** A segment as a person names it: "image 3", or "file header". Control characters of values become '?'. */
 std::string WordsOf(std::optional<SegmentKind> kind, std::uint32_t index);
 
+/** What is wrong with a field or a segment: "is '77', not a compliance level". */
+std::string FaultOf(const HeaderNote &note);
+
 /** What a note says, in one line. */
 std::string WordsOf(const FileNote &note);
 
