@@ -103,6 +103,18 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{"Bands", ColorImage(), "image 0 NBPP", 824, "is 16, but the image has several bands", -700002}),
     [](const auto &test) { return test.param.name; });
 
+class NotedValue : public ProgramTest {};
+
+TEST_F(NotedValue, IsReportedOnce) {
+  WriteText("level.ntf", FileWith("CLEVEL", "77"));
+  WriteText("class.ntf", FileWith("FSCLAS", "X"));
+  EXPECT_EQ(Run({"check", "level.ntf"}).output, "level.ntf: CLEVEL at byte 9: is '77', not a compliance level\n");
+  EXPECT_EQ(Run({"check", "class.ntf"}).output, "class.ntf: FSCLAS at byte 119: is 'X', not one of T, S, C, R, U\n");
+  const ProgramRun shown = Run({"render", "level.ntf", "-o", "level.ppm"});
+  EXPECT_EQ(shown.exitCode, 0);
+  EXPECT_EQ(shown.errors, "ntf: level.ntf: warning: file header: CLEVEL at byte 9 is '77', not a compliance level\n");
+}
+
 /** A command that fails, and the words of its error line. */
 struct Failure {
   std::vector<std::string> command;
